@@ -1,0 +1,73 @@
+# One function per kind of module. The layers of the system are link rules: what a target does not
+# name in LINK it cannot include.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+include(GNUInstallDirs)
+include(TavuWarnings)
+include(TavuSanitizers)
+
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Network DBus)
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+pkg_check_modules(Log4cplus REQUIRED IMPORTED_TARGET log4cplus)
+
+find_program(TAVU_CCACHE ccache)
+if(TAVU_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${TAVU_CCACHE})
+endif()
+
+function(_tavu_common target)
+  cmake_parse_arguments(ARG "" "" "LINK;PRIVATE_LINK;INCLUDE" ${ARGN})
+  target_link_libraries(${target} PUBLIC ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK} tavu_warnings
+                                         tavu_sanitizers)
+  target_compile_definitions(
+    ${target}
+    PRIVATE QT_NO_CAST_FROM_ASCII
+            QT_NO_CAST_TO_ASCII
+            QT_NO_CAST_FROM_BYTEARRAY
+            QT_NO_URL_CAST_FROM_STRING
+            QT_NO_FOREACH
+            QT_NO_KEYWORDS
+            QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
+            QT_FORCE_ASSERTS)
+  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
+                                              ${ARG_INCLUDE})
+endfunction()
+
+# tavu_library(<name> SHARED|STATIC|OBJECT SOURCES ... [LINK ...] [PRIVATE_LINK ...] [INCLUDE ...])
+# Shared libraries export what is marked with the macro of their export header.
+function(tavu_library name kind)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;PRIVATE_LINK;INCLUDE" ${ARGN})
+  add_library(${name} ${kind} ${ARG_SOURCES})
+  _tavu_common(${name} LINK ${ARG_LINK} PRIVATE_LINK ${ARG_PRIVATE_LINK} INCLUDE ${ARG_INCLUDE})
+  string(TOUPPER ${name} upper)
+  target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
+endfunction()
+
+# tavu_program(<name> SOURCES ... LINK ...)
+function(tavu_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  _tavu_common(${name} LINK ${ARG_LINK})
+endfunction()
+
+# tavu_test(<name> SOURCES ... LINK ... [TIMEOUT s] [LABELS ...]): one GoogleTest program, registered
+# with ctest. tests/support supplies main().
+function(tavu_test name)
+  cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINK;LABELS" ${ARGN})
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 60)
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  _tavu_common(${name} LINK ${ARG_LINK} tavu_test_support)
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+endfunction()
