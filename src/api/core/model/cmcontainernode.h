@@ -1,0 +1,15 @@
+#pragma once
+
+#include "cmuinode.h"
+
+/// A node that has rows.
+class TAVU_EXPORT CMContainerNode : public CMUINode
+{
+    Q_OBJECT
+
+public:
+    explicit CMContainerNode(const CMPath& path);
+
+    void setContainerType(TavuRolesContainerType::Enum type);
+    void setPlayable(bool playable);
+};

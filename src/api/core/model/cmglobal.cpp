@@ -1,0 +1,10 @@
+#include "cmglobal.h"
+
+QVariantList CMGlobal::itemRolesToList(const QStringList& roles, const TavuRoles& item)
+{
+    QVariantList values;
+    values.reserve(roles.size());
+    for (const QString& role : roles)
+        values.append(item.__value(role));
+    return values;
+}

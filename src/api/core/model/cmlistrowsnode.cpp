@@ -1,0 +1,85 @@
+#include "cmlistrowsnode.h"
+
+#include "cmglobal.h"
+#include "cmnodes.h"
+
+CMListRowsNode* CMListRowsNode::create(CMNodes* nodes, const CMPath& path)
+{
+    auto* node = new CMListRowsNode(path);
+    node->setNodes(nodes);
+    return node;
+}
+
+CMListRowsNode::CMListRowsNode(const CMPath& path)
+    : CMContainerNode(path)
+{
+}
+
+void CMListRowsNode::rowsAppend(const CMPath& path)
+{
+    TavuRoles row;
+    row.setPath(path);
+    append(row);
+}
+
+void CMListRowsNode::rowsAppend(const TavuRoles& row)
+{
+    append(row);
+}
+
+void CMListRowsNode::append(const TavuRoles& row)
+{
+    m_rows.append(row);
+    rowsChanged();
+}
+
+void CMListRowsNode::rowsClear()
+{
+    m_rows.clear();
+    rowsChanged();
+}
+
+void CMListRowsNode::setRowsRoles(const TavuRowsRoles& roles)
+{
+    m_rowsRoles = roles;
+    rowsChanged();
+}
+
+void CMListRowsNode::rowsChanged()
+{
+    ++m_version;
+    notifyRows();
+}
+
+TavuRoles CMListRowsNode::row(int index) const
+{
+    const TavuRoles& row = m_rows.at(index);
+    const bool showsNode = row.__hash().size() == 1 && row.__contains(TavuRoles::Path());
+    if (!showsNode || !nodes())
+        return row;
+    const auto* node = qobject_cast<CMUINode*>(nodes()->find(row.path()));
+    return node ? node->roles() : row;
+}
+
+void CMListRowsNode::getRowsRequest(const CMGetRowsRequest& request)
+{
+    QVariantList rows;
+    const int last = qMin(request.to(), m_rows.size() - 1);
+    for (int index = qMax(request.from(), 0); index <= last; ++index)
+        rows.append(QVariant(CMGlobal::itemRolesToList(request.roles(), row(index))));
+    TavuRowsRoles answer(m_rowsRoles);
+    answer.setRoles(roles());
+    answer.setRows(rows);
+    answer.setRowsCount(m_rows.size());
+    answer.setRowsVersion(m_version);
+    request.reply().setValue(answer);
+}
+
+void CMListRowsNode::matchRowRequest(const CMMatchRowRequest& request)
+{
+    for (int index = 0; index < m_rows.size(); ++index) {
+        if (m_rows.at(index).path() == request.row())
+            return request.reply().setValue(index);
+    }
+    request.reply().setValue(-1);
+}

@@ -1,0 +1,6 @@
+#include "cmvaluenode.h"
+
+void CMValueNode::deleteLater()
+{
+    QObject::deleteLater();
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+namespace MimeTypes {
+namespace Audio {
+
+/// Audio whose format the streamer is to detect.
+inline QString unknown()
+{
+    return QStringLiteral("audio/unknown");
+}
+
+} // namespace Audio
+} // namespace MimeTypes
