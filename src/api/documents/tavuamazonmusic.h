@@ -2,10 +2,10 @@
 
 #include "tavuhash.h"
 
-// The documents of the Amazon Music service: typed views of its JSON. A reference field holds "#" and
-// the key of a record in a collection of the same document, or a URL relative to the document's own.
-// Beside it, "...Inst" holds the record it names and "...Url" the absolute URL; the service never
-// sends these two, the parser writes them, and all later code reads only them.
+// The documents of the Amazon Music service: typed views of its JSON. A reference field holds "#"
+// and the key of a record in a collection of the same document, or a URL relative to the document's
+// own. Beside it, "...Inst" holds the record it names and "...Url" the absolute URL; the service
+// never sends these two, the parser writes them, and all later code reads only them.
 
 class TavuAmazonMusicArtist : public TavuHash
 {

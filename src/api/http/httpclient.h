@@ -12,7 +12,8 @@
 #include <functional>
 #include <memory>
 
-/// How a transfer ended, below HTTP. 0 means that an answer came whole; its HTTP code tells the rest.
+/// How a transfer ended, below HTTP. 0 means that an answer came whole; its HTTP code tells the
+/// rest.
 enum class HttpClientStatus : int {
     Ok = 0,
     InvalidUrl = 1, ///< No host, or a scheme other than http and https.
@@ -122,7 +123,7 @@ public:
     /// from within this call.
     void get(const TavuUrl& url, const HttpClientOptions& options, Callback callback);
     void post(const TavuUrl& url, const QByteArray& body, const HttpClientOptions& options,
-              Callback callback);
+        Callback callback);
 
     /// Bytes of bodies that the cache may hold; 0, the default, keeps nothing.
     void setCacheSize(unsigned long bytes);

@@ -1,0 +1,275 @@
+#include "streamerplaylogic.h"
+
+#include "tavuconnect.h"
+
+#include <atomic>
+
+namespace {
+
+// So many items may fail one after the other before playback gives up.
+constexpr int failuresAtMost = 5;
+// An item that sounded for so many milliseconds was a good one.
+constexpr qint64 soundedLongEnough = 3000;
+
+quint64 uniqueId()
+{
+    static std::atomic<quint64> last{ 0 };
+    return ++last;
+}
+
+CMError nothingPlays()
+{
+    return CMError(
+        TrString(TrCharData(trExtractContext("StreamerPlayLogic"), "Nothing is playing.")));
+}
+
+} // namespace
+
+StreamerPlayLogic::StreamerPlayLogic(CMNodes* nodes, const CMPath& path)
+    : PlayLogicBase(nodes, path)
+{
+    qRegisterMetaType<CMError>("CMError");
+    connectStreamer();
+}
+
+StreamerPlayLogic::~StreamerPlayLogic() = default;
+
+void StreamerPlayLogic::connectStreamer()
+{
+    const Streamer* streamer = Streamer::instance();
+    Q_ASSERT_X(
+        streamer, "StreamerPlayLogic", "the player sets its streamer before it loads plug-ins");
+    const auto follow = [&](const char* signal, const char* slot) {
+        tavuConnect(streamer, signal, this, slot, Qt::AutoConnection);
+    };
+    follow(SIGNAL(mediaStarted(quint64)), SLOT(on_streamer_mediaStarted(quint64)));
+    follow(SIGNAL(stateChanged(quint64, int)), SLOT(on_streamer_stateChanged(quint64, int)));
+    follow(SIGNAL(positionChanged(quint64, qint64)),
+        SLOT(on_streamer_positionChanged(quint64, qint64)));
+    follow(SIGNAL(bufferLevelChanged(quint64, double)),
+        SLOT(on_streamer_bufferLevelChanged(quint64, double)));
+    follow(SIGNAL(nextMediaWanted(quint64)), SLOT(on_streamer_nextMediaWanted(quint64)));
+    follow(SIGNAL(ended(quint64)), SLOT(on_streamer_ended(quint64)));
+    follow(SIGNAL(failed(quint64, CMError)), SLOT(on_streamer_failed(quint64, CMError)));
+    follow(SIGNAL(rolesRenewed(quint64, TavuRoles)),
+        SLOT(on_streamer_rolesRenewed(quint64, TavuRoles)));
+}
+
+void StreamerPlayLogic::setDataRequest(const CMSetDataRequest& request)
+{
+    const TavuPlayLogicCommand record(tavuvariant::toHash(request.value()));
+    if (record.command() == QLatin1String("play")) {
+        m_mediaRoles = TavuPlayLogicPlayArgs(record.args()).mediaRoles();
+        m_failuresInARow = 0;
+    }
+    PlayLogicBase::setDataRequest(request);
+}
+
+qint64 StreamerPlayLogic::playTime() const
+{
+    if (state() != TavuPlayLogicState::Playing || !m_positionAge.isValid())
+        return m_position;
+    const qint64 position = m_position + m_positionAge.elapsed();
+    const qint64 duration = m_present.roles.mediaData().firstResource().duration();
+    return duration > 0 ? qMin(position, qMax(duration, m_position)) : position;
+}
+
+StreamerPlayLogic::Item StreamerPlayLogic::newItem(const TavuRoles& roles)
+{
+    return { uniqueId(), roles };
+}
+
+void StreamerPlayLogic::sendPlayCommand(const TavuRoles& roles, const QVariantHash& attributes)
+{
+    m_present = newItem(roles);
+    m_next = Item();
+    setPosition(roles.mediaData().metaData().startTime());
+    setState(TavuPlayLogicState::Buffering);
+    if (Streamer* streamer = Streamer::instance())
+        streamer->play(m_present.id, roles, attributes);
+}
+
+void StreamerPlayLogic::sendSetNextMediaCommand(
+    const TavuRoles& roles, const QVariantHash& attributes)
+{
+    // The item that was to be followed may have ended while the next one was fetched.
+    if (m_present.id == 0)
+        return sendPlayCommand(roles, attributes);
+    m_next = newItem(roles);
+    if (Streamer* streamer = Streamer::instance())
+        streamer->setNextMedia(m_next.id, roles, attributes);
+}
+
+void StreamerPlayLogic::sendNoNextMediaCommand()
+{
+    m_next = Item();
+    if (Streamer* streamer = Streamer::instance())
+        streamer->setNoNextMedia();
+}
+
+void StreamerPlayLogic::sendStopCommand()
+{
+    forgetItems();
+    if (Streamer* streamer = Streamer::instance())
+        streamer->stop();
+    playbackEnded();
+}
+
+void StreamerPlayLogic::sendSeekTimeCommand(qint64 position)
+{
+    setPosition(position);
+    if (Streamer* streamer = Streamer::instance())
+        streamer->seekTime(position);
+    Q_EMIT positionChanged(position);
+}
+
+void StreamerPlayLogic::pauseInternal(const CMSetDataRequest& request)
+{
+    Streamer* streamer = Streamer::instance();
+    if (!streamer || state() == TavuPlayLogicState::Idle)
+        return request.reply().setError(nothingPlays());
+    if (state() == TavuPlayLogicState::Paused) {
+        setPosition(m_position);
+        setState(TavuPlayLogicState::Playing);
+        streamer->resume();
+    } else {
+        setPosition(playTime());
+        setState(TavuPlayLogicState::Paused);
+        streamer->pause();
+    }
+    request.reply().setValue(QVariant());
+}
+
+void StreamerPlayLogic::stopInternal(const CMSetDataRequest& request)
+{
+    sendStopCommand();
+    request.reply().setValue(QVariant());
+}
+
+void StreamerPlayLogic::seekTimeInternal(const CMSetDataRequest& request, const QVariantHash& args)
+{
+    if (state() == TavuPlayLogicState::Idle)
+        return request.reply().setError(nothingPlays());
+    const qint64 duration = m_present.roles.mediaData().firstResource().duration();
+    qint64 position = qMax<qint64>(0, TavuPlayLogicSeekArgs(args).seekTime());
+    if (duration > 0)
+        position = qMin(position, duration);
+    sendSeekTimeCommand(position);
+    request.reply().setValue(QVariant());
+}
+
+void StreamerPlayLogic::playbackEnded()
+{
+    forgetItems();
+    setPosition(0);
+    setData(TavuPlayLogicData());
+}
+
+void StreamerPlayLogic::on_streamer_mediaStarted(quint64 id)
+{
+    if (id != 0 && id == m_next.id) {
+        m_present = std::exchange(m_next, Item());
+        setPosition(0);
+    } else if (!isPresent(id)) {
+        return;
+    }
+    TavuPlayLogicData data = mediaPlaybackStarted(m_mediaRoles, m_present.roles);
+    data.setState(state());
+    data.setMediaRoles(m_mediaRoles);
+    data.setTrackRoles(m_present.roles);
+    setData(data);
+    Q_EMIT positionChanged(m_position);
+}
+
+void StreamerPlayLogic::on_streamer_stateChanged(quint64 id, int state)
+{
+    if (!isPresent(id))
+        return;
+    setPosition(playTime());
+    setState(static_cast<TavuPlayLogicState::Enum>(state));
+}
+
+void StreamerPlayLogic::on_streamer_positionChanged(quint64 id, qint64 position)
+{
+    if (!isPresent(id))
+        return;
+    if (position > soundedLongEnough)
+        m_failuresInARow = 0;
+    setPosition(position);
+    Q_EMIT positionChanged(position);
+}
+
+void StreamerPlayLogic::on_streamer_bufferLevelChanged(quint64 id, double percent)
+{
+    if (isPresent(id))
+        Q_EMIT bufferLevelChanged(percent);
+}
+
+void StreamerPlayLogic::on_streamer_nextMediaWanted(quint64 id)
+{
+    if (isPresent(id))
+        prepareNextMedia();
+}
+
+void StreamerPlayLogic::on_streamer_ended(quint64 id)
+{
+    if (isPresent(id))
+        playbackEnded();
+}
+
+void StreamerPlayLogic::on_streamer_failed(quint64 id, const CMError& error)
+{
+    if (id != 0 && id == m_next.id) {
+        // The prepared item: the present one plays to its end, and then the logic tries again.
+        Q_EMIT mediaSkipped(m_next.roles, error);
+        m_next = Item();
+        return;
+    }
+    if (!isPresent(id))
+        return;
+    const TavuRoles failedRoles = m_present.roles;
+    if (++m_failuresInARow < failuresAtMost && m_data.controls().next()) {
+        Q_EMIT mediaSkipped(failedRoles, error);
+        const CMReply<QVariant> reply = next();
+        return;
+    }
+    sendStopCommand();
+    Q_EMIT playbackFailed(error);
+}
+
+void StreamerPlayLogic::on_streamer_rolesRenewed(quint64 id, const TavuRoles& roles)
+{
+    if (!isPresent(id))
+        return;
+    m_present.roles = roles;
+    TavuPlayLogicData data = m_data;
+    data.setTrackRoles(roles);
+    setData(data);
+}
+
+void StreamerPlayLogic::setPosition(qint64 position)
+{
+    m_position = position;
+    m_positionAge.start();
+}
+
+void StreamerPlayLogic::setState(TavuPlayLogicState::Enum state)
+{
+    TavuPlayLogicData data = m_data;
+    data.setState(state);
+    setData(data);
+}
+
+void StreamerPlayLogic::setData(const TavuPlayLogicData& data)
+{
+    if (data == m_data)
+        return;
+    m_data = data;
+    Q_EMIT playbackDataChanged(m_data);
+}
+
+void StreamerPlayLogic::forgetItems()
+{
+    m_present = Item();
+    m_next = Item();
+}
