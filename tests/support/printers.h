@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
+#include <QVariant>
 
 #include <ostream>
 
@@ -15,4 +17,15 @@ inline void PrintTo(const QString& text, std::ostream* out)
 inline void PrintTo(const QByteArray& bytes, std::ostream* out)
 {
     *out << '"' << bytes.toStdString() << '"';
+}
+
+inline void PrintTo(const QStringList& texts, std::ostream* out)
+{
+    *out << '[' << texts.join(QStringLiteral(", ")).toStdString() << ']';
+}
+
+inline void PrintTo(const QVariant& value, std::ostream* out)
+{
+    *out << (value.isValid() ? value.typeName() : "invalid") << ' '
+         << value.toString().toStdString();
 }
