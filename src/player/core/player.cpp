@@ -162,7 +162,7 @@ CMReply<QVariant> Player::transport(Command command)
     switch (command) {
     case Command::TogglePause:
     case Command::Resume:
-        return logic->pause();
+        return pauseOrResume();
     case Command::Next:
         return logic->next();
     case Command::Previous:
@@ -175,6 +175,21 @@ CMReply<QVariant> Player::transport(Command command)
         return logic->dislike();
     }
     return failedReply<QVariant>(noService());
+}
+
+CMReply<QVariant> Player::pauseOrResume()
+{
+    if (m_data.state() != TavuPlayLogicState::Paused || !m_beforeResume)
+        return playLogic()->pause();
+    const auto reply = CMReply<QVariant>::create();
+    // When the renewal fails the play logic is asked all the same: it judges the track by itself.
+    m_beforeResume([reply](const CMError&) {
+        if (PlayLogicInterface* logic = playLogic())
+            cmchain::forward(logic->pause(), reply);
+        else
+            reply.setError(noService());
+    });
+    return reply;
 }
 
 CMReply<QVariant> Player::seek(qint64 positionMs)

@@ -9,6 +9,8 @@
 
 #include <QSet>
 
+#include <functional>
+
 class StreamerPlayLogic;
 
 namespace player {
@@ -23,6 +25,11 @@ public:
     /// `audio` is not owned and must outlive the player.
     explicit Player(AudioControl* audio, QObject* parent = nullptr);
     ~Player() override;
+
+    /// What must be done before playback goes on after a pause; it calls back with an error if that
+    /// failed. Set by the one who owns the streamer.
+    using BeforeResume = std::function<void(const std::function<void(const CMError&)>&)>;
+    void setBeforeResume(BeforeResume beforeResume) { m_beforeResume = std::move(beforeResume); }
 
     /// Follows what the plug-in's play logic tells. Call it when the plug-in is ready.
     void followService();
@@ -60,6 +67,7 @@ private:
     CMReply<QVariant> setData(const CMPath& path, const QVariant& value);
     CMReply<QVariant> observed(const CMReply<QVariant>& reply, const QString& source);
     CMReply<QVariant> transport(Command command);
+    CMReply<QVariant> pauseOrResume();
     void showAnswer(const CMVoidReply& reply, const QString& source);
     void tellWithRows(const QString& kind, const CMPath& screen, const QString& title,
         const QString& text, const QString& source);
@@ -70,6 +78,7 @@ private:
     void fail(const CMError& error);
 
     AudioControl* m_audio;
+    BeforeResume m_beforeResume;
     MessageLog m_messages;
     QSet<QString> m_watchedRows;
     TavuPlayLogicData m_data;
