@@ -213,6 +213,8 @@ Outcome CurlTransfer::outcome(CURLcode code) const
 
 QString CurlTransfer::reasonFor(CURLcode code) const
 {
+    if (code == CURLE_OUT_OF_MEMORY)
+        return QStringLiteral("The answer's header line is too long.");
     return QString::fromUtf8(m_errorText[0] ? m_errorText : curl_easy_strerror(code));
 }
 

@@ -32,6 +32,7 @@ HttpClientStatus statusOf(CURLcode code)
     case CURLE_OPERATION_TIMEDOUT:
         return HttpClientStatus::Timeout;
     case CURLE_FILESIZE_EXCEEDED:
+    case CURLE_OUT_OF_MEMORY: // A header line beyond the library's own limit.
         return HttpClientStatus::ReadLimitExceeded;
     case CURLE_PARTIAL_FILE:
     case CURLE_GOT_NOTHING:
