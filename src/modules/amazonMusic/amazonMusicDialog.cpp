@@ -27,7 +27,8 @@ TavuRowsRoles listRoles()
 } // namespace
 
 AmazonMusicDialog::AmazonMusicDialog(CMNodes* nodes, int timeout)
-    : m_node(CMListRowsNode::create(nodes, newPath()))
+    : m_timer(this)
+    , m_node(CMListRowsNode::create(nodes, newPath()))
 {
     AMAZON_MUSIC_ENTER();
     m_node->setRowsRoles(listRoles());

@@ -6,6 +6,7 @@
 
 DialogTimer::DialogTimer(CMNode* node, int timeout)
     : m_node(node)
+    , m_timer(this)
 {
     AMAZON_MUSIC_ENTER();
     m_timer.setSingleShot(true);
