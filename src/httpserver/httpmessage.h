@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QVector>
 
+class QDateTime;
 class QJsonObject;
 
 namespace http {
@@ -85,5 +86,10 @@ QByteArray reasonPhrase(int status);
 
 /// The answer as HTTP/1.1 bytes with Date and Content-Length, for those who send altered bytes.
 QByteArray serialize(const Response& response);
+/// The head alone, with Date and the empty line; no other field is added.
+QByteArray serializeHead(int status, const Headers& headers);
+
+/// The time as header fields carry it, for example "Sun, 06 Nov 1994 08:49:37 GMT".
+QByteArray httpDate(const QDateTime& time);
 
 } // namespace http

@@ -11,9 +11,9 @@ namespace http {
 /// Finds the handler of a method and a path.
 ///
 /// A pattern is a path of literal components and placeholders: "/artwork/{id}" matches one
-/// non-empty component, "/files/{rest*}" the rest, possibly empty, with its components as sent
-/// (joined by "/"). Literal components win over placeholders, whatever the order of adding. GET
-/// handlers also take HEAD.
+/// non-empty component, "/files/{rest*}" the rest, possibly empty, decoded and joined by "/" (use
+/// Request::segments where "%2F" must not divide). Literal components win over placeholders,
+/// whatever the order of adding. GET handlers also take HEAD.
 class Router
 {
 public:
@@ -41,6 +41,9 @@ private:
         QStringList segments;
         Handler handler;
     };
+
+    void refuse(
+        const Request& request, const Responder& responder, const QList<QByteArray>& methods) const;
 
     Refusal m_refusal;
     QVector<Entry> m_entries;

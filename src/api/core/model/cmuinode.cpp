@@ -35,9 +35,8 @@ TavuRoles CMUINode::roles() const
 
 void CMUINode::getDataRequest(const CMGetDataRequest& request)
 {
-    const QMap<QString, QString> params = request.path().params();
     QVariantList values;
     for (const QString& role : request.roles())
-        values.append(getRoleData(role, params));
+        values.append(getRoleData(role, {}));
     request.reply().setValue(values);
 }

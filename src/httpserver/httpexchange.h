@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QPointer>
+
+namespace http {
+
+class Answer;
+
+/// What all copies of a Responder or EventStream share. The answer learns when the last one goes.
+class Exchange
+{
+public:
+    explicit Exchange(Answer* answer);
+    ~Exchange();
+    Exchange(const Exchange&) = delete;
+    Exchange& operator=(const Exchange&) = delete;
+
+    /// Null once the connection is over.
+    Answer* answer() const;
+
+private:
+    QPointer<Answer> m_answer;
+};
+
+} // namespace http

@@ -1,0 +1,64 @@
+#include "httplistener.h"
+
+#include <QSslSocket>
+#include <QTimer>
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace http {
+
+/// Connections that wait to be accepted. Qt asks for 50, which a burst of clients overflows; each
+/// of those left out tries again a second later.
+static const int waitingConnections = 1024;
+static const int retryAfterMs = 50;
+
+Listener::Listener(const std::optional<QSslConfiguration>& tls, MayAccept mayAccept, Accept accept,
+    QObject* parent)
+    : QTcpServer(parent)
+    , m_tls(tls)
+    , m_mayAccept(std::move(mayAccept))
+    , m_accept(std::move(accept))
+{
+    // Qt stops accepting after an error such as having no descriptors left.
+    connect(this, &QTcpServer::acceptError, this,
+        [this] { QTimer::singleShot(retryAfterMs, this, &QTcpServer::resumeAccepting); });
+}
+
+bool Listener::start(const QHostAddress& address, quint16 port)
+{
+    if (!listen(address, port))
+        return false;
+    ::listen(int(socketDescriptor()), waitingConnections);
+    return true;
+}
+
+void Listener::incomingConnection(qintptr descriptor)
+{
+    if (!m_mayAccept()) {
+        turnAway(int(descriptor));
+        return;
+    }
+    if (!m_tls) {
+        auto* socket = new QTcpSocket;
+        socket->setSocketDescriptor(descriptor);
+        m_accept(socket, false);
+        return;
+    }
+    auto* socket = new QSslSocket;
+    socket->setSocketDescriptor(descriptor);
+    socket->setSslConfiguration(*m_tls);
+    m_accept(socket, true);
+    socket->startServerEncryption();
+}
+
+void Listener::turnAway(int descriptor) const
+{
+    static const char busy[] = "HTTP/1.1 503 Service Unavailable\r\nConnection: close\r\n"
+                               "Retry-After: 1\r\nContent-Length: 0\r\n\r\n";
+    if (!m_tls)
+        ::send(descriptor, busy, sizeof busy - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
+    ::close(descriptor);
+}
+
+} // namespace http

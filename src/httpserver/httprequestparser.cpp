@@ -1,0 +1,219 @@
+#include "httprequestparser.h"
+
+#include "httpheadscanner.h"
+#include "httptarget.h"
+
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/string_body.hpp>
+
+#include <algorithm>
+#include <cctype>
+#include <optional>
+
+namespace http {
+
+namespace beast = boost::beast::http;
+using BeastParser = beast::request_parser<beast::string_body>;
+
+/// A chunk's size line and a trailer each have to fit; endless ones are refused.
+static const int maximumFraming = 16 * 1024;
+
+struct RequestParser::Private
+{
+    explicit Private(const Limits& given)
+        : limits(given)
+        , scanner(given)
+    {
+    }
+
+    State refuse(int with)
+    {
+        status = with;
+        return State::Refused;
+    }
+
+    State takeHead(const char* data, int length);
+    State takeBody(const char* data, int size, int* consumed);
+    int fill();
+    bool framingIsClear() const;
+    void takeFields();
+
+    const Limits& limits;
+    HeadScanner scanner;
+    std::optional<BeastParser> parser;
+    Request request;
+    int status = 0;
+    bool headDone = false;
+};
+
+static QByteArray bytes(boost::beast::string_view text)
+{
+    return QByteArray(text.data(), int(text.size()));
+}
+
+static QByteArray firstLine(const char* data, int length)
+{
+    const QByteArray head = QByteArray::fromRawData(data, length);
+    return head.left(head.indexOf("\r\n"));
+}
+
+/// Whether a request line ends in a version that is well written and not ours.
+static bool namesOtherVersion(const QByteArray& line)
+{
+    const QByteArray version = line.mid(line.lastIndexOf(' ') + 1);
+    const bool written = version.size() == 8 && version.startsWith("HTTP/") && version[6] == '.'
+        && std::isdigit(version[5]) && std::isdigit(version[7]);
+    return written && version != "HTTP/1.0" && version != "HTTP/1.1";
+}
+
+static int statusOf(const boost::beast::error_code& error)
+{
+    return error == beast::error::body_limit ? 413 : 400;
+}
+
+RequestParser::RequestParser(const Limits& limits)
+    : d(std::make_unique<Private>(limits))
+{
+}
+
+RequestParser::~RequestParser() = default;
+
+void RequestParser::reset()
+{
+    d->scanner.reset();
+    d->parser.reset();
+    d->request = Request();
+    d->status = 0;
+    d->headDone = false;
+}
+
+Request& RequestParser::request()
+{
+    return d->request;
+}
+
+const Request& RequestParser::request() const
+{
+    return d->request;
+}
+
+int RequestParser::status() const
+{
+    return d->status;
+}
+
+bool RequestParser::isHttp10() const
+{
+    return d->parser && d->parser->get().version() == 10;
+}
+
+/// HTTP/1.0 connections are never kept: its clients that ask for it are rare, and proxies pass the
+/// wish on without understanding it.
+bool RequestParser::keepsAlive() const
+{
+    return d->parser && !isHttp10() && d->parser->keep_alive();
+}
+
+bool RequestParser::expectsContinue() const
+{
+    return d->request.headers.value("Expect").toLower() == "100-continue";
+}
+
+RequestParser::State RequestParser::feed(const char* data, int size, int* consumed)
+{
+    *consumed = 0;
+    if (d->headDone)
+        return d->takeBody(data, size, consumed);
+    switch (d->scanner.scan(data, size)) {
+    case HeadScanner::State::NeedMore:
+        return State::NeedMore;
+    case HeadScanner::State::Refused:
+        return d->refuse(d->scanner.status());
+    case HeadScanner::State::Complete:
+        break;
+    }
+    *consumed = d->scanner.length();
+    return d->takeHead(data, *consumed);
+}
+
+RequestParser::State RequestParser::Private::takeHead(const char* data, int length)
+{
+    while (length > 2 && data[0] == '\r') {
+        data += 2;
+        length -= 2;
+    }
+    parser.emplace();
+    parser->header_limit(std::uint32_t(length) + 1);
+    parser->body_limit(std::uint64_t(limits.bodyBytes));
+    boost::beast::error_code error;
+    parser->put(boost::asio::const_buffer(data, std::size_t(length)), error);
+    if (error == beast::error::bad_version && namesOtherVersion(firstLine(data, length)))
+        return refuse(505);
+    if (error)
+        return refuse(statusOf(error));
+    if (const int bad = fill())
+        return refuse(bad);
+    headDone = true;
+    parser->eager(true);
+    return State::Head;
+}
+
+/// Returns 0, or the status to refuse with.
+int RequestParser::Private::fill()
+{
+    takeFields();
+    const bool badTarget = !splitTarget(request);
+    if (badTarget || !framingIsClear())
+        return 400;
+    const QByteArray expect = request.headers.value("Expect").toLower();
+    return expect.isEmpty() || expect == "100-continue" ? 0 : 417;
+}
+
+void RequestParser::Private::takeFields()
+{
+    const auto& message = parser->get();
+    request.method = bytes(message.method_string());
+    request.target = bytes(message.target());
+    for (const auto& field : message)
+        request.headers.append(bytes(field.name_string()), bytes(field.value()));
+}
+
+static bool isNumber(const QByteArray& text)
+{
+    return !text.isEmpty()
+        && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+/// Whether every reader of this head finds the same end of the body.
+bool RequestParser::Private::framingIsClear() const
+{
+    const QList<QByteArray> lengths = request.headers.values("Content-Length");
+    const QList<QByteArray> codings = request.headers.values("Transfer-Encoding");
+    if (lengths.size() + codings.size() > 1)
+        return false;
+    if (!lengths.isEmpty())
+        return isNumber(lengths.first());
+    return codings.isEmpty()
+        || (codings.first().toLower() == "chunked" && parser->get().version() == 11);
+}
+
+RequestParser::State RequestParser::Private::takeBody(const char* data, int size, int* consumed)
+{
+    boost::beast::error_code error;
+    while (!parser->is_done() && *consumed < size) {
+        const std::size_t used = parser->put(
+            boost::asio::const_buffer(data + *consumed, std::size_t(size - *consumed)), error);
+        *consumed += int(used);
+        if (error)
+            break;
+    }
+    if (error && error != beast::error::need_more)
+        return refuse(statusOf(error));
+    if (!parser->is_done())
+        return size - *consumed > maximumFraming ? refuse(400) : State::NeedMore;
+    const std::string& body = parser->get().body();
+    request.body = QByteArray(body.data(), int(body.size()));
+    return State::Complete;
+}
+
+} // namespace http
