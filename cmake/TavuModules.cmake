@@ -9,6 +9,7 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib:$ORIGIN/../lib/${CMAKE_LIBRARY_ARCHITECTURE}:$ORIGIN/../..:$ORIGIN")
 
 include(GNUInstallDirs)
 include(TavuWarnings)
@@ -50,6 +51,31 @@ function(tavu_library name kind)
   _tavu_common(${name} LINK ${ARG_LINK} PRIVATE_LINK ${ARG_PRIVATE_LINK} INCLUDE ${ARG_INCLUDE})
   string(TOUPPER ${name} upper)
   target_compile_definitions(${name} PRIVATE ${upper}_BUILD)
+  if(kind STREQUAL "SHARED")
+    _tavu_install_host_library(${name})
+  endif()
+endfunction()
+
+# A host library is what plug-ins are built against: the library, its headers, its CMake target.
+function(_tavu_install_host_library name)
+  install(TARGETS ${name} EXPORT TavuTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  get_target_property(sources ${name} SOURCES)
+  list(FILTER sources INCLUDE REGEX "\\.h$")
+  install(FILES ${sources} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tavu)
+  target_include_directories(${name} PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/tavu>)
+endfunction()
+
+# The package that find_package(Tavu) finds. Call it once, after all host libraries.
+function(tavu_install_package)
+  include(CMakePackageConfigHelpers)
+  set(folder ${CMAKE_INSTALL_LIBDIR}/cmake/Tavu)
+  configure_package_config_file(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/TavuConfig.cmake.in
+                                ${CMAKE_CURRENT_BINARY_DIR}/TavuConfig.cmake INSTALL_DESTINATION ${folder})
+  write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/TavuConfigVersion.cmake
+                                   COMPATIBILITY SameMinorVersion)
+  install(EXPORT TavuTargets NAMESPACE tavu:: DESTINATION ${folder})
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/TavuConfig.cmake
+                ${CMAKE_CURRENT_BINARY_DIR}/TavuConfigVersion.cmake DESTINATION ${folder})
 endfunction()
 
 # tavu_program(<name> SOURCES ... LINK ...)
@@ -57,6 +83,7 @@ function(tavu_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   _tavu_common(${name} LINK ${ARG_LINK})
+  install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endfunction()
 
 # tavu_test(<name> SOURCES ... LINK ... [TIMEOUT s] [LABELS ...]): one GoogleTest program, registered

@@ -85,21 +85,25 @@ struct TAVU_EXPORT HttpClientConfig
     /// the suffix is set, "authorization" leaves for these hosts alone.
     QByteArray baseHost;
     QByteArray domainSuffix;
+    /// Milliseconds for name lookup, connection and TLS handshake together.
+    int connectTimeoutMs = 5000;
 
     static void setShared(const HttpClientConfig& config);
     static HttpClientConfig shared();
 };
 
 /// An HTTP client on the event loop of its thread (RFC 9110, RFC 9112). Certificates are always
-/// verified. Connections are kept and used again. A GET that fails by 429 or 503 with a Retry-After
-/// of at most 2 s, or by a kept connection that died before the first byte, is sent again, at most
-/// twice, inside its time-out; a POST never is. Destroying the client ends its transfers without a
-/// call.
+/// verified. Connections are kept and used again; at most 16 are open, and further requests wait
+/// for their turn inside their time-outs. Proxies are not used. A GET that fails by 429 or 503 with
+/// a Retry-After of at most 2 s, or by a kept connection that died before the first byte, is sent
+/// again, at most twice, inside its time-out; a POST never is. Destroying the client ends its
+/// transfers without a call.
 class TAVU_EXPORT HttpClient : public QObject
 {
     Q_OBJECT
 
 public:
+    /// What to speak; by default what the client finds best, which is HTTP/1.1.
     enum HttpVersion : int { HttpDefault = 0, Http11 = 1 };
 
     struct Result
@@ -110,8 +114,10 @@ public:
         /// The HTTP status code; 0 when the transfer failed.
         int code = 0;
         QByteArray data;
-        /// "location" arrives absolute.
+        /// "location" arrives absolute, and empty when it names no place that can be asked.
         HttpClientHeaders headers;
+        /// For people: what failed, when the transfer did; names no secrets.
+        QString reason = QString();
     };
     using Callback = std::function<void(const Result&)>;
 

@@ -33,6 +33,17 @@ void whenFinished(const CMReply<T>& inner, const CMContext& context, Function fu
         });
 }
 
+/// Calls `function(value)` when `inner` succeeds, on the calling thread; nothing when it fails or
+/// when `context` has died by then. `context` must die on the calling thread.
+template <class T, class Function>
+void onSuccess(const CMReply<T>& inner, const CMContext& context, Function function)
+{
+    inner.onSuccess([alive = context.token(), function = std::move(function)](const T& value) {
+        if (!alive.expired())
+            function(value);
+    });
+}
+
 /// Copies the error of `inner`, a cancel included, to `outer` unchanged, or calls
 /// `function(value)`, which is to complete `outer` some time. When `context` has died by then
 /// `outer` is cancelled.

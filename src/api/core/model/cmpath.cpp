@@ -2,6 +2,7 @@
 
 #include "tavulog.h"
 
+#include <QHash>
 #include <QUrl>
 
 #include <algorithm>
@@ -49,10 +50,17 @@ CMPath CMPath::fromEncoded(const QString& encoded)
     CMPath path(decoded(encoded.leftRef(mark)));
     if (mark < 0)
         return path;
+    QHash<QString, int> places; // Anybody may have written the text: keep the work linear.
     const auto params = encoded.midRef(mark + 1).split(QLatin1Char('&'), Qt::SkipEmptyParts);
-    for (const QStringRef& param : params) {
-        const auto [name, value] = decodedParam(param);
-        path = path.addParam(name, value);
+    for (const QStringRef& text : params) {
+        const auto param = decodedParam(text);
+        const int place = places.value(param.first, path.m_params.size());
+        if (place < path.m_params.size()) {
+            path.m_params[place].second = param.second;
+        } else {
+            places.insert(param.first, place);
+            path.m_params.append(param);
+        }
     }
     return path;
 }
@@ -105,6 +113,14 @@ QString CMPath::param(const QString& name) const
 {
     const auto present = find(m_params, name);
     return present != m_params.end() ? present->second : QString();
+}
+
+QMap<QString, QString> CMPath::params() const
+{
+    QMap<QString, QString> all;
+    for (const auto& [name, value] : m_params)
+        all.insert(name, value);
+    return all;
 }
 
 bool CMPath::startsWith(const CMPath& prefix, QString* rest) const

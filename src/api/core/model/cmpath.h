@@ -4,6 +4,7 @@
 #include "tavuhash.h"
 
 #include <QList>
+#include <QMap>
 #include <QMetaType>
 #include <QPair>
 #include <QString>
@@ -23,7 +24,7 @@ public:
     {
     }
 
-    /// Reads what toEncoded() wrote.
+    /// Reads what toEncoded() wrote. Of parameters of the same name the last one counts.
     static CMPath fromEncoded(const QString& encoded);
     /// The text, then "?name=value&…". Names and values are percent-encoded over their whole length
     /// (only RFC 3986's unreserved characters stay), so that any text, a URL with parameters of its
@@ -43,6 +44,7 @@ public:
     bool hasParam(const QString& name) const;
     /// The value; empty when there is no such parameter.
     QString param(const QString& name) const;
+    QMap<QString, QString> params() const;
     CMPath withoutParams() const { return CMPath(m_text); }
 
     /// Whether the text of `prefix` is this text or a run of whole components at its start;

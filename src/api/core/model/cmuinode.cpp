@@ -35,8 +35,9 @@ TavuRoles CMUINode::roles() const
 
 void CMUINode::getDataRequest(const CMGetDataRequest& request)
 {
+    const QMap<QString, QString> params = request.path().params();
     QVariantList values;
     for (const QString& role : request.roles())
-        values.append(getRoleData(role, {}));
+        values.append(getRoleData(role, params));
     request.reply().setValue(values);
 }

@@ -1,0 +1,79 @@
+#include "browse.h"
+
+namespace ctl {
+
+namespace {
+
+constexpr int windowSize = 100;
+constexpr int rowsAtMost = 2000;
+
+QString titleOf(const QVariant& row)
+{
+    return row.toHash().value(QStringLiteral("title")).toString();
+}
+
+} // namespace
+
+QVariantHash pickRow(const QVariantList& rows, const QString& step)
+{
+    for (const QVariant& row : rows) {
+        if (titleOf(row).compare(step, Qt::CaseInsensitive) == 0)
+            return row.toHash();
+    }
+    bool isNumber = false;
+    const int number = step.toInt(&isNumber);
+    return isNumber && number >= 1 && number <= rows.size() ? rows.at(number - 1).toHash()
+                                                            : QVariantHash();
+}
+
+Answer Browse::screen(const QString& path, Screen& screen)
+{
+    screen = Screen{ path, QString(), {}, 0 };
+    Answer answer;
+    do {
+        const int from = screen.rows.size();
+        answer = m_api.get(QStringLiteral("/rows"),
+            { { QStringLiteral("path"), path }, { QStringLiteral("from"), QString::number(from) },
+                { QStringLiteral("to"), QString::number(from + windowSize - 1) } });
+        if (!answer.ok())
+            return answer;
+        screen.title = titleOf(answer.body.value(QStringLiteral("parent")));
+        screen.count = answer.body.value(QStringLiteral("count")).toInt();
+        const QVariantList rows = answer.body.value(QStringLiteral("rows")).toList();
+        if (rows.isEmpty())
+            break;
+        screen.rows += rows;
+    } while (screen.rows.size() < qMin(screen.count, rowsAtMost));
+    return answer;
+}
+
+Answer Browse::walk(const QString& steps, QVariantHash& row)
+{
+    row.clear();
+    Answer answer;
+    answer.code = 200;
+    for (const QString& name : steps.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+        const QVariantHash from = row;
+        answer = step(name, from, row);
+        if (!answer.problem.isEmpty())
+            return answer;
+    }
+    return answer;
+}
+
+Answer Browse::step(const QString& step, const QVariantHash& from, QVariantHash& row)
+{
+    Screen here;
+    Answer answer = screen(from.value(QStringLiteral("path")).toString(), here);
+    if (!answer.ok())
+        return answer;
+    row = pickRow(here.rows, step);
+    if (row.isEmpty())
+        answer.problem = QStringLiteral("There is no row \"%1\" %2.")
+                             .arg(step,
+                                 from.isEmpty() ? QStringLiteral("at the root")
+                                                : QStringLiteral("in \"%1\"").arg(titleOf(from)));
+    return answer;
+}
+
+} // namespace ctl

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "tavulog.h"
+
+#include <log4cplus/logger.h>
+#include <log4cplus/loggingmacros.h>
+
+#include <QtGlobal>
+
+/// The plug-in's logger, one handle for each source file.
+static inline const log4cplus::Logger& logger()
+{
+    static const log4cplus::Logger handle =
+        log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("CB_AmazonMusic"));
+    return handle;
+}
+
+/// Traces the life of the scope that it stands in.
+class AmazonMusicScope
+{
+public:
+    explicit AmazonMusicScope(const char* signature)
+        : m_signature(signature)
+    {
+        LOG4CPLUS_TRACE(logger(), "Enter " << m_signature);
+    }
+    ~AmazonMusicScope() { LOG4CPLUS_TRACE(logger(), "Leave " << m_signature); }
+    Q_DISABLE_COPY_MOVE(AmazonMusicScope)
+
+private:
+    const char* m_signature;
+};
+
+/// The entry trace: the first statement of every function of the plug-in.
+#define AMAZON_MUSIC_ENTER() LOG4CPLUS_TRACE(logger(), "Enter " << Q_FUNC_INFO)
+
+/// The entry trace that is followed by a second one when the function is left.
+#define AMAZON_MUSIC_ENTER_SCOPE() const AmazonMusicScope amazonMusicScope(Q_FUNC_INFO)
+
+/// The entry trace with what the function was called with, as it would be streamed. Never a token,
+/// a code or a secret.
+#define AMAZON_MUSIC_ENTER_WITH(values)                                                            \
+    LOG4CPLUS_TRACE(logger(), "Enter " << Q_FUNC_INFO << ": " << values)

@@ -1,0 +1,317 @@
+#include "player.h"
+
+#include "cmchain.h"
+#include "cmroot.h"
+#include "cmvalueitem.h"
+#include "deadline.h"
+#include "playlogicinterface.h"
+#include "rowanswer.h"
+#include "tavuactionreply.h"
+#include "tavupaths.h"
+
+namespace player {
+
+namespace {
+
+// Paths whose rows are watched for changes on behalf of the faces.
+constexpr int watchedPathsAtMost = 256;
+
+CMError noService()
+{
+    return CMError(TrString(TrCharData(trExtractContext("player"),
+        "The service is not loaded yet. Please wait, or see the log.")));
+}
+
+template <class T>
+CMReply<T> failedReply(const CMError& error)
+{
+    const auto reply = CMReply<T>::create();
+    reply.setError(error);
+    return reply;
+}
+
+CMPath oauthPath(const QString& subpath)
+{
+    return (TavuOAuth2ServicePath() + TavuAmazonMusicName()).appendSubpath(subpath);
+}
+
+PlayLogicInterface* playLogic()
+{
+    return PlayLogicInterface::instance(TavuAmazonMusicPlayLogicPath());
+}
+
+} // namespace
+
+Player::Player(AudioControl* audio, QObject* parent)
+    : PlayerFacade(parent)
+    , m_audio(audio)
+{
+    connect(audio, &AudioControl::volumeChanged, this, &PlayerFacade::playerChanged);
+    connect(audio, &AudioControl::outputsChanged, this, &PlayerFacade::outputsChanged);
+    new CMValueItem(this, oauthPath(TavuOAuth2LoggedInSubPath()), this,
+        SLOT(on_loggedIn_changed(TavuValue)), Qt::AutoConnection);
+    new CMValueItem(this, oauthPath(TavuOAuth2DeviceCodeSubPath()), this,
+        SLOT(on_deviceCode_changed(TavuValue)), Qt::AutoConnection);
+    new CMValueItem(this, TavuPlayerPlayModePath(), this, SLOT(on_playMode_changed(TavuValue)),
+        Qt::AutoConnection);
+}
+
+Player::~Player() = default;
+
+CMReply<QVariant> Player::rows(const QString& path, int from, int to)
+{
+    const CMPath asked = path.isEmpty() ? TavuAmazonMusicBrowsePath() : CMPath::fromEncoded(path);
+    watchRows(asked);
+    const CMGetRowsRequest request(asked, from, to, rowRoles());
+    const auto result = CMReply<QVariant>::create();
+    withDeadline(request.reply()).addWatcher([result, from](const CMVoidReply& reply) {
+        if (reply.error().isSet())
+            return result.setError(reply.error());
+        const auto answer = CMReply<TavuRowsRoles>(reply).value();
+        result.setValue(rowAnswer(answer, qMax(from, 0)));
+    });
+    CMRoot()->getRowsRequest(request);
+    return result;
+}
+
+void Player::watchRows(const CMPath& path)
+{
+    if (m_watchedRows.contains(path.text()) || m_watchedRows.size() >= watchedPathsAtMost)
+        return;
+    m_watchedRows.insert(path.text());
+    CMRoot()->connectRowsChange(path, this, SLOT(on_rows_changed(CMPath)), Qt::AutoConnection);
+}
+
+void Player::on_rows_changed(const CMPath& path)
+{
+    Q_EMIT rowsChanged(path.toEncoded());
+}
+
+CMReply<QVariant> Player::setData(const CMPath& path, const QVariant& value)
+{
+    const CMSetDataRequest request(path, value);
+    withDeadline(request.reply());
+    CMRoot()->setDataRequest(request);
+    return request.reply();
+}
+
+CMReply<QVariant> Player::activateRow(const QVariantHash& row, const QVariant& value)
+{
+    const TavuRoles roles(row);
+    const QVariant given = value.isValid() ? value : QVariant(row);
+    return observed(setData(roles.path(), given), QStringLiteral("activate"));
+}
+
+CMReply<QVariant> Player::activatePath(
+    const QString& path, const QString& role, const QVariant& value)
+{
+    const QVariant given = role.isEmpty() ? value : QVariant(QVariantHash{ { role, value } });
+    return observed(setData(CMPath::fromEncoded(path), given), QStringLiteral("activate"));
+}
+
+CMReply<QVariant> Player::search(const QString& text, const QString& path)
+{
+    const CMPath container =
+        path.isEmpty() ? TavuAmazonMusicSearchPath() : CMPath::fromEncoded(path);
+    const auto result = CMReply<QVariant>::create();
+    const CMReply<QVariant> found = rows(container.toEncoded(), 0, 0);
+    found.addWatcher([this, found, result, text](const CMVoidReply& reply) {
+        if (reply.error().isSet())
+            return result.setError(reply.error());
+        const QVariantList list = found.value().toHash().value(QStringLiteral("rows")).toList();
+        if (list.isEmpty())
+            return result.setError(noService());
+        const CMPath query = TavuRoles(list.first().toHash()).path();
+        cmchain::forward(setData(query, TavuValue::fromString(text).__variant()), result);
+    });
+    return result;
+}
+
+CMReply<QVariant> Player::play(const QVariantHash& row)
+{
+    const TavuRoles roles(row);
+    PlayLogicInterface* logic =
+        PlayLogicInterface::instance(roles.mediaData().metaData().playLogicPath());
+    if (!logic)
+        return failedReply<QVariant>(CMError(TrString(
+            TrCharData(trExtractContext("player"), "\"%1\" is nothing that can be played."),
+            { roles.title() })));
+    m_error.clear();
+    TavuPlayLogicPlayArgs args;
+    args.setMediaRoles(mediaRolesFor(roles));
+    args.setTrackRoles(roles);
+    return observed(withDeadline(logic->play(args)), QStringLiteral("play"));
+}
+
+CMReply<QVariant> Player::command(Command command)
+{
+    if (!playLogic())
+        return failedReply<QVariant>(noService());
+    const bool goesOn = m_data.state() != TavuPlayLogicState::Paused;
+    if (command == Command::Resume && goesOn) {
+        const auto reply = CMReply<QVariant>::create();
+        reply.setValue(QVariant());
+        return reply;
+    }
+    return observed(withDeadline(transport(command)), QStringLiteral("player"));
+}
+
+CMReply<QVariant> Player::transport(Command command)
+{
+    PlayLogicInterface* logic = playLogic();
+    switch (command) {
+    case Command::TogglePause:
+    case Command::Resume:
+        return pauseOrResume();
+    case Command::Next:
+        return logic->next();
+    case Command::Previous:
+        return logic->previous();
+    case Command::Stop:
+        return logic->stop(TavuPlayLogicStopReason::User);
+    case Command::Like:
+        return logic->like();
+    case Command::Dislike:
+        return logic->dislike();
+    }
+    return failedReply<QVariant>(noService());
+}
+
+CMReply<QVariant> Player::pauseOrResume()
+{
+    if (m_data.state() != TavuPlayLogicState::Paused || !m_beforeResume)
+        return playLogic()->pause();
+    const auto reply = CMReply<QVariant>::create();
+    // When the renewal fails the play logic is asked all the same: it judges the track by itself.
+    m_beforeResume([reply](const CMError&) {
+        if (PlayLogicInterface* logic = playLogic())
+            cmchain::forward(logic->pause(), reply);
+        else
+            reply.setError(noService());
+    });
+    return reply;
+}
+
+CMReply<QVariant> Player::seek(qint64 positionMs)
+{
+    if (!playLogic())
+        return failedReply<QVariant>(noService());
+    const qint64 duration = m_data.trackRoles().mediaData().firstResource().duration();
+    if (positionMs < 0 || (duration > 0 && positionMs > duration))
+        return failedReply<QVariant>(CMError(TrString(
+            TrCharData(trExtractContext("player"), "The position must lie within the track."))));
+    return observed(withDeadline(playLogic()->seekTime(positionMs)), QStringLiteral("player"));
+}
+
+CMReply<QVariant> Player::observed(const CMReply<QVariant>& reply, const QString& source)
+{
+    reply.addWatcher([this, source](const CMVoidReply& finished) { showAnswer(finished, source); });
+    return reply;
+}
+
+void Player::showAnswer(const CMVoidReply& reply, const QString& source)
+{
+    const CMError error = reply.error();
+    if (error.name() == CMVoidReply::ErrorCancel().name())
+        return;
+    if (error.isSet()) {
+        const CMPath screen = TavuActionReply(error.actionReply()).result().path();
+        return tellWithRows(
+            QStringLiteral("error"), screen, error.title(), error.message(), source);
+    }
+    const TavuActionReply answer(tavuvariant::toHash(CMReply<QVariant>(reply).value()));
+    if (!answer.result().path().isEmpty())
+        tellWithRows(QStringLiteral("info"), answer.result().path(), QString(), QString(), source);
+}
+
+void Player::tellWithRows(const QString& kind, const CMPath& screen, const QString& title,
+    const QString& text, const QString& source)
+{
+    if (screen.isEmpty())
+        return addMessage(kind, title, text, source);
+    const CMReply<QVariant> found = rows(screen.toEncoded(), 0, 49);
+    found.addWatcher([this, found, kind, title, text, source](const CMVoidReply& reply) {
+        const QVariantList list = reply.error().isSet()
+            ? QVariantList()
+            : found.value().toHash().value(QStringLiteral("rows")).toList();
+        const TavuRoles head(list.isEmpty() ? QVariantHash() : list.first().toHash());
+        addMessage(kind, title.isEmpty() ? head.title() : title,
+            text.isEmpty() ? head.longDescription() : text, source, list);
+    });
+}
+
+void Player::addMessage(const QString& kind, const QString& title, const QString& text,
+    const QString& source, const QVariantList& rows)
+{
+    Q_EMIT messageAdded(m_messages.add(kind, title, text, source, rows));
+}
+
+void Player::setPlayMode(int mode)
+{
+    CMRoot()->setValue(TavuPlayerPlayModePath(),
+        TavuValue::fromPlayerPlayMode(static_cast<TavuPlayerPlayMode::Enum>(mode)));
+}
+
+void Player::setVolume(int volume)
+{
+    m_audio->setVolume(volume);
+}
+
+void Player::setMuted(bool muted)
+{
+    m_audio->setMuted(muted);
+}
+
+QVariantList Player::outputs() const
+{
+    return m_audio->outputs();
+}
+
+bool Player::selectOutput(const QString& id)
+{
+    return m_audio->selectOutput(id);
+}
+
+void Player::startLogin()
+{
+    invokeOAuth(TavuOAuth2StartLoginSubPath());
+}
+
+void Player::logout()
+{
+    invokeOAuth(TavuOAuth2LogoutSubPath());
+}
+
+void Player::invokeOAuth(const QString& subpath)
+{
+    const auto reply = CMReply<QVariant>::create();
+    reply.addWatcher(
+        [this](const CMVoidReply& finished) { showAnswer(finished, QStringLiteral("login")); });
+    CMRoot()->invoke(oauthPath(subpath), QVariant(), reply);
+}
+
+QVariantHash Player::service() const
+{
+    return { { QStringLiteral("name"), QStringLiteral("Amazon Music") },
+        { QStringLiteral("version"), QStringLiteral(TAVU_VERSION) } };
+}
+
+void Player::on_loggedIn_changed(const TavuValue& value)
+{
+    m_loggedIn = value.bool_();
+    Q_EMIT loginChanged();
+}
+
+void Player::on_deviceCode_changed(const TavuValue& value)
+{
+    m_deviceCode = TavuOAuth2DeviceCode(value);
+    Q_EMIT loginChanged();
+}
+
+void Player::on_playMode_changed(const TavuValue& value)
+{
+    m_mode = value.playerPlayMode();
+    Q_EMIT playerChanged();
+}
+
+} // namespace player

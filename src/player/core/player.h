@@ -1,0 +1,94 @@
+#pragma once
+
+#include "audiocontrol.h"
+#include "messagelog.h"
+#include "playerfacade.h"
+#include "tavuoauth2devicecode.h"
+#include "tavuplaylogic.h"
+#include "tavuvalue.h"
+
+#include <QSet>
+
+#include <functional>
+
+class StreamerPlayLogic;
+
+namespace player {
+
+/// The player as its faces see it: browsing and playing through the host's root worker, what the
+/// play logics tell, and the messages for people.
+class Player : public PlayerFacade
+{
+    Q_OBJECT
+
+public:
+    /// `audio` is not owned and must outlive the player.
+    explicit Player(AudioControl* audio, QObject* parent = nullptr);
+    ~Player() override;
+
+    /// What must be done before playback goes on after a pause; it calls back with an error if that
+    /// failed. Set by the one who owns the streamer.
+    using BeforeResume = std::function<void(const std::function<void(const CMError&)>&)>;
+    void setBeforeResume(BeforeResume beforeResume) { m_beforeResume = std::move(beforeResume); }
+
+    /// Follows what the plug-in's play logic tells. Call it when the plug-in is ready.
+    void followService();
+    /// Tells people of something that concerns the player as a whole.
+    void addMessage(const QString& kind, const QString& title, const QString& text,
+        const QString& source, const QVariantList& rows = {});
+
+    CMReply<QVariant> rows(const QString& path, int from, int to) override;
+    CMReply<QVariant> activateRow(const QVariantHash& row, const QVariant& value) override;
+    CMReply<QVariant> activatePath(
+        const QString& path, const QString& role, const QVariant& value) override;
+    CMReply<QVariant> search(const QString& text, const QString& path) override;
+    CMReply<QVariant> play(const QVariantHash& row) override;
+    CMReply<QVariant> command(Command command) override;
+    CMReply<QVariant> seek(qint64 positionMs) override;
+    void setPlayMode(int mode) override;
+    void setVolume(int volume) override;
+    void setMuted(bool muted) override;
+    QVariantHash player() const override;
+    QVariantList outputs() const override;
+    bool selectOutput(const QString& id) override;
+    QVariantHash login() const override;
+    void startLogin() override;
+    void logout() override;
+    QVariantList messages() const override { return m_messages.messages(); }
+    QVariantHash service() const override;
+
+private Q_SLOTS:
+    void on_rows_changed(const CMPath& path);
+    void on_loggedIn_changed(const TavuValue& value);
+    void on_deviceCode_changed(const TavuValue& value);
+    void on_playMode_changed(const TavuValue& value);
+
+private:
+    CMReply<QVariant> setData(const CMPath& path, const QVariant& value);
+    CMReply<QVariant> observed(const CMReply<QVariant>& reply, const QString& source);
+    CMReply<QVariant> transport(Command command);
+    CMReply<QVariant> pauseOrResume();
+    void showAnswer(const CMVoidReply& reply, const QString& source);
+    void tellWithRows(const QString& kind, const CMPath& screen, const QString& title,
+        const QString& text, const QString& source);
+    void watchRows(const CMPath& path);
+    void invokeOAuth(const QString& subpath);
+    void setPlayData(const TavuPlayLogicData& data);
+    void setPosition(qint64 position);
+    void fail(const CMError& error);
+
+    AudioControl* m_audio;
+    BeforeResume m_beforeResume;
+    MessageLog m_messages;
+    QSet<QString> m_watchedRows;
+    TavuPlayLogicData m_data;
+    qint64 m_position = 0;
+    qint64 m_positionAt = 0; // Milliseconds since the epoch.
+    double m_bufferLevel = 100.0;
+    CMError m_error;
+    TavuPlayerPlayMode::Enum m_mode = TavuPlayerPlayMode::Normal;
+    bool m_loggedIn = false;
+    TavuOAuth2DeviceCode m_deviceCode;
+};
+
+} // namespace player

@@ -1,0 +1,140 @@
+#include "player.h"
+
+#include "cmroot.h"
+#include "playlogicinterface.h"
+#include "streamerplaylogic.h"
+#include "tavupaths.h"
+
+#include <QDateTime>
+
+// What the player tells of itself, and how it hears of it.
+
+namespace player {
+
+void Player::followService()
+{
+    auto* logic = dynamic_cast<StreamerPlayLogic*>(
+        PlayLogicInterface::instance(TavuAmazonMusicPlayLogicPath()));
+    if (!logic)
+        return;
+    connect(logic, &StreamerPlayLogic::playbackDataChanged, this, &Player::setPlayData);
+    connect(logic, &StreamerPlayLogic::positionChanged, this, &Player::setPosition);
+    connect(logic, &StreamerPlayLogic::playbackFailed, this, &Player::fail);
+    connect(logic, &StreamerPlayLogic::bufferLevelChanged, this, [this](double percent) {
+        m_bufferLevel = percent;
+        Q_EMIT playerChanged();
+    });
+    connect(logic, &StreamerPlayLogic::mediaSkipped, this,
+        [this](const TavuRoles& track, const CMError& error) {
+            addMessage(QStringLiteral("skipped"),
+                TrString(
+                    TrCharData(trExtractContext("player"), "Skipped \"%1\""), { track.title() })
+                    .toString(),
+                error.message(), QStringLiteral("player"));
+        });
+    watchRows(TavuAmazonMusicBrowsePath());
+}
+
+void Player::setPlayData(const TavuPlayLogicData& data)
+{
+    const bool sameItem = data.trackRoles() == m_data.trackRoles();
+    const bool idle = data.state() == TavuPlayLogicState::Idle;
+    m_data = data;
+    m_bufferLevel = data.state() == TavuPlayLogicState::Buffering ? m_bufferLevel : 100.0;
+    if (idle || !sameItem) {
+        m_position = 0;
+        m_positionAt = QDateTime::currentMSecsSinceEpoch();
+    }
+    if (data.state() == TavuPlayLogicState::Playing)
+        m_error.clear();
+    Q_EMIT playerChanged();
+}
+
+void Player::setPosition(qint64 position)
+{
+    m_position = position;
+    m_positionAt = QDateTime::currentMSecsSinceEpoch();
+    Q_EMIT positionChanged(m_position, m_positionAt);
+}
+
+void Player::fail(const CMError& error)
+{
+    m_error = error;
+    addMessage(QStringLiteral("error"), error.title(), error.message(), QStringLiteral("player"));
+    Q_EMIT playerChanged();
+}
+
+QVariantHash Player::player() const
+{
+    const TavuRoles track = m_data.trackRoles();
+    const TavuMetaData meta = track.mediaData().metaData();
+    const TavuPlayLogicControls controls = m_data.controls();
+    const TavuPlayLogicPlayModesSupported modes = m_data.playModesSupported();
+    const QVariant error = m_error.isSet()
+        ? QVariant(QVariantHash{ { QStringLiteral("title"), m_error.title() },
+            { QStringLiteral("detail"), m_error.message() } })
+        : QVariant();
+    return {
+        { QStringLiteral("state"), static_cast<int>(m_data.state()) },
+        { QStringLiteral("position"), m_position },
+        { QStringLiteral("at"), m_positionAt },
+        { QStringLiteral("duration"), track.mediaData().firstResource().duration() },
+        { QStringLiteral("title"), track.title() },
+        { QStringLiteral("artist"), meta.artist() },
+        { QStringLiteral("album"), meta.album() },
+        { QStringLiteral("artwork"), track.icon() },
+        { QStringLiteral("controls"),
+            QVariantHash{ { QStringLiteral("pause"), controls.pause() },
+                { QStringLiteral("next"), controls.next() },
+                { QStringLiteral("previous"), controls.previous() },
+                { QStringLiteral("seek"), controls.seekTime() },
+                { QStringLiteral("like"), controls.like() },
+                { QStringLiteral("dislike"), controls.dislike() } } },
+        { QStringLiteral("playModes"),
+            QVariantHash{ { QStringLiteral("shuffle"), modes.shuffle() },
+                { QStringLiteral("repeatOne"), modes.repeatOne() },
+                { QStringLiteral("repeatAll"), modes.repeatAll() },
+                { QStringLiteral("shuffleRepeatOne"), modes.shuffleRepeatOne() },
+                { QStringLiteral("shuffleRepeatAll"), modes.shuffleRepeatAll() } } },
+        { QStringLiteral("mode"), static_cast<int>(m_mode) },
+        { QStringLiteral("volume"), m_audio->volume() },
+        { QStringLiteral("mute"), m_audio->muted() },
+        { QStringLiteral("bufferLevel"), m_bufferLevel },
+        { QStringLiteral("error"), error },
+        { QStringLiteral("output"), m_audio->selectedOutput() },
+    };
+}
+
+namespace {
+
+QString loginState(const TavuOAuth2DeviceCode& code, bool loggedIn)
+{
+    if (loggedIn)
+        return QStringLiteral("loggedIn");
+    const QString state = code.state();
+    if (state == QLatin1String("starting") || state == QLatin1String("waiting")
+        || state == QLatin1String("failed"))
+        return state;
+    return QStringLiteral("loggedOut");
+}
+
+} // namespace
+
+QVariantHash Player::login() const
+{
+    const QString state = loginState(m_deviceCode, m_loggedIn);
+    QVariantHash login{ { QStringLiteral("state"), state },
+        { QStringLiteral("message"), m_deviceCode.message() } };
+    if (state != QLatin1String("waiting"))
+        return login;
+    const QDateTime expiry = QDateTime::fromMSecsSinceEpoch(m_deviceCode.expiresAt(), Qt::UTC);
+    login.insert(QStringLiteral("userCode"), m_deviceCode.userCode());
+    login.insert(QStringLiteral("verificationUri"), m_deviceCode.verificationUri());
+    login.insert(QStringLiteral("verificationUriComplete"), m_deviceCode.verificationUriComplete());
+    login.insert(QStringLiteral("expiresAt"), expiry.toString(Qt::ISODateWithMs));
+    login.insert(QStringLiteral("expiresIn"),
+        qMax<qint64>(0, QDateTime::currentDateTimeUtc().secsTo(expiry)));
+    return login;
+}
+
+} // namespace player

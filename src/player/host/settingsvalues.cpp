@@ -1,0 +1,99 @@
+#include "settingsvalues.h"
+
+#include "cmroot.h"
+#include "httpclient.h"
+#include "tavupaths.h"
+
+#include <QFile>
+
+namespace player {
+
+namespace {
+
+void publish(const CMPath& path, const QString& text)
+{
+    CMRoot()->setValue(path, TavuValue::fromString(text));
+}
+
+/// Returns an empty text, or what is wrong.
+QString readSecret(const QString& fileName, QString& secret)
+{
+    if (fileName.isEmpty())
+        return QString();
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("service.client-secret-file: %1 cannot be read (%2).")
+            .arg(fileName, file.errorString());
+    constexpr auto others =
+        QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+    if (file.permissions() & others)
+        return QStringLiteral("service.client-secret-file: %1 can be read by others; run "
+                              "\"chmod 600 %1\".")
+            .arg(fileName);
+    secret = QString::fromUtf8(file.readAll()).trimmed();
+    return QString();
+}
+
+QString missingSetting(const Settings& settings)
+{
+    for (const char* key : { "service.base-url", "service.token-url", "service.device-code-url",
+             "service.client-id" }) {
+        if (settings.text(key).isEmpty())
+            return QStringLiteral(
+                "%1 is not set. The service's addresses and the client id come from "
+                "the service's partner programme; to try the player without them, "
+                "start it with ./run.")
+                .arg(QString::fromLatin1(key));
+    }
+    if (!settings.text("service.base-url").endsWith(QLatin1Char('/')))
+        return QStringLiteral("service.base-url must end in \"/\".");
+    return QString();
+}
+
+void configureHttp(const Settings& settings)
+{
+    HttpClientConfig config;
+    config.caFile = settings.text("service.ca-file");
+    for (const QString& mapping : settings.list("service.connect-to"))
+        config.connectTo.append(mapping.toLatin1());
+    config.baseHost = TavuUrl(settings.text("service.base-url")).host().toLatin1();
+    config.domainSuffix = settings.text("service.domain-suffix").toLatin1();
+    HttpClientConfig::setShared(config);
+}
+
+} // namespace
+
+QString publishSettings(const Settings& settings)
+{
+    const QString missing = missingSetting(settings);
+    if (!missing.isEmpty())
+        return missing;
+    const QString caFile = settings.text("service.ca-file");
+    if (!caFile.isEmpty() && !QFile::exists(caFile))
+        return QStringLiteral("service.ca-file: %1 does not exist.").arg(caFile);
+    QString secret;
+    const QString unreadable = readSecret(settings.text("service.client-secret-file"), secret);
+    if (!unreadable.isEmpty())
+        return unreadable;
+
+    configureHttp(settings);
+    publish(TavuAmazonMusicBaseUrlPath(), settings.text("service.base-url"));
+    publish(
+        TavuAmazonMusicAuthorizationServiceUrlPath(), settings.text("service.authorization-url"));
+    publish(TavuAmazonMusicTokenServiceUrlPath(), settings.text("service.token-url"));
+    publish(TavuAmazonMusicDeviceCodeUrlPath(), settings.text("service.device-code-url"));
+    publish(TavuAmazonMusicClientIdPath(), settings.text("service.client-id"));
+    publish(TavuAmazonMusicClientSecretPath(), secret);
+    publish(TavuAmazonMusicScope(), settings.text("service.scope"));
+    publish(TavuAmazonMusicDeviceHDCapabilityPath(), settings.text("service.device-capability"));
+    publish(TavuAmazonMusicDomainSuffixPath(), settings.text("service.domain-suffix"));
+    CMRoot()->setValue(TavuAmazonMusicMaxQueueSizePath(),
+        TavuValue::fromI32(settings.number("service.max-queue-size")));
+    CMRoot()->setValue(TavuNetworkStateConnected(), TavuValue::fromBool(true));
+    CMRoot()->setValue(
+        TavuPlayerPlayModePath(), TavuValue::fromPlayerPlayMode(TavuPlayerPlayMode::Normal));
+    TavuSetPreviousTrackTimeLimit(settings.number("player.previous-limit-ms"));
+    return QString();
+}
+
+} // namespace player

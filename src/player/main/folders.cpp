@@ -1,0 +1,62 @@
+#include "folders.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+namespace player {
+
+namespace {
+
+QString xdgFolder(const char* variable, const char* belowHome)
+{
+    const QString configured = qEnvironmentVariable(variable);
+    const QString base = configured.isEmpty()
+        ? QDir::homePath() + QLatin1Char('/') + QString::fromLatin1(belowHome)
+        : configured;
+    return base + QLatin1String("/tavu");
+}
+
+QString stateFolder(const Settings& settings)
+{
+    const QString configured = settings.text("player.state-folder");
+    if (!configured.isEmpty())
+        return configured;
+    const QString ofService =
+        qEnvironmentVariable("STATE_DIRECTORY").section(QLatin1Char(':'), 0, 0);
+    return ofService.isEmpty() ? xdgFolder("XDG_STATE_HOME", ".local/state") : ofService;
+}
+
+} // namespace
+
+QString defaultSettingsFile()
+{
+    const QString ofUser = xdgFolder("XDG_CONFIG_HOME", ".config") + QLatin1String("/player.conf");
+    const QString ofSystem = QStringLiteral("/etc/tavu/player.conf");
+    return !QFileInfo::exists(ofUser) && QFileInfo::exists(ofSystem) ? ofSystem : ofUser;
+}
+
+QString makeStateFolder(const Settings& settings)
+{
+    const QString folder = stateFolder(settings);
+    if (QFileInfo::exists(folder))
+        return QFileInfo(folder).isDir() && QFileInfo(folder).isWritable() ? folder : QString();
+    if (!QDir().mkpath(folder))
+        return QString();
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return folder;
+}
+
+QString pluginFile(const Settings& settings)
+{
+    const QString configured = settings.text("player.plugin");
+    if (!configured.isEmpty())
+        return configured;
+    const QString here = QCoreApplication::applicationDirPath();
+    const QString name = QStringLiteral("/cb_amazonMusic.so");
+    const QString built = here + QLatin1String("/../../../modules") + name;
+    return QDir::cleanPath(
+        QFileInfo::exists(built) ? built : here + QLatin1String("/../lib/tavu/modules") + name);
+}
+
+} // namespace player

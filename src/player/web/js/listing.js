@@ -1,0 +1,168 @@
+import { isSeeMore } from './rows.js';
+
+export const windowSize = 50;
+
+/** Stands where the player answered with fewer rows than it had counted. */
+const absent = Object.freeze({ absent: true });
+
+function fill(page, answer, from) {
+  const counted = answer.count ?? -1;
+  page.count = counted < 0 ? from + answer.rows.length : counted;
+  page.rows.length = page.count;
+  const end = Math.min(from + windowSize, page.count);
+  for (let i = from; i < end; i += 1) page.rows[i] = answer.rows[i - from] ?? absent;
+}
+
+/**
+ * One list of the service as the page shows it. `pages` are the service's pages, the first and
+ * those that "See more results" rows led to; each knows its count and fetches its rows in windows
+ * of 50. `rows` of a page is sparse: what is missing has not been asked for yet.
+ */
+export function createListing(path, api, onChange = () => {}) {
+  const listing = {
+    path,
+    resolved: path, // the path as the player names it; the root is asked for without one
+    status: 'loading', // loading, ready, failed
+    error: null,
+    parent: {},
+    pages: [],
+    following: false,
+  };
+
+  const newPage = (pagePath) => ({ path: pagePath, count: 0, rows: [], windows: new Map() });
+
+  async function fetchWindow(page, index) {
+    const from = index * windowSize;
+    page.windows.set(index, 'loading');
+    try {
+      const answer = await api.rows(page.path, from, from + windowSize - 1);
+      fill(page, answer, from);
+      page.windows.set(index, 'done');
+      return answer;
+    } catch (error) {
+      page.windows.set(index, 'failed');
+      throw error;
+    }
+  }
+
+  async function load() {
+    const page = newPage(path);
+    try {
+      const answer = await fetchWindow(page, 0);
+      Object.assign(listing, {
+        status: 'ready',
+        error: null,
+        parent: answer.parent ?? {},
+        resolved: answer.path ?? path,
+        pages: [page],
+      });
+    } catch (error) {
+      Object.assign(listing, { status: 'failed', error });
+    }
+    onChange();
+  }
+
+  /** Fetches the window around a row that comes into view; a failed one only when told `again`. */
+  async function ensure(pageIndex, rowIndex, again = false) {
+    const page = listing.pages[pageIndex];
+    const index = Math.floor(rowIndex / windowSize);
+    const known = page?.windows.get(index);
+    if (!page || (known && !(known === 'failed' && again))) return;
+    await fetchWindow(page, index).catch(() => {});
+    onChange();
+  }
+
+  /** The row that leads on from the last page, or null; null also where it leads in a circle. */
+  function moreRow() {
+    const page = listing.pages.at(-1);
+    const row = page?.rows[page.count - 1];
+    if (!isSeeMore(row, page?.count - 1, page?.count)) return null;
+    return listing.pages.some((known) => known.path === row.path) ? null : row;
+  }
+
+  /** Appends the page behind the "See more results" row. Throws what the request failed with. */
+  async function follow() {
+    const row = moreRow();
+    if (!row || listing.following) return;
+    listing.following = true;
+    onChange();
+    const before = listing.pages;
+    const page = newPage(row.path);
+    try {
+      await fetchWindow(page, 0);
+      if (listing.pages === before) listing.pages = [...before, page];
+    } finally {
+      listing.following = false;
+      onChange();
+    }
+  }
+
+  return Object.assign(listing, { load, ensure, follow, moreRow });
+}
+
+/**
+ * Every position of a listing in order, loaded or not: { page, index, row|null, failed }. The row
+ * that led to a page that is there already is left out.
+ */
+export function entriesOf(listing) {
+  const last = listing.pages.length - 1;
+  return listing.pages.flatMap((page, p) => {
+    const shown = p < last ? page.count - 1 : page.count;
+    return Array.from({ length: Math.max(shown, 0) }, (_, index) => ({
+      page: p,
+      index,
+      row: page.rows[index] ?? null,
+      failed: page.windows.get(Math.floor(index / windowSize)) === 'failed',
+    }));
+  });
+}
+
+/** Keeps the lists that were seen last, so that going back shows them at once. */
+export function createListings(api, limit = 24) {
+  const kept = new Map();
+  const listeners = new Set();
+  const notify = () => listeners.forEach((listener) => listener());
+
+  function open(path) {
+    let listing = kept.get(path);
+    kept.delete(path);
+    if (!listing) {
+      listing = createListing(path, api, notify);
+      listing.load();
+    }
+    kept.set(path, listing);
+    if (kept.size > limit) kept.delete(kept.keys().next().value);
+    return listing;
+  }
+
+  return {
+    open,
+    /** The rows of this path have changed: shown lists ask again, others are forgotten. */
+    changed(path, shownPath) {
+      for (const [key, listing] of kept) {
+        const named = [key, listing.resolved, ...listing.pages.map((page) => page.path)];
+        if (!named.includes(path)) continue;
+        if (key === shownPath) listing.load();
+        else kept.delete(key);
+      }
+    },
+    /** Tries again what failed in this list, if anything did. */
+    retry(path) {
+      const listing = kept.get(path);
+      if (listing?.status === 'failed') listing.load();
+      listing?.pages.forEach((page, p) => {
+        for (const [index, state] of page.windows) {
+          if (state === 'failed') listing.ensure(p, index * windowSize, true);
+        }
+      });
+    },
+    clear() {
+      kept.clear();
+      notify();
+    },
+    subscribe(listener) {
+      listeners.add(listener);
+      return () => listeners.delete(listener);
+    },
+  };
+}

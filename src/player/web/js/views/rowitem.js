@@ -1,0 +1,97 @@
+import { html } from '../html.js';
+import { useApp, useOffline, useStore } from '../context.js';
+import { clock, spokenTime } from '../format.js';
+import {
+  albumOf, artistOf, durationOf, linkOf, pictureOf, RowType, signOf, titleOf,
+} from '../rows.js';
+import { t } from '../text.js';
+import { Picture } from './controls.js';
+import { Icon } from './icons.js';
+import { ScreenAction } from './screen.js';
+
+function playLabel(row) {
+  const values = { title: titleOf(row), by: artistOf(row), time: spokenTime(durationOf(row)) };
+  const timed = durationOf(row) > 0;
+  if (values.by) return t(timed ? 'row.playByTime' : 'row.playBy', values);
+  return t(timed ? 'row.playTime' : 'row.play', values);
+}
+
+const openLabel = (row) =>
+  t(artistOf(row) ? 'row.openBy' : 'row.open', { title: titleOf(row), by: artistOf(row) });
+
+/** The track that plays, as far as a row can tell. */
+const isCurrent = (row, player) =>
+  row.type === RowType.playable && player?.state > 0 && player.title === titleOf(row) &&
+  player.artist === artistOf(row);
+
+/** The artist, and the album unless the heading says it already. */
+function second(row, layout, record) {
+  const album = layout === 'list' && albumOf(row) !== record ? albumOf(row) : '';
+  return [artistOf(row), album].filter(Boolean).join(' · ');
+}
+
+function Texts({ row, layout, record }) {
+  const line = second(row, layout, record);
+  return html`<span class="row-text">
+    <span class="row-title">${titleOf(row)}</span>
+    ${line && html`<span class="row-by">${line}</span>`}
+  </span>`;
+}
+
+function PlaySign({ starting, current }) {
+  if (starting) return html`<span class="spinner" aria-hidden="true"></span>`;
+  if (current) return html`<span class="bars" aria-hidden="true"><i></i><i></i><i></i></span>`;
+  return html`<${Icon} name="play" size=${20} />`;
+}
+
+/** A row with one target to open it, one to play it, or both side by side. */
+function MusicRow({ row, layout, number, record, memo }) {
+  const { actions } = useApp();
+  const offline = useOffline();
+  const starting = useStore((state) => state.starting) === row.ref && Boolean(row.ref);
+  const current = useStore((state) => isCurrent(row, state.player));
+  const opens = Boolean(row.openable);
+  const plays = Boolean(row.playable);
+  const rest = offline ? { 'aria-disabled': 'true', title: t('lost.control') } : {};
+
+  const play = () => actions.play(row);
+  const open = (event) => {
+    memo(event);
+    actions.open(row);
+  };
+  const time = durationOf(row);
+  const inside = html`
+    ${number ? html`<span class="row-number">${number}</span>`
+      : layout !== 'tiles' && html`<${Picture} url=${pictureOf(row)} sign=${signOf(row)} />`}
+    <${Texts} row=${row} layout=${layout} record=${record} />
+    ${time > 0 && html`<span class="row-time">${clock(time)}</span>`}
+    ${layout !== 'grid' && opens && !plays && html`<span class="row-sign"><${Icon} name="open" size=${20} /></span>`}
+    ${!opens && plays && html`<span class="row-sign play-sign"><${PlaySign} starting=${starting} current=${current} /></span>`}`;
+
+  if (!opens && !plays) return html`<div class="row-main still">${inside}</div>`;
+  return html`
+    <button type="button" class="row-main" data-focus aria-current=${current ? 'true' : null}
+        aria-label=${opens ? openLabel(row) : playLabel(row)} onClick=${opens ? open : play} ...${rest}>
+      ${inside}
+    </button>
+    ${opens && plays && html`<button type="button" class="row-play" aria-label=${playLabel(row)}
+        onClick=${play} ...${rest}>
+      <${PlaySign} starting=${starting} />
+    </button>`}`;
+}
+
+const TextRow = ({ row }) => html`<div class="row-message">
+  ${row.title && html`<strong>${row.title}</strong>`}
+  ${row.longDescription && html`<p>${row.longDescription}</p>`}
+</div>`;
+
+/** What stands inside one list item. `memo` hears of the press that leaves the list. */
+export function RowContent(props) {
+  const { row } = props;
+  const { actions } = useApp();
+  if (row.type === RowType.message) return html`<${TextRow} row=${row} />`;
+  if (row.type === RowType.action || (row.type === RowType.link && linkOf(row))) {
+    return html`<div class="row-action"><${ScreenAction} row=${row} where=${actions.inBrowse} /></div>`;
+  }
+  return html`<${MusicRow} ...${props} />`;
+}

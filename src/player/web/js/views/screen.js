@@ -1,0 +1,87 @@
+import { html } from '../html.js';
+import { useEffect, useLayoutEffect, useRef, useState } from '../../vendor/hooks.js';
+import { useApp } from '../context.js';
+import { linkOf, RowType, titleOf } from '../rows.js';
+import { shortTime } from '../format.js';
+import { t } from '../text.js';
+import { Button } from './controls.js';
+import { Icon } from './icons.js';
+
+/** One action or link of the service, as a button or a link with the service's words. */
+export function ScreenAction({ row, where, kind = 'second', onError }) {
+  const { actions } = useApp();
+  const [working, setWorking] = useState(false);
+  if (row.type === RowType.link) {
+    const link = linkOf(row);
+    if (!link) return null;
+    return html`<a class="button ${kind}" href=${link} target="_blank" rel="noopener noreferrer"
+        aria-label=${t('row.link', { title: titleOf(row) })}>
+      <span>${titleOf(row)}</span><${Icon} name="external" size=${20} />
+    </a>`;
+  }
+  const press = async () => {
+    setWorking(true);
+    await actions.activate(row, where, onError);
+    setWorking(false);
+  };
+  return html`<${Button} kind=${kind} onClick=${press} unavailable=${working}>
+    <span>${working ? t('screen.working') : titleOf(row)}</span>
+  </${Button}>`;
+}
+
+function Details({ screen }) {
+  const lines = [
+    ['screen.time', screen.at && shortTime(screen.at)],
+    ['screen.code', screen.status || ''],
+    ['screen.request', screen.source],
+  ].filter(([, value]) => value);
+  if (!lines.length) return null;
+  return html`<details class="details">
+    <summary>${t('screen.details')}</summary>
+    <dl>${lines.map(([id, value]) => html`<dt>${t(id)}</dt><dd>${value}</dd>`)}</dl>
+  </details>`;
+}
+
+/**
+ * A message of the service: its headline, its explanation, and its buttons in its order. Focus goes
+ * to the headline, so that it is what is read first. `where` closes and opens (see actions.js).
+ */
+export function Screen({ screen, where, level = 1 }) {
+  const heading = useRef();
+  const [problem, setProblem] = useState(null);
+  useEffect(() => heading.current?.focus(), [screen]);
+  const buttons = (screen.rows ?? []).filter((row) => row.type !== RowType.message);
+  const further = (screen.rows ?? []).slice(1).filter((row) => row.type === RowType.message);
+  return html`<article class="screen">
+    <span class="screen-sign"><${Icon} name=${screen.kind === 'info' ? 'info' : 'error'} size=${32} /></span>
+    <${`h${level}`} class="screen-title" tabindex="-1" ref=${heading}>${screen.title}</${`h${level}`}>
+    ${screen.text && html`<p class="screen-text">${screen.text}</p>`}
+    ${further.map((row) => html`<p class="screen-text">
+      ${row.title && html`<strong>${row.title} </strong>`}${row.longDescription}</p>`)}
+    <div class="screen-buttons">
+      ${buttons.map((row, i) => html`<${ScreenAction} key=${row.ref ?? i} row=${row} where=${where}
+        onError=${setProblem} kind=${i === 0 ? 'primary' : 'second'} />`)}
+      ${!buttons.some((row) => row.type === RowType.action) && html`
+        <button type="button" class="button ${buttons.length ? 'second' : 'primary'}"
+          onClick=${where.close}><span>${t('screen.close')}</span></button>`}
+    </div>
+    <div role="alert">${problem && html`<p class="screen-problem">
+      <strong>${problem.title}</strong> ${problem.detail}</p>`}</div>
+    <${Details} screen=${screen} />
+  </article>`;
+}
+
+/** The message in front of everything else. Escape closes it; focus returns to where it was. */
+export function ScreenDialog({ screen }) {
+  const { actions } = useApp();
+  const dialog = useRef();
+  useLayoutEffect(() => {
+    const element = dialog.current;
+    if (!element.open) element.showModal();
+    return () => element.close();
+  }, []);
+  return html`<dialog class="dialog" ref=${dialog} aria-label=${screen.title}
+      onCancel=${(event) => { event.preventDefault(); actions.inDialog.close(); }}>
+    <${Screen} screen=${screen} where=${actions.inDialog} level=${2} />
+  </dialog>`;
+}

@@ -1,0 +1,87 @@
+#include "settingsvalues.h"
+
+#include "cmroot.h"
+#include "httpclient.h"
+#include "tavupaths.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+using player::publishSettings;
+using player::Settings;
+
+namespace {
+
+Settings complete()
+{
+    Settings settings;
+    for (const char* assignment : { "service.base-url=https://music.localhost/",
+             "service.token-url=https://a.localhost/token",
+             "service.device-code-url=https://a.localhost/device", "service.client-id=id",
+             "service.domain-suffix=.localhost", "service.max-queue-size=7" })
+        EXPECT_TRUE(settings.apply(QString::fromLatin1(assignment)));
+    return settings;
+}
+
+QString stringAt(const CMPath& path)
+{
+    return TavuValue(CMRoot()->getValue(path).toHash()).string();
+}
+
+TEST(SettingsValues, are_published_where_the_plugin_reads_them)
+{
+    ASSERT_EQ(publishSettings(complete()), QString());
+    EXPECT_EQ(stringAt(TavuAmazonMusicBaseUrlPath()), QStringLiteral("https://music.localhost/"));
+    EXPECT_EQ(stringAt(TavuAmazonMusicClientIdPath()), QStringLiteral("id"));
+    EXPECT_EQ(stringAt(TavuAmazonMusicDomainSuffixPath()), QStringLiteral(".localhost"));
+    EXPECT_EQ(TavuValue(CMRoot()->getValue(TavuAmazonMusicMaxQueueSizePath()).toHash()).i32(), 7);
+    EXPECT_TRUE(TavuValue(CMRoot()->getValue(TavuNetworkStateConnected()).toHash()).bool_());
+    EXPECT_EQ(HttpClientConfig::shared().baseHost, QByteArray("music.localhost"));
+}
+
+TEST(SettingsValues, name_what_is_not_set)
+{
+    Settings settings;
+    EXPECT_TRUE(
+        publishSettings(settings).startsWith(QStringLiteral("service.base-url is not set.")));
+    settings = complete();
+    ASSERT_TRUE(settings.apply(QStringLiteral("service.client-id=")));
+    EXPECT_TRUE(
+        publishSettings(settings).startsWith(QStringLiteral("service.client-id is not set.")));
+}
+
+TEST(SettingsValues, want_a_base_url_that_ends_in_a_slash)
+{
+    Settings settings = complete();
+    ASSERT_TRUE(settings.apply(QStringLiteral("service.base-url=https://music.localhost")));
+    EXPECT_EQ(publishSettings(settings), QStringLiteral("service.base-url must end in \"/\"."));
+}
+
+TEST(SettingsValues, read_the_secret_only_from_a_file_that_others_cannot_read)
+{
+    const QTemporaryDir folder;
+    const QString name = folder.filePath(QStringLiteral("secret"));
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("sesame\n");
+    file.close();
+    Settings settings = complete();
+    ASSERT_TRUE(settings.apply(QStringLiteral("service.client-secret-file=") + name));
+    file.setPermissions(QFile::ReadOwner | QFile::ReadOther);
+    EXPECT_TRUE(publishSettings(settings).contains(QStringLiteral("can be read by others")));
+    file.setPermissions(QFile::ReadOwner);
+    EXPECT_EQ(publishSettings(settings), QString());
+    EXPECT_EQ(stringAt(TavuAmazonMusicClientSecretPath()), QStringLiteral("sesame"));
+}
+
+TEST(SettingsValues, name_a_ca_file_that_is_not_there)
+{
+    Settings settings = complete();
+    ASSERT_TRUE(settings.apply(QStringLiteral("service.ca-file=/nowhere/ca.pem")));
+    EXPECT_EQ(publishSettings(settings),
+        QStringLiteral("service.ca-file: /nowhere/ca.pem does not exist."));
+}
+
+} // namespace

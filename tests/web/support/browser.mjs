@@ -1,0 +1,38 @@
+// One headless browser per test file, and pages that fail the test on any fault of the page's own.
+import assert from 'node:assert/strict';
+import { chromium } from 'playwright-core';
+
+const executablePath = process.env.TAVU_CHROMIUM ?? '/usr/bin/chromium';
+const args = [
+  '--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
+  '--disable-background-networking', '--disable-component-update', '--disable-sync',
+];
+
+export const widths = { phone: { width: 390, height: 844 }, desktop: { width: 1280, height: 800 } };
+
+export const launch = () => chromium.launch({ executablePath, args });
+
+/**
+ * A page of its own at `base`. `faults` collects what the page complains about: script errors,
+ * console errors and breaches of the content security policy.
+ */
+export async function openPage(browser, base, { viewport = widths.desktop, ...options } = {}) {
+  const context = await browser.newContext({ viewport, colorScheme: 'dark', locale: 'en-GB', ...options });
+  await context.grantPermissions(['clipboard-read', 'clipboard-write']);
+  const page = await context.newPage();
+  page.setDefaultTimeout(8000);
+  page.faults = [];
+  page.on('pageerror', (error) => page.faults.push(String(error)));
+  page.on('console', (message) => {
+    if (message.type() === 'error') page.faults.push(message.text());
+  });
+  await page.goto(base);
+  return page;
+}
+
+/** Network failures that a test provokes are logged by the browser itself; those are expected. */
+const provoked = /Failed to load resource|net::ERR_|EventSource/;
+
+export function assertNoFaults(page) {
+  assert.deepEqual(page.faults.filter((fault) => !provoked.test(fault)), []);
+}
