@@ -1,0 +1,245 @@
+#include "renewingstreamer.h"
+
+#include "cmnodesworker.h"
+#include "cmroot.h"
+#include "cmuinode.h"
+#include "recordingstreamer.h"
+#include "watchdog.h"
+
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+
+using player::RenewingStreamer;
+
+namespace {
+
+const QString prePlayPath = QStringLiteral("/Test/prePlay");
+
+TavuRoles item(const QString& uri, qint64 validUntil)
+{
+    TavuResource resource;
+    resource.setUri(uri);
+    resource.setValidUntil(validUntil);
+    TavuList<TavuResource> resources;
+    resources.append(resource);
+    TavuMetaData meta;
+    meta.setPrePlayPath(CMPath(prePlayPath));
+    TavuMediaData media;
+    media.setResources(resources);
+    media.setMetaData(meta);
+    TavuRoles roles;
+    roles.setMediaData(media);
+    return roles;
+}
+
+qint64 soon()
+{
+    return QDateTime::currentMSecsSinceEpoch() + 60000;
+}
+
+QString uriOf(const TavuRoles& roles)
+{
+    return roles.mediaData().firstResource().uri();
+}
+
+/// A node that answers as the test says.
+class PrePlayNode : public CMUINode
+{
+public:
+    explicit PrePlayNode(CMNodes* nodes)
+        : CMUINode(CMPath(prePlayPath))
+    {
+        setNodes(nodes);
+    }
+
+    void setDataRequest(const CMSetDataRequest& request) override
+    {
+        requests.append(request);
+        if (answers)
+            answer(request);
+    }
+
+    void answer(const CMSetDataRequest& request)
+    {
+        const TavuRoles asked(request.value().toHash().value(TavuRoles::PrePlay()).toHash());
+        offset = asked.mediaData().metaData().prePlayTimeOffset();
+        if (refuses)
+            return request.reply().setError(CMError(TrString("No.")));
+        TavuRoles fresh = item(QStringLiteral("fresh"), soon());
+        TavuMediaData media = fresh.mediaData();
+        TavuMetaData meta = media.metaData();
+        meta.setStartTime(offset);
+        media.setMetaData(meta);
+        fresh.setMediaData(media);
+        request.reply().setValue(fresh.__variant());
+    }
+
+    QList<CMSetDataRequest> requests;
+    bool answers = true;
+    bool refuses = false;
+    qint64 offset = -1;
+};
+
+class RenewingStreamerTest : public ::testing::Test
+{
+protected:
+    using Kind = RecordingStreamer::Kind;
+
+    RenewingStreamerTest()
+        : worker({}, QStringLiteral("Test"))
+        , node(new PrePlayNode(worker.nodes()))
+        , streamer(&inner)
+    {
+        CMRoot()->addWorker(&worker, worker.prefix());
+        QObject::connect(&streamer, &Streamer::mediaStarted, &context,
+            [this](quint64 id) { started.append(id); });
+        QObject::connect(&streamer, &Streamer::failed, &context,
+            [this](quint64, const CMError& error) { failure = error; });
+        QObject::connect(&streamer, &Streamer::rolesRenewed, &context,
+            [this](quint64, const TavuRoles& roles) { renewed.append(roles); });
+    }
+    ~RenewingStreamerTest() override { CMRoot()->removeWorker(&worker); }
+
+    static CMError refusal(int code)
+    {
+        CMError error(TrString("refused"));
+        error.__set(QStringLiteral("httpCode"), code);
+        return error;
+    }
+
+    CMNodesWorker worker;
+    PrePlayNode* node; // Owned by the worker.
+    RecordingStreamer inner;
+    RenewingStreamer streamer;
+    QObject context;
+    QList<quint64> started;
+    QList<TavuRoles> renewed;
+    CMError failure;
+};
+
+TEST_F(RenewingStreamerTest, hands_a_valid_item_straight_on)
+{
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    EXPECT_EQ(uriOf(inner.expect(Kind::Play).roles), QStringLiteral("a"));
+    EXPECT_TRUE(node->requests.isEmpty());
+}
+
+TEST_F(RenewingStreamerTest, renews_an_expired_item_before_it_plays)
+{
+    streamer.play(1, item(QStringLiteral("a"), 1), {});
+    inner.expect(Kind::Stop);
+    EXPECT_EQ(uriOf(inner.expect(Kind::Play).roles), QStringLiteral("fresh"));
+    ASSERT_EQ(renewed.size(), 1);
+    EXPECT_EQ(uriOf(renewed.first()), QStringLiteral("fresh"));
+}
+
+TEST_F(RenewingStreamerTest, plays_an_expired_item_that_names_no_preplay_path_as_it_is)
+{
+    TavuRoles roles = item(QStringLiteral("a"), 1);
+    TavuMediaData media = roles.mediaData();
+    media.setMetaData(TavuMetaData());
+    roles.setMediaData(media);
+    streamer.play(1, roles, {});
+    EXPECT_EQ(uriOf(inner.expect(Kind::Play).roles), QStringLiteral("a"));
+}
+
+TEST_F(RenewingStreamerTest, tells_that_a_renewal_was_refused)
+{
+    node->refuses = true;
+    streamer.play(1, item(QStringLiteral("a"), 1), {});
+    EXPECT_EQ(failure.message(), QStringLiteral("No."));
+    inner.expect(Kind::Stop);
+    inner.expectNothing();
+}
+
+TEST_F(RenewingStreamerTest, never_starts_an_item_whose_renewal_comes_after_it_was_replaced)
+{
+    node->answers = false;
+    streamer.play(1, item(QStringLiteral("a"), 1), {});
+    streamer.play(2, item(QStringLiteral("b"), soon()), {});
+    node->answer(node->requests.first());
+    inner.expect(Kind::Stop);
+    EXPECT_EQ(uriOf(inner.expect(Kind::Play).roles), QStringLiteral("b"));
+    inner.expectNothing();
+}
+
+TEST_F(RenewingStreamerTest, renews_an_expired_next_item_before_it_is_prepared)
+{
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    inner.expect(Kind::Play);
+    streamer.setNextMedia(2, item(QStringLiteral("b"), 1), {});
+    EXPECT_EQ(uriOf(inner.expect(Kind::SetNextMedia).roles), QStringLiteral("fresh"));
+}
+
+TEST_F(RenewingStreamerTest, goes_on_at_its_position_with_a_fresh_resource_after_a_pause)
+{
+    const qint64 shortly = QDateTime::currentMSecsSinceEpoch() + 30;
+    streamer.play(1, item(QStringLiteral("a"), shortly), {});
+    inner.expect(Kind::Play);
+    inner.startPresent();
+    inner.tellPosition(4200);
+    streamer.pause();
+    inner.expect(Kind::Pause);
+    ASSERT_TRUE(waitUntil([&] { return QDateTime::currentMSecsSinceEpoch() > shortly; }));
+    bool done = false;
+    streamer.renewIfExpired([&](const CMError& error) { done = !error.isSet(); });
+    ASSERT_TRUE(done);
+    EXPECT_EQ(node->offset, 4200);
+    streamer.resume();
+    const auto command = inner.expect(Kind::Play);
+    EXPECT_EQ(command.id, 1U);
+    EXPECT_EQ(uriOf(command.roles), QStringLiteral("fresh"));
+    EXPECT_EQ(command.roles.mediaData().metaData().startTime(), 4200);
+    inner.startPresent();
+    EXPECT_EQ(started, QList<quint64>({ 1 })) << "a re-opened item is the same playback";
+}
+
+TEST_F(RenewingStreamerTest, asks_nobody_before_the_resume_of_a_valid_item)
+{
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    bool done = false;
+    streamer.renewIfExpired([&](const CMError&) { done = true; });
+    EXPECT_TRUE(done);
+    EXPECT_TRUE(node->requests.isEmpty());
+}
+
+TEST_F(RenewingStreamerTest, reopens_a_stream_that_is_refused_while_it_plays_once)
+{
+    for (const int code : { 401, 403, 404, 410 }) {
+        SCOPED_TRACE(code);
+        inner.forgetCommands();
+        failure = CMError();
+        streamer.play(1, item(QStringLiteral("a"), soon()), {});
+        inner.expect(Kind::Play);
+        inner.startPresent();
+        inner.tellPosition(7000);
+        inner.tellFailed(refusal(code));
+        const auto command = inner.expect(Kind::Play);
+        EXPECT_EQ(uriOf(command.roles), QStringLiteral("fresh"));
+        EXPECT_EQ(command.roles.mediaData().metaData().startTime(), 7000);
+        EXPECT_FALSE(failure.isSet());
+        inner.tellFailed(refusal(code));
+        EXPECT_EQ(failure.message(), QStringLiteral("refused"));
+    }
+}
+
+TEST_F(RenewingStreamerTest, does_not_reopen_what_failed_otherwise)
+{
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    inner.startPresent();
+    inner.tellFailed(refusal(503));
+    EXPECT_EQ(failure.message(), QStringLiteral("refused"));
+    EXPECT_TRUE(node->requests.isEmpty());
+}
+
+TEST_F(RenewingStreamerTest, starts_an_item_that_plays_twice_twice)
+{
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    inner.startPresent();
+    streamer.setNextMedia(2, item(QStringLiteral("b"), soon()), {});
+    inner.startNext();
+    EXPECT_EQ(started, QList<quint64>({ 1, 2 }));
+}
+
+} // namespace
