@@ -39,7 +39,7 @@ CacheControl CacheControl::of(const HttpClientHeaders& headers)
     CacheControl control;
     for (const QByteArray& directive : members(combined(headers, "cache-control"))) {
         const int equals = directive.indexOf('=');
-        const QByteArray name = directive.left(equals).trimmed().toLower();
+        const QByteArray name = directive.mid(0, equals).trimmed().toLower();
         if (name == "no-store")
             control.noStore = true;
         else if (name == "no-cache")

@@ -32,7 +32,7 @@ void HeaderBlock::begin()
 HeaderBlock::Verdict HeaderBlock::takeField(const QByteArray& line)
 {
     const int colon = line.indexOf(':');
-    const QByteArray name = line.left(colon);
+    const QByteArray name = line.mid(0, colon);
     // A folded line or a name with a space is read in two ways by two readers.
     if (colon <= 0 || name.contains(' ') || name.contains('\t') || line.contains('\0'))
         return Verdict::Malformed;

@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 /// How a transfer ended, below HTTP. 0 means that an answer came whole; its HTTP code tells the
 /// rest.
@@ -45,7 +46,8 @@ public:
     bool contains(const QByteArray& name) const;
     void remove(const QByteArray& name);
     bool isEmpty() const { return m_fields.isEmpty(); }
-    const QList<Field>& fields() const { return m_fields; }
+    const QList<Field>& fields() const& { return m_fields; }
+    QList<Field> fields() && { return std::move(m_fields); }
 
 private:
     QList<Field> m_fields;
