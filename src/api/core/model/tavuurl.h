@@ -12,8 +12,10 @@
 #include <iosfwd>
 
 /// A URL or a relative reference (RFC 3986). Works on the encoded parts: what is read and written
-/// back is byte for byte the same, "%2F", "%2B" and "%25" included. Only the fragment is read
-/// decoded, since it names things. A value.
+/// back is the same URL, with every encoded reserved character ("%2F", "%2B", "%25") still encoded
+/// and every bare one bare. Only what means the same (RFC 3986, section 6.2.2) may change its
+/// spelling: the case of scheme, host and hex digits, and encoded unreserved characters, which are
+/// written bare. Only the fragment is read decoded, since it names things. A value.
 class TAVU_EXPORT TavuUrl
 {
 public:
