@@ -2,6 +2,8 @@
 
 #include "tavuconnect.h"
 
+#include <QMetaMethod>
+
 CMActivateNode* CMActivateNode::create(CMNodes* nodes, const CMPath& path, QObject* receiver,
     const char* slot, Qt::ConnectionType type)
 {
@@ -22,8 +24,10 @@ CMActivateNode::CMActivateNode(const CMPath& path)
 
 void CMActivateNode::setDataRequest(const CMSetDataRequest& request)
 {
-    if (m_hasReceiver)
+    if (isSignalConnected(QMetaMethod::fromSignal(&CMActivateNode::activated)))
         Q_EMIT activated(unwrapped(request));
+    else if (m_hasReceiver)
+        refuse(request);
     else
         request.reply().setValue(m_replyValue.__variant());
 }

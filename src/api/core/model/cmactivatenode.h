@@ -11,7 +11,8 @@ class TAVU_EXPORT CMActivateNode : public CMUINode
 public:
     /// Makes a node and puts it into `nodes`, which owns it. An activation calls the receiver's
     /// slot (a signature prefixed with the digit 1, taking a CMSetDataRequest), which answers the
-    /// request. Without receiver, `receiver` and `slot` are null and the reply value answers.
+    /// request; once the receiver has died, activations fail. Without receiver, `receiver` and
+    /// `slot` are null and the reply value answers.
     static CMActivateNode* create(CMNodes* nodes, const CMPath& path, QObject* receiver,
         const char* slot, Qt::ConnectionType type);
 

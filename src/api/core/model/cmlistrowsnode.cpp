@@ -61,6 +61,15 @@ TavuRoles CMListRowsNode::row(int index) const
     return node ? node->roles() : row;
 }
 
+TavuRoles CMListRowsNode::containerRoles() const
+{
+    TavuRoles container = roles();
+    const TavuRoles beside = m_rowsRoles.roles();
+    for (auto role = beside.__hash().begin(); role != beside.__hash().end(); ++role)
+        container.__set(role.key(), role.value());
+    return container;
+}
+
 void CMListRowsNode::getRowsRequest(const CMGetRowsRequest& request)
 {
     QVariantList rows;
@@ -68,7 +77,7 @@ void CMListRowsNode::getRowsRequest(const CMGetRowsRequest& request)
     for (int index = qMax(request.from(), 0); index <= last; ++index)
         rows.append(QVariant(CMGlobal::itemRolesToList(request.roles(), row(index))));
     TavuRowsRoles answer(m_rowsRoles);
-    answer.setRoles(roles());
+    answer.setRoles(containerRoles());
     answer.setRows(rows);
     answer.setRowsCount(m_rows.size());
     answer.setRowsVersion(m_version);

@@ -19,7 +19,7 @@ public:
     void rowsAppend(const TavuRoles& row);
     void rowsClear();
     int rowsSize() const { return m_rows.size(); }
-    /// What the answers carry beside the rows themselves.
+    /// What the answers carry beside the rows themselves; roles in it stand beside the node's own.
     void setRowsRoles(const TavuRowsRoles& roles);
 
     /// Answers the rows from `from` to `to` that there are, and the count of all.
@@ -32,6 +32,7 @@ private:
 
     void append(const TavuRoles& row);
     TavuRoles row(int index) const;
+    TavuRoles containerRoles() const;
     void rowsChanged();
 
     QList<TavuRoles> m_rows; // A row that shows a node holds its path and nothing else.

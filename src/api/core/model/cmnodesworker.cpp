@@ -36,7 +36,12 @@ CMNodesWorker::CMNodesWorker(const QVariantHash& settings, const QString& name)
 {
 }
 
-CMNodesWorker::~CMNodesWorker() = default;
+CMNodesWorker::~CMNodesWorker()
+{
+    // Objects parented to a worker use its nodes until they die; QObject would delete them last.
+    while (!children().isEmpty())
+        delete children().first();
+}
 
 void CMNodesWorker::getDataRequest(const CMGetDataRequest& request)
 {
