@@ -64,11 +64,12 @@ CMReply<QVariant> Player::rows(const QString& path, int from, int to)
     watchRows(asked);
     const CMGetRowsRequest request(asked, from, to, rowRoles());
     const auto result = CMReply<QVariant>::create();
-    withDeadline(request.reply()).addWatcher([result, from](const CMVoidReply& reply) {
+    withDeadline(request.reply()).addWatcher([result, asked, from](const CMVoidReply& reply) {
         if (reply.error().isSet())
             return result.setError(reply.error());
-        const auto answer = CMReply<TavuRowsRoles>(reply).value();
-        result.setValue(rowAnswer(answer, qMax(from, 0)));
+        QVariantHash answer = rowAnswer(CMReply<TavuRowsRoles>(reply).value(), qMax(from, 0));
+        answer.insert(QStringLiteral("path"), asked.toEncoded());
+        result.setValue(answer);
     });
     CMRoot()->getRowsRequest(request);
     return result;

@@ -30,9 +30,10 @@ public:
     // Browsing
 
     /// Rows `from` to `to`, both included and counted from 0, of an encoded path; an empty path is
-    /// the root. The value is a hash: "parent" (row: title, containerType, search, ...), "rows"
-    /// (list of rows), "from" (of the first row given), "count" (rows in all, -1 while not known),
-    /// "version". `from` and `to` are in order and at most 500 rows apart.
+    /// the root. The value is a hash: "path" (as asked; the root's own for an empty one), "parent"
+    /// (row: title, containerType, search, ...), "rows" (list of rows), "from" (of the first row
+    /// given), "count" (rows in all, -1 while not known), "version". `from` and `to` are in order
+    /// and at most 500 rows apart.
     virtual CMReply<QVariant> rows(const QString& path, int from, int to) = 0;
 
     /// Activates a row: gives its path the row's roles, or `value` for the row's own role when it
