@@ -2,6 +2,7 @@
 
 #include "printers.h"
 #include "tavujson.h"
+#include "testcertificate.h"
 #include "watchdog.h"
 
 #include <QTcpSocket>
@@ -30,6 +31,11 @@ QVariantHash ServiceRequest::json() const
     return TavuJson::parse(m_request.body).toHash();
 }
 
+QByteArray ServiceRequest::url() const
+{
+    return (m_request.secure ? "https://" : "http://") + m_request.authority + m_request.target;
+}
+
 void ServiceRequest::answer(int status, const QByteArray& body, const http::Headers& headers) const
 {
     if (m_responder)
@@ -44,14 +50,45 @@ void ServiceRequest::cut() const
 
 ServiceScript::ServiceScript()
 {
-    m_server.setHandler([this](const http::Request& request, const http::Responder& responder) {
-        handle(request, responder);
-    });
+    takeRequestsOf(m_server);
     m_port = m_server.listen();
     EXPECT_NE(m_port, 0) << m_server.errorString().toStdString();
 }
 
-ServiceScript::~ServiceScript() = default;
+ServiceScript::~ServiceScript()
+{
+    if (!m_hosts.empty())
+        HttpClientConfig::setShared(HttpClientConfig());
+}
+
+void ServiceScript::takeRequestsOf(http::Server& server)
+{
+    server.setHandler([this](const http::Request& request, const http::Responder& responder) {
+        handle(request, responder);
+    });
+}
+
+void ServiceScript::serveHost(const QByteArray& host)
+{
+    const TestCertificate certificate = TestCertificate::make(host);
+    m_hosts.push_back(std::make_unique<http::Server>());
+    takeRequestsOf(*m_hosts.back());
+    const quint16 port = m_hosts.back()->listen(QHostAddress::LocalHost, 0,
+        http::tlsConfiguration(certificate.certificate, certificate.key));
+    EXPECT_NE(port, 0) << m_hosts.back()->errorString().toStdString();
+    EXPECT_TRUE(m_authorities.open());
+    m_authorities.seek(m_authorities.size());
+    m_authorities.write(certificate.certificate);
+    m_authorities.close();
+
+    // An empty name stands for every host that no earlier entry names.
+    const bool many = host.startsWith("*.");
+    const QByteArray target = ":443:127.0.0.1:" + QByteArray::number(port);
+    m_config.caFile = m_authorities.fileName();
+    m_config.connectTo.insert(
+        many ? m_config.connectTo.size() : 0, (many ? QByteArray() : host) + target);
+    HttpClientConfig::setShared(m_config);
+}
 
 QString ServiceScript::baseUrl() const
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "httpclient.h"
 #include "httpserver.h"
 #include "tavuurl.h"
 
@@ -8,11 +9,14 @@
 #include <QList>
 #include <QPair>
 #include <QString>
+#include <QTemporaryFile>
 #include <QVector>
 
 #include <deque>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <vector>
 
 /// A request that a ServiceScript received, and the right to answer it. A copyable handle. One that
 /// is never answered hangs its peer until the script ends.
@@ -31,6 +35,8 @@ public:
     const http::Request& request() const { return m_request; }
     /// As sent, for example "/page?x=1".
     QByteArray target() const { return m_request.target; }
+    /// Such as "https://host/page?x=1".
+    QByteArray url() const;
     QByteArray header(const QByteArray& name) const { return m_request.headers.value(name); }
     /// The body as JSON.
     QVariantHash json() const;
@@ -60,6 +66,12 @@ public:
     /// The base URL with `target` in the place of its "/".
     TavuUrl url(const QString& target) const;
 
+    /// Also answers at "https://<host>/", its usual port, for every HTTP client made from now on
+    /// and in the script's life: they find it without looking the name up and trust its
+    /// certificate.
+    /// "*." in front stands for every host of one level below.
+    void serveHost(const QByteArray& host);
+
     using Condition = std::function<bool(const ServiceRequest&)>;
 
     /// Waits for a request with this method and target, and the condition if one is given. The test
@@ -83,6 +95,7 @@ public:
 private:
     using Address = QPair<QByteArray, QByteArray>;
 
+    void takeRequestsOf(http::Server& server);
     void handle(const http::Request& request, const http::Responder& responder);
     bool take(const QByteArray& method, const QByteArray& target, const Condition& condition);
     QByteArray waitingRequests() const;
@@ -90,6 +103,9 @@ private:
 
     http::Server m_server;
     quint16 m_port = 0;
+    std::vector<std::unique_ptr<http::Server>> m_hosts;
+    QTemporaryFile m_authorities; // The certificates of m_hosts.
+    HttpClientConfig m_config;
     std::deque<ServiceRequest> m_waiting;
     ServiceRequest m_last; // Expected last.
     QHash<Address, QPair<int, QByteArray>> m_standing;

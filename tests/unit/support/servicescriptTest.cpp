@@ -98,4 +98,19 @@ TEST_F(ServiceScriptTest, CutsAConnection)
     EXPECT_NE(cut.error, HttpClientStatus::Ok);
 }
 
+TEST_F(ServiceScriptTest, AnswersForHostsOverTls)
+{
+    m_service.serveHost("*.service.test");
+    m_service.serveHost("elsewhere.test");
+    HttpClient client(nullptr, HttpClient::HttpDefault, false);
+    for (const char* url : { "https://a.service.test/x", "https://elsewhere.test/x" }) {
+        client.get(TavuUrl::fromEncoded(url), HttpClientOptions(),
+            [this](const HttpClient::Result& result) { m_results.append(result); });
+        const ServiceRequest request = m_service.expectRequest("GET", "/x");
+        EXPECT_EQ(request.url(), QByteArray(url));
+        request.answer(200);
+        EXPECT_EQ(result().code, 200);
+    }
+}
+
 } // namespace
