@@ -1,0 +1,153 @@
+#include "tokens.h"
+
+#include "../main/savefile.h"
+#include "tavujson.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QMessageAuthenticationCode>
+#include <QRandomGenerator>
+#include <QStringList>
+#include <QVariantHash>
+
+namespace emulator::oauth2 {
+
+namespace {
+
+const QString AccessMark = QStringLiteral("access");
+const QString RefreshMark = QStringLiteral("refresh");
+const QString SerialKey = QStringLiteral("serial");
+const QString FirstGoodKey = QStringLiteral("firstGoodSerial");
+const QString FamiliesKey = QStringLiteral("families");
+const QString GenerationKey = QStringLiteral("generation");
+const QString RevokedKey = QStringLiteral("revoked");
+
+QString base64(const QByteArray& bytes)
+{
+    return QString::fromLatin1(
+        bytes.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals));
+}
+
+QByteArray codeOf(const QString& content, const QByteArray& secret)
+{
+    return QMessageAuthenticationCode::hash(content.toUtf8(), secret, QCryptographicHash::Sha256);
+}
+
+} // namespace
+
+Tokens::Tokens(const QByteArray& secret, const QString& stateFile)
+    : m_secret(secret)
+    , m_stateFile(stateFile)
+{
+    load();
+}
+
+QString Tokens::seal(const QString& content) const
+{
+    return base64(content.toUtf8()) + QLatin1Char('.') + base64(codeOf(content, m_secret));
+}
+
+// The content of a token that was sealed here; empty for any other text.
+QString Tokens::open(const QString& token) const
+{
+    const QString content = QString::fromUtf8(QByteArray::fromBase64(
+        token.section(QLatin1Char('.'), 0, 0).toLatin1(), QByteArray::Base64UrlEncoding));
+    return seal(content) == token ? content : QString();
+}
+
+TokenPair Tokens::pairOf(const QString& family, qint64 nowMs, qint64 lifetimeMs)
+{
+    const int generation = m_families.value(family).generation;
+    ++m_serial;
+    save();
+    return { seal(QStringLiteral("%1 %2 %3 %4")
+                      .arg(AccessMark, family)
+                      .arg(m_serial)
+                      .arg(nowMs + lifetimeMs)),
+        seal(QStringLiteral("%1 %2 %3").arg(RefreshMark, family).arg(generation)) };
+}
+
+TokenPair Tokens::begin(qint64 nowMs, qint64 lifetimeMs)
+{
+    const QString family = QString::number(QRandomGenerator::system()->generate64(), 36);
+    m_families.insert(family, Family());
+    return pairOf(family, nowMs, lifetimeMs);
+}
+
+std::optional<TokenPair> Tokens::refresh(
+    const QString& refreshToken, qint64 nowMs, qint64 lifetimeMs)
+{
+    const QStringList content = open(refreshToken).split(QLatin1Char(' '));
+    if (content.size() != 3 || content.at(0) != RefreshMark)
+        return std::nullopt;
+    const auto family = m_families.find(content.at(1));
+    if (family == m_families.end() || family->revoked)
+        return std::nullopt;
+    if (family->generation != content.at(2).toInt()) {
+        family->revoked = true;
+        save();
+        return std::nullopt;
+    }
+    ++family->generation;
+    return pairOf(content.at(1), nowMs, lifetimeMs);
+}
+
+TokenState Tokens::checkAccess(const QString& accessToken, qint64 nowMs) const
+{
+    const QStringList content = open(accessToken).split(QLatin1Char(' '));
+    if (content.size() != 4 || content.at(0) != AccessMark)
+        return TokenState::Unknown;
+    const auto family = m_families.constFind(content.at(1));
+    if (family == m_families.constEnd() || family->revoked)
+        return TokenState::Revoked;
+    const bool good =
+        content.at(2).toLongLong() >= m_firstGoodSerial && nowMs < content.at(3).toLongLong();
+    return good ? TokenState::Good : TokenState::Expired;
+}
+
+void Tokens::revokeAll()
+{
+    for (Family& family : m_families)
+        family.revoked = true;
+    save();
+}
+
+void Tokens::expireAccessTokens()
+{
+    m_firstGoodSerial = m_serial + 1;
+    save();
+}
+
+void Tokens::load()
+{
+    QFile file(m_stateFile);
+    if (m_stateFile.isEmpty() || !file.open(QIODevice::ReadOnly))
+        return;
+    const QVariantHash state = TavuJson::parse(file.readAll()).toHash();
+    m_serial = state.value(SerialKey).toLongLong();
+    m_firstGoodSerial = state.value(FirstGoodKey).toLongLong();
+    const QVariantHash families = state.value(FamiliesKey).toHash();
+    for (auto family = families.cbegin(); family != families.cend(); ++family) {
+        const QVariantHash fields = family->toHash();
+        m_families.insert(family.key(),
+            { fields.value(GenerationKey).toInt(), fields.value(RevokedKey).toBool() });
+    }
+}
+
+// A login that cannot be kept still works until the emulator ends, so a failure goes unreported.
+void Tokens::save() const
+{
+    if (m_stateFile.isEmpty())
+        return;
+    QVariantHash families;
+    for (auto family = m_families.cbegin(); family != m_families.cend(); ++family) {
+        families.insert(family.key(),
+            QVariantHash{ { GenerationKey, family->generation }, { RevokedKey, family->revoked } });
+    }
+    saveFile(m_stateFile,
+        TavuJson::toJson(QVariantHash{ { SerialKey, m_serial }, { FirstGoodKey, m_firstGoodSerial },
+            { FamiliesKey, families } }),
+        Access::OwnerOnly);
+}
+
+} // namespace emulator::oauth2

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+
+#include <optional>
+
+namespace emulator::oauth2 {
+
+enum class TokenState { Good, Missing, Unknown, Expired, Revoked };
+
+struct TokenPair
+{
+    QString access;
+    QString refresh;
+};
+
+/// Makes and checks tokens. Each login is a family: its refresh token works once and gives the next
+/// one; when an old one comes back, the family is revoked. Families are kept in the state file;
+/// tokens themselves are signed and stored nowhere.
+class Tokens
+{
+public:
+    Tokens(const QByteArray& secret, const QString& stateFile);
+
+    /// Starts a family.
+    TokenPair begin(qint64 nowMs, qint64 lifetimeMs);
+    /// The family's next pair; nothing when the token is not good.
+    std::optional<TokenPair> refresh(const QString& refreshToken, qint64 nowMs, qint64 lifetimeMs);
+    TokenState checkAccess(const QString& accessToken, qint64 nowMs) const;
+
+    void revokeAll();
+    void expireAccessTokens();
+
+private:
+    struct Family
+    {
+        int generation = 0;
+        bool revoked = false;
+    };
+
+    TokenPair pairOf(const QString& family, qint64 nowMs, qint64 lifetimeMs);
+    QString seal(const QString& content) const;
+    QString open(const QString& token) const;
+    void load();
+    void save() const;
+
+    QByteArray m_secret;
+    QString m_stateFile;
+    QHash<QString, Family> m_families;
+    qint64 m_serial = 0; ///< of the access token made last
+    qint64 m_firstGoodSerial = 0; ///< those before count as expired
+};
+
+} // namespace emulator::oauth2
