@@ -1,0 +1,73 @@
+#include "commandline.h"
+#include "emulator.h"
+#include "savefile.h"
+#include "tavujson.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <cstdio>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+int signalSockets[2];
+
+void onSignal(int)
+{
+    const char mark = 1;
+    (void)!write(signalSockets[0], &mark, 1);
+}
+
+// A signal handler may hardly do anything; so it wakes the event loop, which ends the program.
+void quitOnSignals(QCoreApplication& application)
+{
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalSockets) != 0)
+        return;
+    auto* notifier = new QSocketNotifier(signalSockets[1], QSocketNotifier::Read, &application);
+    QObject::connect(
+        notifier, &QSocketNotifier::activated, &application, [] { QCoreApplication::quit(); });
+    std::signal(SIGINT, onSignal);
+    std::signal(SIGTERM, onSignal);
+}
+
+void say(const QString& text)
+{
+    std::fprintf(stderr, "%s\n", qUtf8Printable(text));
+}
+
+void tellReady(const emulator::Emulator& emulator, const QString& readyFile)
+{
+    const QByteArray line = TavuJson::toJson(emulator.description()) + '\n';
+    std::fputs(line.constData(), stdout);
+    std::fflush(stdout);
+    if (!readyFile.isEmpty()) {
+        const QString problem = emulator::saveFile(readyFile, line);
+        if (!problem.isEmpty())
+            say(problem);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    const emulator::CommandLine line = emulator::parseCommandLine(QCoreApplication::arguments());
+    if (!line.settings) {
+        std::fprintf(line.exitCode == 0 ? stdout : stderr, "%s\n", qUtf8Printable(line.text));
+        return line.exitCode;
+    }
+    quitOnSignals(application);
+    emulator::Emulator emulator(*line.settings);
+    QObject::connect(&emulator, &emulator::Emulator::notice, &application, say);
+    QObject::connect(&emulator, &emulator::Emulator::ready, &application,
+        [&] { tellReady(emulator, line.readyFile); });
+    if (const auto failure = emulator.start()) {
+        say(failure->text);
+        return failure->exitCode;
+    }
+    return QCoreApplication::exec();
+}
