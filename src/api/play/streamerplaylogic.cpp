@@ -30,6 +30,8 @@ StreamerPlayLogic::StreamerPlayLogic(CMNodes* nodes, const CMPath& path)
 {
     qRegisterMetaType<CMError>("CMError");
     connectStreamer();
+    tavuConnect(this, SIGNAL(playbackFailed(CMError)), this, SLOT(on_playbackFailed()),
+        Qt::DirectConnection);
 }
 
 StreamerPlayLogic::~StreamerPlayLogic() = default;
@@ -76,13 +78,16 @@ qint64 StreamerPlayLogic::playTime() const
 
 StreamerPlayLogic::Item StreamerPlayLogic::newItem(const TavuRoles& roles)
 {
-    return { uniqueId(), roles };
+    Item item;
+    item.id = uniqueId();
+    item.roles = roles;
+    return item;
 }
 
 void StreamerPlayLogic::sendPlayCommand(const TavuRoles& roles, const QVariantHash& attributes)
 {
+    forgetItems();
     m_present = newItem(roles);
-    m_next = Item();
     setPosition(roles.mediaData().metaData().startTime());
     setState(TavuPlayLogicState::Buffering);
     if (Streamer* streamer = Streamer::instance())
@@ -92,9 +97,13 @@ void StreamerPlayLogic::sendPlayCommand(const TavuRoles& roles, const QVariantHa
 void StreamerPlayLogic::sendSetNextMediaCommand(
     const TavuRoles& roles, const QVariantHash& attributes)
 {
-    // The item that was to be followed may have ended while the next one was fetched.
-    if (m_present.id == 0)
-        return sendPlayCommand(roles, attributes);
+    const bool waited = std::exchange(m_nextWanted, false);
+    if (m_present.id == 0) {
+        // The item that was to be followed ended while this one was fetched, or was stopped.
+        if (waited)
+            sendPlayCommand(roles, attributes);
+        return;
+    }
     m_next = newItem(roles);
     if (Streamer* streamer = Streamer::instance())
         streamer->setNextMedia(m_next.id, roles, attributes);
@@ -102,7 +111,13 @@ void StreamerPlayLogic::sendSetNextMediaCommand(
 
 void StreamerPlayLogic::sendNoNextMediaCommand()
 {
+    const bool waited = std::exchange(m_nextWanted, false);
     m_next = Item();
+    if (m_present.id == 0) {
+        if (waited)
+            playbackEnded();
+        return;
+    }
     if (Streamer* streamer = Streamer::instance())
         streamer->setNoNextMedia();
 }
@@ -173,7 +188,16 @@ void StreamerPlayLogic::on_streamer_mediaStarted(quint64 id)
     } else if (!isPresent(id)) {
         return;
     }
+    startPresent();
+}
+
+void StreamerPlayLogic::startPresent()
+{
+    const quint64 id = m_present.id;
+    m_present.started = true;
     TavuPlayLogicData data = mediaPlaybackStarted(m_mediaRoles, m_present.roles);
+    if (!isPresent(id))
+        return; // The logic itself went on to something else.
     data.setState(state());
     data.setMediaRoles(m_mediaRoles);
     data.setTrackRoles(m_present.roles);
@@ -207,34 +231,62 @@ void StreamerPlayLogic::on_streamer_bufferLevelChanged(quint64 id, double percen
 
 void StreamerPlayLogic::on_streamer_nextMediaWanted(quint64 id)
 {
-    if (isPresent(id))
-        prepareNextMedia();
+    if (!isPresent(id))
+        return;
+    m_nextWanted = true;
+    prepareNextMedia();
 }
 
 void StreamerPlayLogic::on_streamer_ended(quint64 id)
 {
-    if (isPresent(id))
+    if (!isPresent(id))
+        return;
+    if (m_next.failure.isSet()) {
+        m_present = std::exchange(m_next, Item());
+        setPosition(0);
+        skipPresent(m_present.failure);
+    } else if (m_nextWanted) {
+        setPosition(playTime());
+        m_present = Item();
+        setState(TavuPlayLogicState::Buffering);
+    } else {
         playbackEnded();
+    }
 }
 
 void StreamerPlayLogic::on_streamer_failed(quint64 id, const CMError& error)
 {
-    if (id != 0 && id == m_next.id) {
-        // The prepared item: the present one plays to its end, and then the logic tries again.
-        Q_EMIT mediaSkipped(m_next.roles, error);
-        m_next = Item();
-        return;
-    }
+    if (id != 0 && id == m_next.id)
+        m_next.failure = error; // The present item plays to its end first.
+    else if (isPresent(id))
+        skipPresent(error);
+}
+
+void StreamerPlayLogic::skipPresent(const CMError& error)
+{
+    const quint64 id = m_present.id;
+    m_present.failure = error;
+    setPosition(playTime());
+    setState(TavuPlayLogicState::Buffering);
+    // The logic goes on from the item that it knows as started.
+    if (!m_present.started)
+        startPresent();
     if (!isPresent(id))
         return;
-    const TavuRoles failedRoles = m_present.roles;
-    if (++m_failuresInARow < failuresAtMost && m_data.controls().next()) {
-        Q_EMIT mediaSkipped(failedRoles, error);
-        const CMReply<QVariant> reply = next();
+    if (++m_failuresInARow >= failuresAtMost || !m_data.controls().next()) {
+        Q_EMIT playbackFailed(error);
         return;
     }
-    sendStopCommand();
-    Q_EMIT playbackFailed(error);
+    Q_EMIT mediaSkipped(m_present.roles, error);
+    if (isPresent(id))
+        next();
+}
+
+/// Nothing follows an item that failed.
+void StreamerPlayLogic::on_playbackFailed()
+{
+    if (m_present.failure.isSet())
+        sendStopCommand();
 }
 
 void StreamerPlayLogic::on_streamer_rolesRenewed(quint64 id, const TavuRoles& roles)
@@ -272,4 +324,5 @@ void StreamerPlayLogic::forgetItems()
 {
     m_present = Item();
     m_next = Item();
+    m_nextWanted = false;
 }

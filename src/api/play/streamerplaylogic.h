@@ -10,7 +10,8 @@
 /// A play logic that plays through the host's streamer. It keeps its own picture of what the
 /// streamer does, so that data() and playTime() answer at once: its commands change the picture
 /// when they are given, the streamer's notifications when they arrive. News of items that are no
-/// longer the present or the prepared one is dropped. Everything runs on the node's thread.
+/// longer the present or the prepared one is dropped. An item that the streamer gives up is passed
+/// over as if the user had pressed next. Everything runs on the node's thread.
 class TAVU_EXPORT StreamerPlayLogic : public PlayLogicBase
 {
     Q_OBJECT
@@ -52,9 +53,10 @@ protected:
     /// Playback came to its end, by itself or by a command. The base makes the state idle.
     virtual void playbackEnded();
     /// The streamer wants the item that follows: answer, now or later, with a set-next or a no-next
-    /// command.
+    /// command. When the present item ends before the answer, playback waits for it.
     virtual void prepareNextMedia() = 0;
-    /// An item begins to sound. Returns the controls and play modes for it.
+    /// An item begins to sound, or is passed over because it failed before it did. Returns the
+    /// controls and play modes for it.
     virtual TavuPlayLogicData mediaPlaybackStarted(
         const TavuRoles& mediaRoles, const TavuRoles& trackRoles) = 0;
 
@@ -67,17 +69,22 @@ private Q_SLOTS:
     void on_streamer_ended(quint64 id);
     void on_streamer_failed(quint64 id, const CMError& error);
     void on_streamer_rolesRenewed(quint64 id, const TavuRoles& roles);
+    void on_playbackFailed();
 
 private:
     struct Item
     {
         quint64 id = 0; // 0 is no item.
         TavuRoles roles;
+        bool started = false;
+        CMError failure; // Set once the streamer has given the item up.
     };
 
     void connectStreamer();
     Item newItem(const TavuRoles& roles);
     bool isPresent(quint64 id) const { return id != 0 && id == m_present.id; }
+    void startPresent();
+    void skipPresent(const CMError& error);
     void setPosition(qint64 position);
     void setState(TavuPlayLogicState::Enum state);
     void setData(const TavuPlayLogicData& data);
@@ -88,7 +95,7 @@ private:
     TavuRoles m_mediaRoles; // Of the play command given last.
     Item m_present;
     Item m_next;
-    quint64 m_lastId = 0;
+    bool m_nextWanted = false; // The logic owes the streamer the item that follows.
     qint64 m_position = 0; // When m_positionAge was started.
     QElapsedTimer m_positionAge;
     int m_failuresInARow = 0;
