@@ -337,10 +337,19 @@ TEST(TavuJson, reads_back_what_it_wrote)
     EXPECT_EQ(TavuJson::parse(TavuJson::toJson(document)), document);
 }
 
-TEST(TavuJson, rounds_whole_numbers_beyond_2_to_the_53rd_when_it_writes)
+TEST(TavuJson, writes_whole_numbers_exactly)
 {
-    EXPECT_EQ(TavuJson::toJson(whole(9007199254740992)), QByteArray("9007199254740992"));
-    EXPECT_EQ(TavuJson::toJson(whole(9007199254740993)), QByteArray("9007199254740992"));
+    EXPECT_EQ(TavuJson::toJson(whole(9007199254740993)), QByteArray("9007199254740993"));
+    EXPECT_EQ(TavuJson::toJson(whole(std::numeric_limits<qint64>::min())),
+        QByteArray("-9223372036854775808"));
+    EXPECT_EQ(TavuJson::toJson(QVariant::fromValue<qulonglong>(18446744073709551615U)),
+        QByteArray("18446744073709551615"));
+}
+
+TEST(TavuJson, writes_doubles_that_read_back_as_themselves)
+{
+    for (const double number : { 0.1, 1.5, 1e20, 1.8446744073709552e19, 5e-324, 1.7e308 })
+        EXPECT_EQ(TavuJson::parse(TavuJson::toJson(number)).toDouble(), number);
 }
 
 } // namespace

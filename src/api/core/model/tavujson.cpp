@@ -1,8 +1,5 @@
 #include "tavujson.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QString>
 
 #include <array>
@@ -99,14 +96,4 @@ QVariant TavuJson::parse(const QByteArray& text)
     if (document.error() != simdjson::SUCCESS)
         return QVariant();
     return toVariant(document.value_unsafe(), keys);
-}
-
-QByteArray TavuJson::toJson(const QVariant& value)
-{
-    const QJsonValue json = QJsonValue::fromVariant(value);
-    if (json.isObject())
-        return QJsonDocument(json.toObject()).toJson(QJsonDocument::Compact);
-    // QJsonDocument writes objects and arrays only; a scalar is written as a list of one and bared.
-    QByteArray wrapped = QJsonDocument(QJsonArray{ json }).toJson(QJsonDocument::Compact);
-    return wrapped.mid(1, wrapped.size() - 2);
 }

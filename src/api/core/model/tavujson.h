@@ -17,7 +17,8 @@ public:
     /// beyond 64 bits, another number beyond the range of double. Safe on every thread.
     static QVariant parse(const QByteArray& text);
 
-    /// Compact JSON, keys in ascending order. What JSON cannot say (NaN, an unknown type) is null;
-    /// whole numbers beyond 2^53 are rounded, as most readers would.
+    /// Compact JSON in UTF-8, keys in ascending order, whole numbers exact. What JSON cannot say
+    /// (NaN, an unknown type) is null; whole numbers beyond 2^53 are rounded, as most readers
+    /// would.
     static QByteArray toJson(const QVariant& value);
 };
