@@ -52,7 +52,8 @@ TAVU_EXPORT QString TavuOAuth2RefreshTokenSubPath();
 TAVU_EXPORT QString TavuOAuth2LoggedInSubPath();
 /// Value: the TavuOAuth2DeviceCode of the login in progress.
 TAVU_EXPORT QString TavuOAuth2DeviceCodeSubPath();
-/// Invoked to start a login; a login that waits for the user goes on.
+/// Invoked to start a login; one that is starting or waits for the user goes on, but the TavuValue
+/// true asks for a new code in place of one that waits.
 TAVU_EXPORT QString TavuOAuth2StartLoginSubPath();
 /// Invoked to forget the tokens.
 TAVU_EXPORT QString TavuOAuth2LogoutSubPath();
