@@ -28,7 +28,7 @@ export function connectEvents({ open, onEvent, onLost, clock = globalThis }) {
 
   function lose(lost) {
     lost?.close();
-    if (lost !== source || retry !== null) return;
+    if (!lost || lost !== source || retry !== null) return;
     retry = clock.setTimeout(connect, retryMs);
     retryMs = Math.min(retryMs * 2, lastRetryMs);
     onLost();
@@ -57,9 +57,12 @@ export function connectEvents({ open, onEvent, onLost, clock = globalThis }) {
     },
     /** A request did not reach the player, so the stream may be dead too without knowing. */
     doubt: () => lose(source),
+    /** No further attempts until renew(). */
     close() {
       if (retry !== null) clock.clearTimeout(retry);
+      retry = null;
       source?.close();
+      source = null;
     },
   };
 }

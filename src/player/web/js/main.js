@@ -15,14 +15,20 @@ import { Root } from './views/app.js';
 const now = () => performance.now();
 const store = createStore(reduce, initialState);
 const router = createRouter(window);
-const access = createAccess(window, () => events.renew());
+const access = createAccess(window, () => {
+  connection('connecting');
+  events.renew();
+});
 const connection = (value) => store.dispatch({ type: 'connection', connection: value });
 
 const api = createApi({
   token: () => access.token,
   fetch: window.fetch.bind(window),
   onUnreachable: () => events.doubt(),
-  onRefused: () => connection('refused'),
+  onRefused: () => {
+    connection('refused');
+    events.close();
+  },
 });
 const listings = createListings(api);
 const actions = createActions({ api, store, listings, router, now });
@@ -40,9 +46,9 @@ function onEvent(name, data) {
   else if (returned) listings.retry(router.current.path);
 }
 
-/** The stream tells that it was lost, but not why: a refused access code looks like any loss. */
+/** The stream tells that it was lost, but not why; an answer to a request tells a refusal. */
 function onLost() {
-  if (store.state.connection !== 'refused') connection('lost');
+  connection('lost');
   api.state().catch(() => {});
 }
 

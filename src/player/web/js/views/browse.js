@@ -3,6 +3,7 @@ import { useEffect, useLayoutEffect, useRef } from '../../vendor/hooks.js';
 import { useApp, useListing, useStore } from '../context.js';
 import { entriesOf } from '../listing.js';
 import { artistOf, isMessageScreen, pictureOf, signOf, titleOf } from '../rows.js';
+import { scrollerOf, scrollTargetOf } from '../scroller.js';
 import { t } from '../text.js';
 import { Button, Picture } from './controls.js';
 import { Icon } from './icons.js';
@@ -74,7 +75,7 @@ function Heading({ route, listing, heading }) {
 function Failed({ listing }) {
   const { error } = listing;
   return html`<div class="notice" role="alert">
-    <${Icon} name="error" size=${32} />
+    <span class="screen-sign"><${Icon} name="error" size=${32} /></span>
     <h2>${error.title || t('browse.failed')}</h2>
     ${error.detail && html`<p>${error.detail}</p>`}
     <button type="button" class="button primary" onClick=${listing.load}>
@@ -118,13 +119,14 @@ function usePlaceKeeping(route, listing, heading) {
   const key = keyOf(route);
   const ready = listing.status !== 'loading';
   useLayoutEffect(() => {
-    const scroller = heading.current?.closest('[data-scroller]');
-    if (!scroller || !ready) return undefined;
+    if (!heading.current || !ready) return undefined;
+    const scroller = scrollerOf(heading.current);
+    const target = scrollTargetOf(scroller);
     const kept = left.get(key);
     scroller.scrollTop = kept?.top ?? 0;
     const remember = () => left.set(key, { ...left.get(key), top: scroller.scrollTop });
-    scroller.addEventListener('scroll', remember, { passive: true });
-    return () => scroller.removeEventListener('scroll', remember);
+    target.addEventListener('scroll', remember, { passive: true });
+    return () => target.removeEventListener('scroll', remember);
   }, [key, ready]);
   useEffect(() => {
     if (shownKey === key) return;

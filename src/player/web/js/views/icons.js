@@ -33,10 +33,14 @@ const shapes = {
   browse: { line: 'M4 5h6.5v6.5H4zM13.5 5H20v6.5h-6.5zM4 14.5h6.5V20H4zM13.5 14.5H20V20h-6.5z' },
 };
 
-/** One of the page's signs. Always decoration: what it stands for is said in words beside it. */
+/**
+ * One of the page's signs. Always decoration: what it stands for is said in words beside it. `size`
+ * is in CSS pixels at the usual text size, and grows with the text.
+ */
 export function Icon({ name, size = 24 }) {
   const { line, solid } = shapes[name];
-  return html`<svg class="icon" viewBox="0 0 24 24" width=${size} height=${size}
+  const rem = `${size / 16}rem`;
+  return html`<svg class="icon" viewBox="0 0 24 24" width=${rem} height=${rem}
       aria-hidden="true" focusable="false">
     ${solid
       ? html`<path d=${solid} fill="currentColor" />`
@@ -47,7 +51,7 @@ export function Icon({ name, size = 24 }) {
 
 /** The page's mark: four bars of sound. */
 export function Mark() {
-  return html`<svg class="mark" viewBox="0 0 32 32" width="32" height="32" aria-hidden="true">
+  return html`<svg class="mark" viewBox="0 0 32 32" width="2rem" height="2rem" aria-hidden="true">
     <rect x="5" y="13" width="4" height="6" rx="2" />
     <rect x="11" y="7" width="4" height="18" rx="2" />
     <rect x="17" y="10.5" width="4" height="11" rx="2" />

@@ -43,7 +43,7 @@ export function NowPlaying({ level = 1 }) {
       <${Title} class="now-title">${some ? player.title || '…' : t('player.none')}</${Title}>
       ${some ? html`<p class="now-by">${player.artist || '\u00a0'}</p>
         <p class="now-album">${player.album || '\u00a0'}</p>`
-      : html`<p class="now-by">${t('player.noneText')}</p>`}
+      : html`<p class="now-hint">${t('player.noneText')}</p>`}
     </div>
     <${Status} player=${player} />
     <${Seek} />
@@ -70,7 +70,7 @@ export function PlayerBar() {
     <a class="bar-main" href="#/now" onClick=${show} aria-label=${`${t('player.details')}: ${player.title}, ${player.artist ?? ''}`}>
       <${Picture} url=${player.artwork} sign="note" eager />
       <span class="row-text">
-        <span class="row-title">${player.title}</span>
+        <span class="row-title">${player.title}</span>${' '}
         <span class="row-by">${player.artist}</span>
       </span>
     </a>

@@ -1,6 +1,6 @@
 import { html } from '../html.js';
 import { useApp, useOffline, useStore } from '../context.js';
-import { clock, spokenTime } from '../format.js';
+import { clock } from '../format.js';
 import {
   albumOf, artistOf, durationOf, linkOf, pictureOf, RowType, signOf, titleOf,
 } from '../rows.js';
@@ -9,15 +9,11 @@ import { Picture } from './controls.js';
 import { Icon } from './icons.js';
 import { ScreenAction } from './screen.js';
 
-function playLabel(row) {
-  const values = { title: titleOf(row), by: artistOf(row), time: spokenTime(durationOf(row)) };
-  const timed = durationOf(row) > 0;
-  if (values.by) return t(timed ? 'row.playByTime' : 'row.playBy', values);
-  return t(timed ? 'row.playTime' : 'row.play', values);
+/** The name of a row's button: what pressing it does, then what the row shows, in that order. */
+function nameOf(does, row, line) {
+  const shown = [titleOf(row), line, clock(durationOf(row) || NaN)].filter(Boolean).join(', ');
+  return t(does, { title: shown });
 }
-
-const openLabel = (row) =>
-  t(artistOf(row) ? 'row.openBy' : 'row.open', { title: titleOf(row), by: artistOf(row) });
 
 /** The track that plays, as far as a row can tell. */
 const isCurrent = (row, player) =>
@@ -30,10 +26,9 @@ function second(row, layout, record) {
   return [artistOf(row), album].filter(Boolean).join(' · ');
 }
 
-function Texts({ row, layout, record }) {
-  const line = second(row, layout, record);
+function Texts({ row, line }) {
   return html`<span class="row-text">
-    <span class="row-title">${titleOf(row)}</span>
+    <span class="row-title">${titleOf(row)}</span>${' '}
     ${line && html`<span class="row-by">${line}</span>`}
   </span>`;
 }
@@ -59,11 +54,12 @@ function MusicRow({ row, layout, number, record, memo }) {
     memo(event);
     actions.open(row);
   };
+  const line = second(row, layout, record);
   const time = durationOf(row);
   const inside = html`
-    ${number ? html`<span class="row-number">${number}</span>`
+    ${number ? html`<span class="row-number" data-number=${number}></span>`
       : layout !== 'tiles' && html`<${Picture} url=${pictureOf(row)} sign=${signOf(row)} />`}
-    <${Texts} row=${row} layout=${layout} record=${record} />
+    <${Texts} row=${row} line=${line} />${' '}
     ${time > 0 && html`<span class="row-time">${clock(time)}</span>`}
     ${layout !== 'grid' && opens && !plays && html`<span class="row-sign"><${Icon} name="open" size=${20} /></span>`}
     ${!opens && plays && html`<span class="row-sign play-sign"><${PlaySign} starting=${starting} current=${current} /></span>`}`;
@@ -71,10 +67,10 @@ function MusicRow({ row, layout, number, record, memo }) {
   if (!opens && !plays) return html`<div class="row-main still">${inside}</div>`;
   return html`
     <button type="button" class="row-main" data-focus aria-current=${current ? 'true' : null}
-        aria-label=${opens ? openLabel(row) : playLabel(row)} onClick=${opens ? open : play} ...${rest}>
+        aria-label=${nameOf(opens ? 'row.open' : 'row.play', row, line)} onClick=${opens ? open : play} ...${rest}>
       ${inside}
     </button>
-    ${opens && plays && html`<button type="button" class="row-play" aria-label=${playLabel(row)}
+    ${opens && plays && html`<button type="button" class="row-play" aria-label=${nameOf('row.play', row, line)}
         onClick=${play} ...${rest}>
       <${PlaySign} starting=${starting} />
     </button>`}`;

@@ -3,6 +3,7 @@ import { useEffect, useRef } from '../../vendor/hooks.js';
 import { useApp, useOffline } from '../context.js';
 import { entriesOf, windowSize } from '../listing.js';
 import { isRecord, layoutOf, seeMoreTitle, titleOf } from '../rows.js';
+import { observerRootOf, scrollerOf } from '../scroller.js';
 import { t } from '../text.js';
 import { RowContent } from './rowitem.js';
 
@@ -17,7 +18,7 @@ function useNear(list, near, changed) {
   useEffect(() => {
     const observer = new IntersectionObserver((seen) => {
       for (const { isIntersecting, target } of seen) if (isIntersecting) latest.current(target);
-    }, { root: list.current.closest('[data-scroller]'), rootMargin: `${nearPx}px 0px` });
+    }, { root: observerRootOf(list.current), rootMargin: `${nearPx}px 0px` });
     for (const element of list.current.querySelectorAll('[data-near]')) observer.observe(element);
     return () => observer.disconnect();
   }, changed);
@@ -95,7 +96,7 @@ export function RowList({ listing, opened, label, memo }) {
   </ul>`;
 }
 
-const hasScrolled = (list) => list.closest('[data-scroller]')?.scrollTop > 0;
+const hasScrolled = (list) => scrollerOf(list).scrollTop > 0;
 
 export function focusRow(root, at) {
   root?.querySelector(`[data-at="${at}"] [data-focus]`)?.focus();

@@ -1,7 +1,7 @@
 import { html } from '../html.js';
 import { useRef, useState } from '../../vendor/hooks.js';
 import { useApp, useNow, useOffline, useStore } from '../context.js';
-import { clock } from '../format.js';
+import { clock, spokenTime } from '../format.js';
 import {
   modeParts, nextRepeat, repeatSupported, shuffleSupported, toggledShuffle,
 } from '../modes.js';
@@ -34,7 +34,7 @@ export function Seek() {
   const duration = player?.duration > 0 ? player.duration : 0;
   const held = useHeld({ value: positionAt(player, now), stamp: player?.receivedAt });
   const can = Boolean(player?.controls?.seek) && duration > 0;
-  const text = t('player.positionOf', { position: clock(held.value), duration: clock(duration) });
+  const text = t('player.positionOf', { position: spokenTime(held.value), duration: spokenTime(duration) });
   const commit = (value) => {
     held.hold(value);
     held.release();
