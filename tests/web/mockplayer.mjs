@@ -21,6 +21,7 @@ const policy = "default-src 'self'; img-src 'self' data:; object-src 'none'; bas
 /** One mock player on a free loopback port. `faults` are what a test sets to make it misbehave. */
 export class MockPlayer {
   constructor({ web, vendor, token = '' }) {
+    if (!vendor) throw new Error('Set TAVU_WEB_VENDOR to the folder of the built library files.');
     Object.assign(this, { web, vendor, token });
     this.serial = 0;
     this.streams = new Set();
@@ -29,7 +30,9 @@ export class MockPlayer {
     this.faults = { delayMs: 0, refuseEvents: false, failRows: 0 };
     this.calls = [];
     this.state = new MockState((event, data) => this.emit(event, data));
-    this.server = createServer((request, response) => this.answer(request, response));
+    this.server = createServer((request, response) => {
+      this.answer(request, response).catch((error) => response.destroy(error));
+    });
   }
 
   async listen(port = 0) {

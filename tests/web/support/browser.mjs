@@ -2,6 +2,8 @@
 import assert from 'node:assert/strict';
 import { chromium } from 'playwright-core';
 
+import { startMock } from '../mockplayer.mjs';
+
 const executablePath = process.env.TAVU_CHROMIUM ?? '/usr/bin/chromium';
 const args = [
   '--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
@@ -28,6 +30,24 @@ export async function openPage(browser, base, { viewport = widths.desktop, ...op
   });
   await page.goto(base);
   return page;
+}
+
+/**
+ * Runs `work({ mock, page })` with a mock player and a page of its own, and cleans up whatever
+ * happens. Fails on faults of the page.
+ */
+export async function visit(browser, { token, query = '', prepare = () => {}, ...options }, work) {
+  const mock = await startMock({ token });
+  let page;
+  try {
+    prepare(mock);
+    page = await openPage(browser, mock.url + query, options);
+    await work({ mock, page });
+    assertNoFaults(page);
+  } finally {
+    await page?.context().close();
+    await mock.close();
+  }
 }
 
 /** Network failures that a test provokes are logged by the browser itself; those are expected. */

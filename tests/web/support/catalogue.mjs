@@ -170,7 +170,8 @@ export const searchPath = (text) => pathOf(`search/${encodeURIComponent(text)}`)
 export function queueOf(sound) {
   if (sound.kind === 'track') return [sound];
   const owner = albums[sound.number] ?? { title: sound.title ?? 'Mixed', artist: 'Various artists', number: sound.number };
-  return tracksOf(owner).map((row) => row.sound);
+  const tracks = tracksOf(owner).map((row) => row.sound);
+  return sound.kind === 'station' ? tracks.reverse() : tracks;
 }
 
 /** Where the scenario finds what it needs; see scenario.mjs. */

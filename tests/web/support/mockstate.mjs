@@ -1,7 +1,7 @@
 // What the mock player plays and whether it is signed in. Time is real, sound is not.
 import { queueOf } from './catalogue.mjs';
 
-const idle = { idle: 0, buffering: 1, playing: 2, paused: 3 };
+const PlayState = { idle: 0, buffering: 1, playing: 2, paused: 3 };
 
 export class MockState {
   constructor(emit) {
@@ -23,7 +23,7 @@ export class MockState {
   reset() {
     this.queue = [];
     this.at = 0;
-    this.state = idle.idle;
+    this.state = PlayState.idle;
     this.base = 0;
     this.since = 0;
     this.kind = '';
@@ -35,7 +35,7 @@ export class MockState {
   }
 
   position() {
-    const moved = this.state === idle.playing ? Date.now() - this.since : 0;
+    const moved = this.state === PlayState.playing ? Date.now() - this.since : 0;
     return Math.min(this.base + moved, this.track?.duration ?? 0);
   }
 
@@ -73,20 +73,21 @@ export class MockState {
 
   play(sound) {
     Object.assign(this, { queue: queueOf(sound), at: 0, kind: sound.kind, error: null });
-    this.moveTo(0, idle.buffering);
+    this.moveTo(0, PlayState.buffering);
     clearTimeout(this.starting);
-    this.starting = setTimeout(() => this.moveTo(0, idle.playing), 150);
+    this.starting = setTimeout(() => this.moveTo(this.base, PlayState.playing), 150);
   }
 
   step(by) {
     if (by < 0 && this.position() > 3000) return this.moveTo(0);
     this.at = (this.at + by + this.queue.length) % this.queue.length;
-    return this.moveTo(0, idle.playing);
+    return this.moveTo(0, PlayState.playing);
   }
 
   pause() {
+    clearTimeout(this.starting);
     const position = this.position();
-    this.moveTo(position, this.state === idle.paused ? idle.playing : idle.paused);
+    this.moveTo(position, this.state === PlayState.paused ? PlayState.playing : PlayState.paused);
   }
 
   stop() {

@@ -110,6 +110,18 @@ test('only a stream that has been quiet for long is renewed on return', () => {
   assert.equal(sources.length, 2);
 });
 
+test('a closed stream stays closed until it is renewed', () => {
+  const { events, sources, timers, lost } = setUp();
+  sources[0].fail();
+  events.close();
+  timers[0].run();
+  events.doubt();
+  assert.equal(sources.length, 1);
+  assert.equal(lost(), 1);
+  events.renew();
+  assert.equal(sources.length, 2);
+});
+
 test('a doubt about the connection counts as its loss', () => {
   const { events, sources, lost } = setUp();
   events.doubt();

@@ -1,0 +1,173 @@
+// What a stranger does with the player, from the first sign-in to an error screen. It knows the
+// music by `trails` only, so it runs against the mock and against a real player alike:
+//   TAVU_WEB_URL     address of the player's page; without it the mock is started
+//   TAVU_WEB_TRAILS  JSON file with the titles to press, as in mockTrails (support/catalogue.mjs):
+//                    album, more, station and error are lists of row titles from the root,
+//                    search is a title that a search for itself finds
+//   TAVU_WEB_APPROVE name (a regular expression) of the button on the service's sign-in page
+import assert from 'node:assert/strict';
+
+import { named, picture } from './support/person.mjs';
+
+const approveName = new RegExp(process.env.TAVU_WEB_APPROVE ?? 'allow|approve|yes|sign in', 'i');
+const startMs = 20000;
+
+/** Signs out first if somebody is signed in, so that the scenario can be repeated. */
+export async function signedOut({ person, page }) {
+  const code = person.button(/^(Get a code|Get a new code)$/);
+  const settings = person.button('Settings');
+  const waiting = page.getByText('Waiting for your approval…');
+  await code.or(waiting).or(page.getByRole('main').getByRole('list')).first().waitFor();
+  if (await code.isVisible() || await waiting.first().isVisible()) return;
+  await settings.click();
+  await person.button('Sign out').click();
+  await code.waitFor();
+}
+
+export async function signIn({ person, page, name }) {
+  await person.heading(/^Sign in/).waitFor();
+  await picture(page, `${name}-login`);
+  const start = person.button(/^(Get a code|Get a new code)$/);
+  if (await start.isVisible()) await start.click();
+  const code = page.getByRole('img', { name: /^Code: / });
+  await code.waitFor();
+  await page.getByText('Waiting for your approval…').first().waitFor();
+  const qr = page.getByRole('img', { name: /^QR code/ });
+  await person.waitFor(() => qr.evaluate((image) => image.complete && image.naturalWidth > 0));
+  await picture(page, `${name}-login-code`);
+
+  const address = await page.getByRole('link', { name: 'Open the sign-in page' }).getAttribute('href');
+  const service = await page.context().newPage();
+  await service.goto(address);
+  await service.getByRole('button', { name: approveName }).first().click();
+  await code.waitFor({ state: 'detached', timeout: startMs });
+  await service.close();
+  await page.locator('.rows .row[data-at]').first().waitFor();
+  await picture(page, `${name}-root`);
+}
+
+export async function browseAlbum({ person, page, trails, name }) {
+  const title = trails.album.at(-1);
+  await person.goHome();
+  for (const folder of trails.album.slice(0, -1)) await (await person.find(named('Open', folder))).click();
+  await (await person.find(named('Open', title))).waitFor();
+  await picture(page, `${name}-albums`);
+  await person.row(named('Open', title)).click();
+  await person.heading(title).waitFor();
+  await person.row(/^Play /).waitFor();
+  assert.equal(await person.button('Back').count(), 1);
+}
+
+export async function playTrack({ person, page, name }) {
+  const row = person.row(/^Play /);
+  const label = await row.getAttribute('aria-label');
+  await row.click();
+  await person.goTo('Now playing');
+  await person.waitFor(async () => label.startsWith(`Play ${await person.nowTitle()}`), startMs);
+  await person.waitFor(async () => await person.position() > 1000, startMs);
+  await picture(page, `${name}-now`);
+}
+
+/** Pause holds the position, play goes on, a seek jumps. */
+export async function pauseAndSeek({ person }) {
+  const { now } = person;
+  await now.getByRole('button', { name: 'Pause' }).click();
+  await now.getByRole('button', { name: 'Play', exact: true }).waitFor();
+  const held = await person.position();
+  await now.getByRole('slider', { name: 'Position' }).press('ArrowRight');
+  await person.waitFor(async () => await person.position() >= held + 4000);
+  await now.getByRole('button', { name: 'Play', exact: true }).click();
+  await now.getByRole('button', { name: 'Pause' }).waitFor();
+  const after = await person.position();
+  await person.waitFor(async () => await person.position() > after);
+}
+
+export async function playAlbumAndSkip({ person, page, trails, name }) {
+  const title = trails.album.at(-1);
+  await person.goTo('Browse');
+  await person.heading(title).waitFor();
+  await page.getByRole('main').getByRole('button', { name: `Play ${title}`, exact: true }).first().click();
+  await person.goTo('Now playing');
+  const next = person.now.getByRole('button', { name: 'Next track' });
+  await person.waitFor(async () => await next.getAttribute('aria-disabled') !== 'true', startMs);
+  await person.waitFor(async () => await person.position() > 0, startMs);
+  const first = await person.nowTitle();
+  await next.click();
+  await person.waitFor(async () => await person.nowTitle() !== first, startMs);
+  await person.waitFor(async () => await person.position() > 0, startMs);
+  await person.now.getByRole('button', { name: 'Previous track' }).click();
+  await person.waitFor(async () => await person.nowTitle() === first, startMs);
+  await person.goTo('Browse');
+  await picture(page, `${name}-album`);
+}
+
+export async function followMore({ person, trails }) {
+  await person.walk(trails.more);
+  const more = person.button('See more results');
+  await more.waitFor();
+  const before = await person.rowCount();
+  await more.focus();
+  await person.page.keyboard.press('Enter');
+  await person.waitFor(async () => await person.rowCount() > before);
+  const focused = await person.page.evaluate(() => Number(document.activeElement.closest('.row')?.dataset.at));
+  assert.ok(focused >= before, 'the focus goes on with the first new row');
+}
+
+export async function search({ person, page, trails, name }) {
+  await person.goHome();
+  const field = page.getByRole('searchbox');
+  await page.keyboard.press('/');
+  await person.waitFor(() => field.evaluate((input) => input === document.activeElement));
+  await field.fill(trails.search);
+  await field.press('Enter');
+  await person.heading(`Results for “${trails.search}”`).waitFor();
+  await (await person.find(new RegExp(`^(Open|Play) ${trails.search}`))).waitFor();
+  await picture(page, `${name}-search`);
+  assert.equal(await field.inputValue(), trails.search, 'the text is kept');
+}
+
+export async function playStation({ person, trails }) {
+  await person.walk(trails.station, false);
+  const row = await person.find(named('Play', trails.station.at(-1)));
+  await row.click();
+  await person.goTo('Now playing');
+  await person.waitFor(async () => await person.position() > 0, startMs);
+}
+
+export async function stop({ person }) {
+  await person.goTo('Now playing');
+  const button = person.now.getByRole('button', { name: 'Stop' });
+  await button.click();
+  await person.waitFor(async () => await button.getAttribute('aria-disabled') === 'true');
+}
+
+export async function readErrorScreen({ person, page, trails, name }) {
+  await person.walk(trails.error, false);
+  await (await person.find(named('Open', trails.error.at(-1)))).click();
+  const screen = page.getByRole('article');
+  await screen.waitFor();
+  const focused = () => page.evaluate(() => document.activeElement.tagName);
+  await person.waitFor(async () => await focused() === 'H1');
+  assert.ok(await screen.getByRole('button').or(screen.getByRole('link')).count() > 0);
+  await screen.getByText('Details').click();
+  await screen.getByText('Time').waitFor();
+  await picture(page, `${name}-error`);
+  await page.keyboard.press('Escape');
+  await screen.waitFor({ state: 'detached' });
+  await person.row(named('Open', trails.error.at(-1))).waitFor();
+}
+
+/** In this order; each step leaves the page where the next one can begin. */
+export const steps = [
+  ['signs out, if somebody was signed in', signedOut],
+  ['signs in with the code, without a reload', signIn],
+  ['browses to an album', browseAlbum],
+  ['plays a track', playTrack],
+  ['pauses, seeks and goes on', pauseAndSeek],
+  ['plays the album and goes to the next track and back', playAlbumAndSkip],
+  ['follows "See more results"', followMore],
+  ['searches', search],
+  ['stops', stop],
+  ['plays a station', playStation],
+  ['reads an error screen and closes it', readErrorScreen],
+];

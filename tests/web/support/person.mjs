@@ -1,0 +1,95 @@
+// Somebody at the page: finds things by their names, as a person or a screen reader would.
+import assert from 'node:assert/strict';
+import { mkdirSync } from 'node:fs';
+import path from 'node:path';
+
+const escaped = (text) => text.replace(/[.*+?^${}()|[\]\\]/g, '\\$&');
+
+/** Names begin with the title and may go on with artist and time. */
+export const named = (verb, title) => new RegExp(`^${verb} ${escaped(title)}(,|$)`);
+
+export class Person {
+  constructor(page, { wide }) {
+    this.page = page;
+    this.wide = wide;
+  }
+
+  button(name) {
+    return this.page.getByRole('button', { name });
+  }
+
+  heading(name) {
+    return this.page.getByRole('heading', { name, exact: typeof name === 'string' });
+  }
+
+  /** Now playing is beside the list on a wide page and a place of its own on a narrow one. */
+  async goTo(place) {
+    if (this.wide) return;
+    await this.page.getByRole('link', { name: new RegExp(`^${place}`) }).click();
+  }
+
+  async goHome() {
+    await this.goTo('Browse');
+    await this.page.getByRole('link', { name: /: Home$/ }).click();
+    await this.page.getByRole('list').first().waitFor();
+  }
+
+  /** Opens row after row from the root; the last one only when `openLast`. */
+  async walk(trail, openLast = true) {
+    await this.goHome();
+    for (const title of openLast ? trail : trail.slice(0, -1)) {
+      await this.row(named('Open', title)).click();
+    }
+  }
+
+  /** A row by its name, following "See more results" while it does not show. */
+  async find(name) {
+    const row = this.row(name);
+    const more = this.button('See more results');
+    await this.page.locator('.rows:not([aria-hidden]) .row').first().waitFor();
+    while (await row.count() === 0 && await more.count() > 0) {
+      const before = await this.rowCount();
+      await more.click();
+      await this.waitFor(async () => await this.rowCount() > before);
+    }
+    return row;
+  }
+
+  row(name) {
+    return this.page.locator('.rows').getByRole('button', { name }).first();
+  }
+
+  rowCount() {
+    return this.page.locator('.rows .row[data-at]').count();
+  }
+
+  get now() {
+    return this.page.getByRole('region', { name: 'Now playing' });
+  }
+
+  async nowTitle() {
+    return (await this.now.getByRole('heading').first().textContent()).trim();
+  }
+
+  async position() {
+    return Number(await this.now.getByRole('slider', { name: 'Position' }).inputValue());
+  }
+
+  /** Waits on a state instead of a time. */
+  async waitFor(state, ms = 8000) {
+    const end = Date.now() + ms;
+    for (;;) {
+      if (await state()) return;
+      assert.ok(Date.now() < end, `still not: ${state}`);
+      await this.page.waitForTimeout(50);
+    }
+  }
+}
+
+/** Saves what the page looks like, where the build wants pictures. */
+export async function picture(page, name) {
+  const folder = process.env.TAVU_WEB_SHOTS;
+  if (!folder) return;
+  mkdirSync(folder, { recursive: true });
+  await page.screenshot({ path: path.join(folder, `${name}.png`) });
+}
