@@ -38,6 +38,6 @@ private:
 #define AMAZON_MUSIC_ENTER_SCOPE() const AmazonMusicScope amazonMusicScope(Q_FUNC_INFO)
 
 /// The entry trace with what the function was called with, as it would be streamed. Never a token,
-/// a code or a secret.
+/// a code or a secret; and nothing that is logged itself on the way, since log lines do not nest.
 #define AMAZON_MUSIC_ENTER_WITH(values)                                                            \
     LOG4CPLUS_TRACE(logger(), "Enter " << Q_FUNC_INFO << ": " << values)

@@ -57,7 +57,7 @@ void AmazonMusicPlayLogic::playInternal(
     const QString url = playable ? roles.mediaData().firstResource().uri()
                                  : roles.path().param(QStringLiteral("trackUrl"));
     ++m_playCount;
-    ++m_nextMediaCount;
+    declineNextMedia();
     m_retriever->init(TavuUrl::fromEncoded(url.toUtf8()),
         playable ? AmazonMusicRetriever::Playable : AmazonMusicRetriever::Track);
     // Kept to the end: it cancels its replies when it goes, and whoever hears of that may play.
@@ -108,9 +108,9 @@ void AmazonMusicPlayLogic::startPlayback(const CMReply<QVariant>& reply,
         return failCommand(reply, error);
     }
     m_pendingTrack = track;
-    // A play command drops the item that was to follow by itself.
+    // A play command drops the item that was to follow by itself, and the wish for one.
     m_autoNextPending = false;
-    ++m_nextMediaCount;
+    m_openWish = 0;
     sendPlayCommand(track.tavuRoles(), QVariantHash());
     reply.setValue(QVariant());
 }
@@ -168,10 +168,10 @@ void AmazonMusicPlayLogic::prepareNextMedia()
     const bool repeatsOne = m_playMode == TavuPlayerPlayMode::RepeatOne
         || m_playMode == TavuPlayerPlayMode::ShuffleRepeatOne;
     const bool repeatsAll = (m_playMode & repeatAllBit) != 0;
-    const int wish = ++m_nextMediaCount;
+    const int wish = m_openWish = ++m_wishCount;
     cmchain::whenFinished(getTrack(repeatsOne ? Current : Next, shuffleMode(), repeatsAll),
         m_context, [this, wish](const CMReply<AmazonMusicTrack>& track) {
-            if (wish == m_nextMediaCount)
+            if (wish == m_openWish)
                 prepareNextMediaTrackReceived(track);
         });
 }
@@ -179,6 +179,7 @@ void AmazonMusicPlayLogic::prepareNextMedia()
 void AmazonMusicPlayLogic::prepareNextMediaTrackReceived(const CMReply<AmazonMusicTrack>& reply)
 {
     AMAZON_MUSIC_ENTER();
+    m_openWish = 0;
     m_nextMediaPrepared = true;
     if (reply.error().isSet())
         return sendNoNextMediaCommand();
@@ -188,6 +189,16 @@ void AmazonMusicPlayLogic::prepareNextMediaTrackReceived(const CMReply<AmazonMus
     if (m_pendingTrack.encrypted())
         attributes.insert(TavuStreamerAttributesStartPaused(), true);
     sendSetNextMediaCommand(m_pendingTrack.tavuRoles(), attributes);
+}
+
+/// The player may be waiting for the item that it wished for: it is told that none comes.
+void AmazonMusicPlayLogic::declineNextMedia()
+{
+    AMAZON_MUSIC_ENTER();
+    if (m_openWish == 0)
+        return;
+    m_openWish = 0;
+    sendNoNextMediaCommand();
 }
 
 TavuPlayLogicData AmazonMusicPlayLogic::mediaPlaybackStarted(
@@ -270,6 +281,8 @@ void AmazonMusicPlayLogic::unpausePlayback(
         return;
     waitForPlaying();
     StreamerPlayLogic::pauseInternal(request);
+    // The command itself set the state to playing; that is not the player's word yet.
+    waitForPlaying();
 }
 
 void AmazonMusicPlayLogic::seekTimeInternal(

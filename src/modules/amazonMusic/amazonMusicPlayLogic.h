@@ -96,6 +96,7 @@ private:
     void skip(Direction direction, Reason::Enum reason, const CMSetDataRequest& request);
     void restartTrack();
     void prepareNextMediaTrackReceived(const CMReply<AmazonMusicTrack>& reply);
+    void declineNextMedia();
     void reportAutoNext();
     void unpausePlayback(const CMSetDataRequest& request, bool changed, bool aborted,
         const ErrorReport& errorReport);
@@ -144,6 +145,7 @@ private:
     bool m_underrunActive = false; // Reported as started and not as ended.
     bool m_nextMediaPrepared = false; // The player's wish for a next item was answered.
     int m_playCount = 0; // Plays of rows; what was begun under a smaller count comes too late.
-    int m_nextMediaCount = 0; // Wishes for a next item; likewise.
+    int m_wishCount = 0; // The player's wishes for a next item.
+    int m_openWish = 0; // The one to be answered; 0 without one.
     CMContext m_context;
 };

@@ -49,7 +49,9 @@ void AmazonMusicPlayLogic::updateMediaData(TavuRoles roles, const CMReply<QVaria
     metaData.setAllowSeekTime(true);
     mediaData.setMetaData(metaData);
     roles.setMediaData(mediaData);
-    LOG4CPLUS_DEBUG(logger(), "New media data: " << amazonMusicRedact::mediaData(mediaData));
+    // Made before the log line, as it traces and lines do not nest.
+    const TavuMediaData shown = amazonMusicRedact::mediaData(mediaData);
+    LOG4CPLUS_DEBUG(logger(), "New media data: " << shown);
     reply.setValue(roles.__variant());
 }
 

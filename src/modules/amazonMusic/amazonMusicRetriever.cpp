@@ -19,15 +19,6 @@ QList<TrArg> outcome(const HttpClient::Result& result)
     return { QString::number(result.code), HttpClient::toString(result.error) };
 }
 
-QString summary(const HttpClient::Result& result)
-{
-    AMAZON_MUSIC_ENTER();
-    return QStringLiteral("Status: %1 code: %2 output size: %3")
-        .arg(HttpClient::toString(result.error))
-        .arg(result.code)
-        .arg(result.data.size());
-}
-
 void fail(const CMVoidReply& reply, const CMError& error)
 {
     AMAZON_MUSIC_ENTER();
@@ -128,7 +119,8 @@ CMReply<TavuAmazonMusicTrackInstance> AmazonMusicRetriever::fetchTrackInstance(c
 void AmazonMusicRetriever::fetchPlayableFinished(
     const HttpClient::Result& result, const CMReply<TavuAmazonMusicPlayable>& reply)
 {
-    AMAZON_MUSIC_ENTER_WITH(summary(result));
+    AMAZON_MUSIC_ENTER_WITH("Status: " << result.error << " code: " << result.code
+                                       << " output size: " << result.data.size());
     if (result.code == ok)
         return reply.setValue(m_parser->parsePlayableResponse(result.data, result.url));
     fail(reply,
@@ -140,7 +132,8 @@ void AmazonMusicRetriever::fetchPlayableFinished(
 void AmazonMusicRetriever::fetchChunkDescriptionFinished(
     const HttpClient::Result& result, const CMReply<ChunkDescription>& reply)
 {
-    AMAZON_MUSIC_ENTER_WITH(summary(result));
+    AMAZON_MUSIC_ENTER_WITH("Status: " << result.error << " code: " << result.code
+                                       << " output size: " << result.data.size());
     if (result.code == conflict)
         return refuseChunk(result.data, reply);
     if (result.code == ok)
@@ -154,7 +147,8 @@ void AmazonMusicRetriever::fetchChunkDescriptionFinished(
 void AmazonMusicRetriever::fetchTrackInstanceFinished(
     const HttpClient::Result& result, const CMReply<TavuAmazonMusicTrackInstance>& reply)
 {
-    AMAZON_MUSIC_ENTER_WITH(summary(result));
+    AMAZON_MUSIC_ENTER_WITH("Status: " << result.error << " code: " << result.code
+                                       << " output size: " << result.data.size());
     if (result.code == ok)
         return reply.setValue(m_parser->parseTrackInstanceResponse(result.data, result.url));
     fail(reply,
@@ -224,7 +218,9 @@ void AmazonMusicRetriever::fetchTrackUrl(
 void AmazonMusicRetriever::fetchTrackInstanceDone(const CMReply<AmazonMusicRetrieverChunk>& reply,
     const TavuAmazonMusicTrackInstance& instance, const TavuUrl& url)
 {
-    AMAZON_MUSIC_ENTER_WITH(amazonMusicRedact::instance(instance));
+    // Made before the log line, as it traces and lines do not nest.
+    const TavuAmazonMusicTrackInstance shown = amazonMusicRedact::instance(instance);
+    AMAZON_MUSIC_ENTER_WITH(shown);
     TavuList<TavuAmazonMusicTrackInstance> items;
     items.append(instance);
     ChunkDescription description;

@@ -733,16 +733,70 @@ TEST_F(AmazonMusicPlayLogicTest, AStartedNotificationWithoutAQueueOffersNoPlayMo
     setPlayMode(TavuPlayerPlayMode::Shuffle);
 }
 
-TEST_F(AmazonMusicPlayLogicTest, AnEndWhileTheNextChunkIsUnderWayEndsQuietly)
+TEST_F(AmazonMusicPlayLogicTest, PlaybackWaitsForAChunkThatComesAfterTheTracksEnd)
 {
     startStation(tracks(1), 0, QStringLiteral("/chunks/2"));
     streamer().wantNextMedia();
     const ServiceRequest chunk = m_service.expectRequest("GET", "/chunks/2");
     streamer().tellEnded();
-    streamer().expect(Kind::SetNoNextMedia);
+    EXPECT_EQ(m_logic->state(), TavuPlayLogicState::Buffering);
+    chunk.answer(200, serviceDocuments::chunkBody(tracks(1, 1)));
+    EXPECT_EQ(streamer().expect(Kind::Play).roles.title(), QStringLiteral("Title 1"));
+    streamer().startPresent();
+    allowReport(QStringLiteral("0"), "STOP", "TRACK_END");
+    allowReport(QStringLiteral("1"), "START", "AUTO_NEXT");
+}
+
+TEST_F(AmazonMusicPlayLogicTest, PlaybackThatWaitsForAChunkEndsWhenThereIsNone)
+{
+    startStation(tracks(1), 0, QStringLiteral("/chunks/2"));
+    streamer().wantNextMedia();
+    const ServiceRequest chunk = m_service.expectRequest("GET", "/chunks/2");
+    streamer().tellEnded();
+    chunk.answer(200, serviceDocuments::chunkBody({}));
+    ASSERT_TRUE(waitUntil([this] { return m_logic->state() == TavuPlayLogicState::Idle; }));
+    streamer().expectNothing();
+}
+
+TEST_F(AmazonMusicPlayLogicTest, AStopWhilePlaybackWaitsForAChunkEndsIt)
+{
+    startStation(tracks(1), 0, QStringLiteral("/chunks/2"));
+    streamer().wantNextMedia();
+    const ServiceRequest chunk = m_service.expectRequest("GET", "/chunks/2");
+    streamer().tellEnded();
+    expectValue(m_logic->stop(TavuPlayLogicStopReason::User));
+    streamer().expect(Kind::Stop);
+    allowReport(QStringLiteral("0"), "STOP", "STOP");
     chunk.answer(200, serviceDocuments::chunkBody(tracks(1, 1)));
     m_service.expectNoRequest();
     streamer().expectNothing();
+    EXPECT_EQ(m_logic->state(), TavuPlayLogicState::Idle);
+}
+
+TEST_F(AmazonMusicPlayLogicTest, APlayWhilePlaybackWaitsForAChunkReplacesIt)
+{
+    startStation(tracks(1), 0, QStringLiteral("/chunks/2"));
+    streamer().wantNextMedia();
+    const ServiceRequest chunk = m_service.expectRequest("GET", "/chunks/2");
+    streamer().tellEnded();
+    offer(tracks(1, 50));
+    finishStart(playStation(), Track{ QStringLiteral("50") });
+    chunk.answer(200, serviceDocuments::chunkBody(tracks(1, 1)));
+    m_service.expectNoRequest();
+    streamer().expectNothing();
+    EXPECT_EQ(playing(), QStringLiteral("Title 50"));
+}
+
+TEST_F(AmazonMusicPlayLogicTest, AfterAFailedPlayTheTrackBeforeStillEnds)
+{
+    startStation(tracks(1), 0, QStringLiteral("/chunks/2"));
+    streamer().wantNextMedia();
+    m_service.expectRequest("GET", "/chunks/2");
+    m_service.always("GET", "/album", 404);
+    expectError(playStation());
+    streamer().expect(Kind::SetNoNextMedia);
+    EXPECT_EQ(m_logic->state(), TavuPlayLogicState::Playing);
+    streamer().tellEnded();
     EXPECT_EQ(m_logic->state(), TavuPlayLogicState::Idle);
 }
 
