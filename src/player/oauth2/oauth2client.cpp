@@ -10,7 +10,7 @@ namespace player {
 namespace {
 
 constexpr int timeoutMs = 30000;
-constexpr int readLimit = 64 * 1024;
+constexpr int readLimit = 256 * 1024;
 
 QByteArray encoded(const QString& text)
 {

@@ -40,15 +40,16 @@ void forceFolderToDisk(const QString& fileName)
     ::close(descriptor);
 }
 
-/// What a full disk does to the bytes shows at the flush, never at the commit.
+/// What a full disk does to the bytes shows at the flush, never at the commit. The first write to
+/// it is often a short one, for which the file has no words; the system's number tells more.
 bool writeAll(QSaveFile& file, const QByteArray& data, QString* error)
 {
-    const bool written =
-        file.write(data) == data.size() && file.flush() && file.error() == QFileDevice::NoError;
-    const bool onDisk = written && forceToDisk(file.handle());
-    if (!onDisk)
-        *error = written ? systemError(errno) : file.errorString();
-    return onDisk;
+    errno = 0;
+    const bool written = file.write(data) == data.size() && file.flush()
+        && file.error() == QFileDevice::NoError && forceToDisk(file.handle());
+    if (!written)
+        *error = errno != 0 ? systemError(errno) : file.errorString();
+    return written;
 }
 
 bool replace(const QString& fileName, const QByteArray& data, QFileDevice::Permissions permissions,

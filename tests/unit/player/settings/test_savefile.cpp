@@ -1,5 +1,6 @@
 #include "savefile.h"
 
+#include "fulldisk.h"
 #include "printers.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,6 @@
 #include <QTemporaryDir>
 
 #include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -25,29 +25,6 @@ QByteArray contents(const QString& name)
     QFile file(name);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
 }
-
-/// No file may grow beyond so many bytes while it lives, as on a full disk.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes)
-        : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{ bytes, m_before.rlim_max };
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    Q_DISABLE_COPY_MOVE(FullDisk)
-
-private:
-    void (*m_handler)(int);
-    rlimit m_before;
-};
 
 class SaveFile : public ::testing::Test
 {
