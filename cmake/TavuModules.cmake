@@ -78,6 +78,26 @@ function(tavu_install_package)
                 ${CMAKE_CURRENT_BINARY_DIR}/TavuConfigVersion.cmake DESTINATION ${folder})
 endfunction()
 
+# tavu_plugin(<name> LINK ...): a plug-in that the player loads by its path: <name>.so in the build
+# tree's "modules". It exports worker_create alone, so that plug-ins cannot meet by their symbols, and
+# is never unloaded, since the host keeps functions of it.
+function(tavu_plugin name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_library(${name} MODULE ${ARG_SOURCES})
+  _tavu_common(${name} PRIVATE_LINK ${ARG_LINK})
+  set(exports ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/plugin.map)
+  target_link_options(${name} PRIVATE LINKER:--version-script=${exports} LINKER:-z,nodelete)
+  # clang leaves its sanitizers' run-time library to the program.
+  if(NOT (TAVU_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
+    target_link_options(${name} PRIVATE LINKER:--no-undefined)
+  endif()
+  set_target_properties(
+    ${name} PROPERTIES PREFIX "" LINKER_LANGUAGE CXX LINK_DEPENDS ${exports}
+                       INSTALL_RPATH $ORIGIN/../../../${CMAKE_INSTALL_LIBDIR}
+                       LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/modules)
+  install(TARGETS ${name} LIBRARY DESTINATION lib/tavu/modules)
+endfunction()
+
 # tavu_program(<name> SOURCES ... LINK ...)
 function(tavu_program name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})

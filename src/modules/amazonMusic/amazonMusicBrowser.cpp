@@ -4,11 +4,8 @@
 #include "amazonMusicLog.h"
 #include "amazonMusicParser.h"
 #include "cmglobal.h"
-#include "cmnode.h"
 #include "tavupaths.h"
 #include "trstring.h"
-
-#include <QPointer>
 
 namespace {
 

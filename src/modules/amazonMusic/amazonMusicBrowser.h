@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cmnode.h"
 #include "cmrequest.h"
 #include "httpclient.h"
 #include "tavuamazonmusic.h"
@@ -8,10 +9,10 @@
 
 #include <QList>
 #include <QObject>
+#include <QPointer>
 
 class AmazonMusicConnect;
 class AmazonMusicParser;
-class CMNode;
 
 /// Answers rows requests from the service's pages: a request is one fetch of one page, and nothing
 /// is kept between requests. Requests may overlap; each is answered when its own page has come.
@@ -59,5 +60,5 @@ private:
 
     AmazonMusicConnect* m_connect; // Not owned.
     AmazonMusicParser* m_parser; // Not owned.
-    const CMNode* m_searchNode = nullptr; // Not owned.
+    QPointer<const CMNode> m_searchNode; // Owned by the node tree, which may go first.
 };

@@ -32,6 +32,8 @@ AmazonMusicDialog::AmazonMusicDialog(CMNodes* nodes, int timeout)
 {
     AMAZON_MUSIC_ENTER();
     m_node->setRowsRoles(listRoles());
+    // With the node tree every dialog ends that is still there.
+    tavuConnect(m_node, SIGNAL(destroyed()), this, SLOT(deleteLater()), Qt::AutoConnection);
     m_timer.setSingleShot(true);
     m_timer.setInterval(timeout);
     tavuConnect(&m_timer, SIGNAL(timeout()), this, SLOT(on_timeout()), Qt::AutoConnection);

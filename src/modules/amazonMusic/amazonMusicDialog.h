@@ -10,7 +10,8 @@ class CMListRowsNode;
 class CMNodes;
 
 /// A message screen that goes away by itself. Belongs to nobody: it destroys itself at its end, and
-/// its node with it; destroying it earlier removes the node too. Used on one thread only.
+/// its node with it; destroying it earlier removes the node too, and when the node tree goes it
+/// goes as well. Used on one thread only.
 class AmazonMusicDialog : public QObject
 {
     Q_OBJECT
