@@ -91,7 +91,7 @@ export function createActions({ api, store, listings, router, now = () => perfor
   /** What the buttons of a message do when it stands in the browse pane. */
   const inBrowse = {
     close() {
-      listings.changed(route().trail.at(-1)?.path ?? '', null);
+      listings.forget(route().trail.at(-1)?.path ?? '');
       router.back();
     },
     open: (path) => openPath(path, null),
@@ -146,6 +146,18 @@ export function createActions({ api, store, listings, router, now = () => perfor
         if (answer.result?.path) await where.open(answer.result.path);
         else if (answer.close) where.close();
       }, onError),
+
+    /** Rates a row of a list; the service's answer shows like that of any other action. */
+    rateRow: (row, up) =>
+      attempt(async () => {
+        const answer = await api.activate({
+          path: row.mediaData.metaData.likeItPath,
+          role: 'likeIt',
+          value: up,
+        });
+        if (answer.result?.path) await showResult(answer.result.path);
+      }),
+    showRowMenu: (row) => dispatch({ type: 'rowMenu', row }),
 
     async search(text) {
       const wanted = text.trim();

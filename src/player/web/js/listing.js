@@ -21,7 +21,6 @@ function fill(page, answer, from) {
 export function createListing(path, api, onChange = () => {}) {
   const listing = {
     path,
-    resolved: path, // the path as the player names it; the root is asked for without one
     status: 'loading', // loading, ready, failed
     error: null,
     parent: {},
@@ -53,7 +52,6 @@ export function createListing(path, api, onChange = () => {}) {
         status: 'ready',
         error: null,
         parent: answer.parent ?? {},
-        resolved: answer.path ?? path,
         pages: [page],
       });
     } catch (error) {
@@ -117,6 +115,11 @@ export function entriesOf(listing) {
   });
 }
 
+/** Paths are compared up to a border between components; parameters stand below their path. */
+export function isAtOrBelow(path, above) {
+  return path.startsWith(above) && (above.endsWith('/') || '/?&'.includes(path[above.length] ?? '/'));
+}
+
 /** Keeps the lists that were seen last, so that going back shows them at once. */
 export function createListings(api, limit = 24) {
   const kept = new Map();
@@ -137,15 +140,20 @@ export function createListings(api, limit = 24) {
 
   return {
     open,
-    /** The rows of this path have changed: shown lists ask again, others are forgotten. */
+    /**
+     * Rows at or below this path have changed: the shown list asks again, others are forgotten.
+     * The root, which is asked for without its path, may be any path's parent or child.
+     */
     changed(path, shownPath) {
       for (const [key, listing] of kept) {
-        const named = [key, listing.resolved, ...listing.pages.map((page) => page.path)];
-        if (!named.includes(path)) continue;
-        if (key === shownPath) listing.load();
+        const named = [key, ...listing.pages.map((page) => page.path)];
+        if (!named.some((name) => name === '' || isAtOrBelow(name, path))) continue;
+        if (key === shownPath || key === '') listing.load();
         else kept.delete(key);
       }
     },
+    /** Forgets one list, so that it is asked for anew when it is next shown. */
+    forget: (path) => kept.delete(path),
     /** Tries again what failed in this list, if anything did. */
     retry(path) {
       const listing = kept.get(path);

@@ -15,6 +15,7 @@ export const initialState = {
   read: [],
   toasts: [],
   screen: null, // the message shown in a dialog
+  rowMenu: null, // the row whose further actions are offered
   starting: '', // ref of the row that is being started
   announcement: '', // spoken by screen readers, not shown
   rating: '', // "up" or "down": what the listener last said of this very track
@@ -88,6 +89,7 @@ const handlers = {
   toast: (state, e) => withToast(state, e.toast, e.now),
   toastGone: (state, e) => ({ ...state, toasts: state.toasts.filter((x) => x.id !== e.id) }),
   screen: (state, e) => withScreen(state, e.screen),
+  rowMenu: (state, e) => ({ ...state, rowMenu: e.row }),
   starting: (state, e) => ({ ...state, starting: e.ref }),
   announce: (state, e) => ({ ...state, announcement: e.text }),
   rated: (state, e) => ({ ...state, rating: e.rating }),

@@ -28,6 +28,7 @@ export function durationOf(row) {
   return row?.type === RowType.playable ? splitTitle(row.title).duration : 0;
 }
 
+export const isRatable = (row) => Boolean(row?.likeable && metaOf(row).likeItPath);
 export const artistOf = (row) => metaOf(row).artist ?? '';
 export const albumOf = (row) => metaOf(row).album ?? '';
 

@@ -28,6 +28,7 @@ export default {
   'browse.windowFailed': 'These rows could not be loaded. Try again',
   'row.open': 'Open {title}',
   'row.play': 'Play {title}',
+  'row.menu': '{title} (More)',
   'row.link': '{title} (opens in a new tab)',
   'row.starting': 'Starting {title}…',
   'play': 'Play',

@@ -12,6 +12,7 @@ import { Icon } from './icons.js';
 import { Login } from './login.js';
 import { Messages, MessagesPlace, Toasts } from './messages.js';
 import { NowPlaying, PlayerBar } from './nowplaying.js';
+import { RowMenu } from './rowmenu.js';
 import { ScreenDialog } from './screen.js';
 import { Settings } from './settings.js';
 import { TokenForm } from './token.js';
@@ -97,6 +98,7 @@ function Page() {
   const [, render] = useReducer((n) => n + 1, 0);
   const [settings, setSettings] = useState(false);
   const screen = useStore((state) => state.screen);
+  const rowMenu = useStore((state) => state.rowMenu);
   const signedIn = useStore((state) => state.login?.state === 'loggedIn');
   useLayoutEffect(() => router.subscribe(render), [router]);
   useEffect(() => shortcuts(window), []);
@@ -109,6 +111,7 @@ function Page() {
     <${Toasts} />
     <${Announcer} />
     ${settings && html`<${Settings} onClose=${() => setSettings(false)} />`}
+    ${rowMenu && html`<${RowMenu} row=${rowMenu} />`}
     ${screen && html`<${ScreenDialog} screen=${screen} key=${screen.at + screen.title} />`}
   </div>`;
 }

@@ -2,7 +2,7 @@ import { html } from '../html.js';
 import { useApp, useOffline, useStore } from '../context.js';
 import { clock } from '../format.js';
 import {
-  albumOf, artistOf, durationOf, linkOf, pictureOf, RowType, signOf, titleOf,
+  albumOf, artistOf, durationOf, isRatable, linkOf, pictureOf, RowType, signOf, titleOf,
 } from '../rows.js';
 import { t } from '../text.js';
 import { Picture } from './controls.js';
@@ -73,7 +73,10 @@ function MusicRow({ row, layout, number, record, memo }) {
     ${opens && plays && html`<button type="button" class="row-play" aria-label=${nameOf('row.play', row, line)}
         onClick=${play} ...${rest}>
       <${PlaySign} starting=${starting} />
-    </button>`}`;
+    </button>`}
+    ${layout === 'list' && isRatable(row) && html`<button type="button" class="button ghost row-menu"
+        aria-label=${t('row.menu', { title: titleOf(row) })} aria-haspopup="dialog"
+        onClick=${() => actions.showRowMenu(row)}><${Icon} name="more" size=${20} /></button>`}`;
 }
 
 const TextRow = ({ row }) => html`<div class="row-message">
