@@ -16,7 +16,7 @@ const types = {
   '.html': 'text/html; charset=utf-8', '.js': 'text/javascript', '.css': 'text/css',
   '.svg': 'image/svg+xml', '.woff2': 'font/woff2', '.webmanifest': 'application/manifest+json',
 };
-const policy = "default-src 'self'; img-src 'self' data:; object-src 'none'; base-uri 'none'; frame-ancestors 'none'";
+const policy = "default-src 'self'; img-src 'self' data:; object-src 'none'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 
 /** One mock player on a free loopback port. `faults` are what a test sets to make it misbehave. */
 export class MockPlayer {
@@ -29,6 +29,7 @@ export class MockPlayer {
     this.codeSeconds = 600;
     this.faults = { delayMs: 0, refuseEvents: false, failRows: 0 };
     this.calls = [];
+    this.ratings = [];
     this.state = new MockState((event, data) => this.emit(event, data));
     this.server = createServer((request, response) => {
       this.answer(request, response).catch((error) => response.destroy(error));
@@ -108,7 +109,7 @@ export class MockPlayer {
     }
     const given = asked || rootPath;
     const rows = page.rows.slice(from, to + 1).map((row, i) => this.withRef(row, `${given}#${from + i}`));
-    return json(response, { path: given, parent: page.parent, rows, from, count: page.rows.length, version: 0 });
+    return json(response, { parent: page.parent, rows, from, count: page.rows.length, version: 0 });
   }
 
   withRef(row, ref) {
@@ -142,7 +143,7 @@ export class MockPlayer {
     if (name === 'player/dislike') return done({ result: { path: '/amazonMusic/dialog/rated-down' } });
     if (name === 'search') return done({ path: searchPath(body.text) });
     if (name === 'play') return this.play(body.ref, response);
-    if (name === 'rows/activate') return this.activate(body.ref, response);
+    if (name === 'rows/activate') return this.activate(body, response);
     return problem(response, 404, 'Not found');
   }
 
@@ -158,7 +159,11 @@ export class MockPlayer {
     return problem(response, 409, 'Playback failed', text, { result: { path: sound.screen } });
   }
 
-  activate(ref, response) {
+  activate({ ref, path: target, role, value }, response) {
+    if (role === 'likeIt') {
+      this.ratings.push({ path: target, value });
+      return json(response, { result: { path: value ? '/amazonMusic/dialog/rated' : '/amazonMusic/dialog/rated-down' } });
+    }
     const does = this.refs.get(ref)?.does;
     if (!does) return problem(response, 404, 'This row is no longer known.');
     return json(response, { close: true });

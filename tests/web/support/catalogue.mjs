@@ -123,7 +123,7 @@ const pages = new Map([
     ...tracksOf(albums[0]).slice(0, 4), refused, unplayable, ...tracksOf(albums[5]).slice(4, 8)])],
   ['empty', page('Empty shelf', [])],
   ['error/region', page('', regionScreen)],
-  ['archive', page('The whole archive', manyTracks(0, 420))],
+  ['archive', page('The whole archive', manyTracks(0, 220))],
   ['tracks', page('All tracks', [...manyTracks(0, 30), seeMore('tracks/2')])],
   ['tracks/2', page('All tracks', [...manyTracks(30, 30), seeMore('tracks/3')])],
   ['tracks/3', page('All tracks', manyTracks(60, 12))],

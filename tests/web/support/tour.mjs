@@ -51,6 +51,10 @@ export async function tour({ mock, page, wide, look }) {
   await page.getByRole('dialog').waitFor();
   await look('message dialog');
   await page.keyboard.press('Escape');
+  await person.button('Ferry Road (More)').click();
+  await page.getByRole('dialog', { name: 'Ferry Road' }).waitFor();
+  await look('row menu');
+  await page.keyboard.press('Escape');
   await page.getByRole('searchbox').fill('nothing of the kind');
   await page.keyboard.press('Enter');
   await page.getByText('Nothing found for').first().waitFor();

@@ -1,7 +1,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { createListing, createListings, entriesOf } from '../../../src/player/web/js/listing.js';
+import { createListing, createListings, entriesOf, isAtOrBelow } from '../../../src/player/web/js/listing.js';
 
 const settled = () => new Promise((done) => { setImmediate(done); });
 const more = (path) => ({ type: 1, title: 'See more results', path });
@@ -19,7 +19,7 @@ function fakeApi(pages) {
         throw new Error('down');
       }
       const rows = pages[path];
-      return { path: path || '/root', parent: {}, rows: rows.slice(from, to + 1), from, count: rows.length };
+      return { parent: {}, rows: rows.slice(from, to + 1), from, count: rows.length };
     },
   };
 }
@@ -136,12 +136,17 @@ test('changed rows are asked for again where they show and forgotten elsewhere',
   const root = listings.open('');
   const other = listings.open('/a');
   await settled();
-  listings.changed('/root', '');
   listings.changed('/a', '');
   await settled();
   assert.equal(listings.open(''), root, 'the shown list stays the same list');
   assert.equal(api.asked.filter((line) => line.startsWith(' 0')).length, 2);
   assert.notEqual(listings.open('/a'), other);
+});
+
+test('a change reaches what stands below it, up to a border between components', () => {
+  for (const path of ['/a', '/a/b', '/a?url=1', '/a&x']) assert.equal(isAtOrBelow(path, '/a'), true);
+  for (const path of ['/ab', '/b', '']) assert.equal(isAtOrBelow(path, '/a'), false);
+  assert.equal(isAtOrBelow('/a/b', '/a/'), true);
 });
 
 test('only so many lists are kept', async () => {
