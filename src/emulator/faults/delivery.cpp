@@ -2,6 +2,8 @@
 
 #include "bending.h"
 
+#include <QFile>
+
 namespace emulator::faults {
 
 using http::Responder;
@@ -35,12 +37,12 @@ void sendChunked(const Responder& responder, const Response& response)
 }
 
 // At the body's exact size a chunked answer stops before its last chunk.
-void cutChunked(const Responder& responder, const Effect& effect, const Answer& answer)
+void cutChunked(const Responder& responder, const Effect& effect, const Response& response)
 {
     Shaping shaping;
-    shaping.stopAfterBytes = effect.number("after", answer.response.body.size());
+    shaping.stopAfterBytes = effect.number("after", response.body.size());
     responder.shape(shaping);
-    sendChunked(responder, answer.response);
+    sendChunked(responder, response);
 }
 
 void sendSurplus(const Responder& responder, const Effect& effect, const Response& response)
@@ -63,15 +65,29 @@ void sendContradiction(const Responder& responder, const Effect& effect, const R
     responder.close();
 }
 
+// The whole file as an answer at hand, for effects that change how an answer is framed.
+Response inMemory(const Answer& answer)
+{
+    if (!answer.isFile())
+        return answer.response;
+    QFile file(answer.file);
+    Response response;
+    response.headers = answer.info.headers;
+    response.headers.append("Content-Type", answer.info.contentType);
+    if (file.open(QIODevice::ReadOnly))
+        response.body = file.readAll();
+    return response;
+}
+
 void deliverDisturbed(const Responder& responder, const Effect& effect, const Answer& answer)
 {
     const auto is = [&effect](const char* kind) { return effect.kind == QLatin1String(kind); };
-    if (is("chunked-cut") && !answer.isFile())
-        return cutChunked(responder, effect, answer);
-    if (is("surplus") && !answer.isFile())
-        return sendSurplus(responder, effect, answer.response);
-    if (is("lengths") && !answer.isFile())
-        return sendContradiction(responder, effect, answer.response);
+    if (is("chunked-cut"))
+        return cutChunked(responder, effect, inMemory(answer));
+    if (is("surplus"))
+        return sendSurplus(responder, effect, inMemory(answer));
+    if (is("lengths"))
+        return sendContradiction(responder, effect, inMemory(answer));
     Shaping shaping;
     if (is("trickle"))
         shaping.bytesPerSecond = effect.number("bytesPerSecond", 1);

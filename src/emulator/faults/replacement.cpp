@@ -4,7 +4,7 @@
 #include "gzip.h"
 #include "tavujson.h"
 
-#include <QUrl>
+#include <QRandomGenerator>
 
 namespace emulator::faults {
 
@@ -81,12 +81,9 @@ Response conflict(const Effect& effect, const QString& serviceBase)
 Response redirect(const Effect& effect, const QString& serviceBase, const QByteArray& target)
 {
     QByteArray location = serviceBase.toUtf8() + target;
-    if (effect.has("toHost")) {
-        QUrl base(serviceBase);
-        base.setHost(effect.text("toHost"));
-        base.setPort(-1);
-        location = base.toEncoded() + target;
-    }
+    if (effect.has("toHost"))
+        location = serviceBase.section(QLatin1String("//"), 0, 0).toUtf8() + "//"
+            + effect.text("toHost").toUtf8() + target;
     if (effect.has("location"))
         location = effect.text("location").toUtf8();
     location = longText(location, effect.number("locationBytes", 0));
@@ -117,8 +114,20 @@ Response nesting(const Effect& effect)
     return Response::json(200, QByteArray(depth, '[') + QByteArray(depth, ']'));
 }
 
+// Noise that is the same each time, so that a test can be repeated.
+QByteArray noise(qint64 bytes)
+{
+    QRandomGenerator random(1);
+    QByteArray made;
+    while (made.size() < bytes)
+        made += static_cast<char>(random.bounded(256));
+    return made;
+}
+
 Response fixedBody(const Effect& effect)
 {
+    if (effect.has("noise"))
+        return withType(effect, 200, noise(effect.number("noise", 0)));
     const QByteArray bytes = effect.has("base64")
         ? QByteArray::fromBase64(effect.text("base64").toLatin1())
         : effect.text("text").toUtf8();

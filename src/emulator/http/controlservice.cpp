@@ -6,6 +6,12 @@
 #include <QDateTime>
 #include <QUrl>
 
+// A static library's resources have to be named to be there; the macro wants no namespace.
+static void addPages()
+{
+    Q_INIT_RESOURCE(emulator_web);
+}
+
 namespace emulator {
 
 using faults::Answer;
@@ -75,7 +81,12 @@ ControlService::ControlService(
     , m_dial(dial)
     , m_authority(authority)
     , m_library(library)
+    , m_pages(key(":/emulator"),
+          { { "Content-Security-Policy",
+              "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; "
+              "frame-ancestors 'none'; base-uri 'none'" } })
 {
+    addPages();
 }
 
 void ControlService::addRoutes(Gateway& gateway)
@@ -102,6 +113,18 @@ void ControlService::addRoutes(Gateway& gateway)
     add("DELETE", "/emulator/faults/{id}", &ControlService::removeFault);
     add("GET", "/emulator/effects", &ControlService::listEffects);
     add("POST", "/emulator/login/{action}", &ControlService::login);
+    gateway.addRaw("GET", key("/emulator/{page*}"),
+        [this](const http::Request& request, const http::Responder& responder) {
+            servePage(request, responder);
+        });
+}
+
+void ControlService::servePage(const http::Request& request, const http::Responder& responder) const
+{
+    if (isLocal(request) && isOwnHost(request))
+        m_pages.serve(request.segments.mid(1), responder);
+    else
+        responder.send(problem(403, QStringLiteral("only for this machine")).response);
 }
 
 QVariantHash ControlService::statusFields() const

@@ -4,6 +4,7 @@
 #include "../faults/dial.h"
 #include "../oauth2/authority.h"
 #include "gateway.h"
+#include "httpstaticfiles.h"
 #include "ledger.h"
 
 namespace emulator {
@@ -33,11 +34,13 @@ private:
     faults::Answer login(Call& call);
 
     QVariantHash statusFields() const;
+    void servePage(const http::Request& request, const http::Responder& responder) const;
 
     Ledger& m_ledger;
     faults::Dial& m_dial;
     oauth2::Authority& m_authority;
     catalogue::Library& m_library;
+    http::StaticFiles m_pages;
 };
 
 } // namespace emulator

@@ -4,6 +4,7 @@
 #include "describe.h"
 
 #include <QDateTime>
+#include <QFileInfo>
 #include <QTimer>
 
 namespace emulator {
@@ -31,6 +32,18 @@ LedgerEntry entryOf(const http::Request& request, const QString& kind)
     entry.secure = request.secure;
     entry.details = describeRequest(request, kind);
     return entry;
+}
+
+// What the server makes of a file and a range; it decides for itself when it sends.
+int statusOf(const faults::Answer& answer, const http::Request& request)
+{
+    if (!answer.isFile())
+        return answer.response.status;
+    const QByteArray range = request.headers.value("range");
+    if (!answer.info.ranges || !range.startsWith("bytes=") || range.contains(','))
+        return 200;
+    const qint64 first = range.mid(6).split('-').first().toLongLong();
+    return first < QFileInfo(answer.file).size() ? 206 : 416;
 }
 
 faults::Answer unauthorized()
@@ -139,7 +152,7 @@ void Gateway::answer(const Route& route, const CallPointer& call, const http::Re
     if (effect && effect->stage() == faults::Stage::Raw)
         return faults::deliver(responder, {}, effect);
     const faults::Answer answer = answerOf(route, *call);
-    m_ledger.answered(call->entry.serial, answer.isFile() ? 200 : answer.response.status);
+    m_ledger.answered(call->entry.serial, statusOf(answer, call->request));
     faults::deliver(responder, answer, effect);
 }
 

@@ -28,20 +28,12 @@ void put(QVariantHash& fields, const char* name, const QString& value)
 
 qint64 Ledger::add(const LedgerEntry& entry)
 {
-    std::function<void()> listener;
-    qint64 serial = 0;
-    {
-        const std::lock_guard lock(m_mutex);
-        serial = ++m_lastSerial;
-        m_entries.push_back(entry);
-        m_entries.back().serial = serial;
-        if (m_entries.size() > MaxEntries)
-            m_entries.pop_front();
-        listener = m_listener;
-    }
-    if (listener)
-        listener();
-    return serial;
+    const std::lock_guard lock(m_mutex);
+    m_entries.push_back(entry);
+    m_entries.back().serial = ++m_lastSerial;
+    if (m_entries.size() > MaxEntries)
+        m_entries.pop_front();
+    return m_lastSerial;
 }
 
 void Ledger::answered(qint64 serial, int status)
@@ -78,12 +70,6 @@ void Ledger::clear()
 {
     const std::lock_guard lock(m_mutex);
     m_entries.clear();
-}
-
-void Ledger::onAdded(std::function<void()> listener)
-{
-    const std::lock_guard lock(m_mutex);
-    m_listener = std::move(listener);
 }
 
 QVariantHash describe(const LedgerEntry& entry)

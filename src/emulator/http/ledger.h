@@ -6,7 +6,6 @@
 #include <QVariantList>
 
 #include <deque>
-#include <functional>
 #include <mutex>
 #include <vector>
 
@@ -51,17 +50,12 @@ public:
     /// Forgets the entries; serials go on.
     void clear();
 
-    /// Runs on the adding thread after each add, outside of the lock. One listener; set before the
-    /// first entry.
-    void onAdded(std::function<void()> listener);
-
 private:
     static constexpr size_t MaxEntries = 50000;
 
     mutable std::mutex m_mutex;
     std::deque<LedgerEntry> m_entries;
     qint64 m_lastSerial = 0;
-    std::function<void()> m_listener;
 };
 
 /// The entry as the ledger's JSON has it.

@@ -41,6 +41,8 @@ const OptionText Options[]{
     { "ca-file", "Write the certificate authority to <file>.", "file" },
     { "ready-file", "Write the ready line to <file> too.", "file" },
     { "media-tls", "Serve sound and pictures by HTTPS.", nullptr },
+    { "hostile-ports",
+        "Open ports where TLS or the connection goes wrong; the ready line names them.", nullptr },
     { "no-login", "Take every request, with and without a token.", nullptr },
     { "seed", "Play stations in the orders of <number>.", "number" },
     { "page-size", "Put <n> items on a page (default 50).", "n" },
@@ -132,6 +134,7 @@ void readNetwork(Reader& reader, const QCommandLineParser& parser, Settings& set
         settings.hosts = parser.values(text("host"));
     settings.mediaOverTls = reader.isSet("media-tls");
     settings.tokenNeeded = !reader.isSet("no-login");
+    settings.hostilePorts = reader.isSet("hostile-ports");
 }
 
 void readDocuments(Reader& reader, Settings& settings)

@@ -3,6 +3,7 @@
 #include "../http/certificates.h"
 #include "../http/controlservice.h"
 #include "../http/gateway.h"
+#include "../http/hostileports.h"
 #include "../http/loginservice.h"
 #include "../http/musicservice.h"
 #include "../samples/samplealbums.h"
@@ -234,18 +235,25 @@ void Emulator::makeServices()
     });
 }
 
+Emulator::Failure Emulator::portRefused(quint16 port) const
+{
+    return { text("Port %1 of %2 cannot be used: %3. Is another emulator running? \"ss -ltnp\" "
+                  "tells who holds it; port 0 takes a free one.")
+                 .arg(port)
+                 .arg(m_settings.address.toString(), m_server->errorString()),
+        PortInUse };
+}
+
 std::optional<Emulator::Failure> Emulator::listen()
 {
-    const auto refused = [this](quint16 port) {
-        return Failure{ text("Port %1 of %2 cannot be used: %3. Is another emulator running? \"ss "
-                             "-ltnp\" tells who holds it; port 0 takes a free one.")
-                            .arg(port)
-                            .arg(m_settings.address.toString(), m_server->errorString()),
-            PortInUse };
-    };
     m_httpPort = m_server->listen(m_settings.address, m_settings.httpPort);
     if (m_httpPort == 0)
-        return refused(m_settings.httpPort);
+        return portRefused(m_settings.httpPort);
+    return listenTls();
+}
+
+std::optional<Emulator::Failure> Emulator::listenTls()
+{
     const Identity authority = keptAuthority(caFile(), statePath("ca-key.pem"));
     QStringList names = m_settings.hosts;
     names += { text("localhost"), text("127.0.0.1"), text("::1") };
@@ -257,8 +265,18 @@ std::optional<Emulator::Failure> Emulator::listen()
     m_tlsPort = m_server->listen(m_settings.address, m_settings.tlsPort,
         http::tlsConfiguration(identity.certificate, identity.key));
     if (m_tlsPort == 0)
-        return refused(m_settings.tlsPort);
-    return std::nullopt;
+        return portRefused(m_settings.tlsPort);
+    if (!m_settings.hostilePorts)
+        return std::nullopt;
+    m_hostilePorts = std::make_unique<HostilePorts>();
+    const QString problem =
+        m_hostilePorts->open(*m_server, m_settings.address, authority, m_settings.hosts.first());
+    return problem.isEmpty() ? std::nullopt : std::optional<Failure>({ problem, 1 });
+}
+
+std::map<QString, quint16> Emulator::hostilePorts() const
+{
+    return m_hostilePorts ? m_hostilePorts->ports() : std::map<QString, quint16>();
 }
 
 QVariantHash Emulator::description() const
@@ -266,6 +284,9 @@ QVariantHash Emulator::description() const
     const QString address = literal(m_settings.address);
     const QString plain = baseOf(false, address, m_httpPort);
     const QString service = text("https://") + m_settings.hosts.first();
+    QVariantHash hostile;
+    for (const auto& port : hostilePorts())
+        hostile.insert(port.first, port.second);
     return { { text("ready"), true }, { text("address"), m_settings.address.toString() },
         { text("httpPort"), m_httpPort }, { text("tlsPort"), m_tlsPort },
         { text("http"), plain + text("/") },
@@ -279,7 +300,8 @@ QVariantHash Emulator::description() const
         { text("authorizationUrl"), service + text("/activate") },
         { text("verificationUri"), plain + text("/activate") },
         { text("clientId"), m_settings.oauth2.clientId },
-        { text("control"), plain + text("/emulator/") }, { text("music"), m_library->root() } };
+        { text("control"), plain + text("/emulator/") }, { text("hostilePorts"), hostile },
+        { text("music"), m_library->root() } };
 }
 
 void Emulator::becomeReady()

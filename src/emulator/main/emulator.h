@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QVariantHash>
 
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -17,6 +18,8 @@ class Server;
 }
 
 namespace emulator {
+
+class HostilePorts;
 
 /// A whole emulator of the service, on the event loop of the thread that makes it. Its ledger and
 /// its dial may be used from every thread, everything else from its own.
@@ -41,6 +44,8 @@ public:
 
     quint16 httpPort() const { return m_httpPort; }
     quint16 tlsPort() const { return m_tlsPort; }
+    /// Host name to port; empty unless the settings ask for them.
+    std::map<QString, quint16> hostilePorts() const;
     /// The certificate authority's PEM file, to be trusted by clients.
     QString caFile() const;
     /// Addresses, ports and names, as the ready line tells them.
@@ -63,7 +68,9 @@ private:
 
     std::optional<Failure> makeFolders();
     std::optional<Failure> makeSamples();
+    Failure portRefused(quint16 port) const;
     std::optional<Failure> listen();
+    std::optional<Failure> listenTls();
     QByteArray secret() const;
     void makeServices();
     void becomeReady();
@@ -79,6 +86,7 @@ private:
     std::unique_ptr<catalogue::Library> m_library;
     std::unique_ptr<Services> m_services;
     std::unique_ptr<http::Server> m_server;
+    std::unique_ptr<HostilePorts> m_hostilePorts; ///< empty unless asked for
     quint16 m_httpPort = 0;
     quint16 m_tlsPort = 0;
     bool m_ready = false;

@@ -41,13 +41,13 @@ void say(const QString& text)
 void tellReady(const emulator::Emulator& emulator, const QString& readyFile)
 {
     const QByteArray line = TavuJson::toJson(emulator.description()) + '\n';
-    std::fputs(line.constData(), stdout);
-    std::fflush(stdout);
     if (!readyFile.isEmpty()) {
         const QString problem = emulator::saveFile(readyFile, line);
         if (!problem.isEmpty())
             say(problem);
     }
+    std::fputs(line.constData(), stdout);
+    std::fflush(stdout);
 }
 
 } // namespace

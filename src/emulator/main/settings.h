@@ -27,6 +27,7 @@ struct Settings
     QString caFile; ///< where the authority's certificate is written; empty: in the state folder
     bool mediaOverTls = false; ///< sound and pictures by HTTPS
     bool tokenNeeded = true;
+    bool hostilePorts = false; ///< open ports behind which TLS or the connection goes wrong
     quint64 seed = 0; ///< of the stations' orders; 0: a new one each time
     documents::Rules documents;
     oauth2::Rules oauth2;

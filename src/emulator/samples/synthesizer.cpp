@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
 
 namespace emulator::samples {
 
@@ -16,25 +15,30 @@ double frequency(int pitch)
     return 440.0 * std::pow(2.0, (pitch - 69) / 12.0);
 }
 
-// A sine as a turning vector: two multiplications a sample in place of a call to sin().
+// A sine as a turning vector: four multiplications a sample in place of a call to sin().
 class Sine
 {
 public:
     Sine(double hertz, int rate, double level)
-        : m_value(level, 0)
-        , m_turn(std::polar(1.0, 2 * Pi * hertz / rate))
+        : m_x(level)
+        , m_turnX(std::cos(2 * Pi * hertz / rate))
+        , m_turnY(std::sin(2 * Pi * hertz / rate))
     {
     }
 
     double next()
     {
-        m_value *= m_turn;
-        return m_value.imag();
+        const double x = m_x * m_turnX - m_y * m_turnY;
+        m_y = m_x * m_turnY + m_y * m_turnX;
+        m_x = x;
+        return m_y;
     }
 
 private:
-    std::complex<double> m_value;
-    std::complex<double> m_turn;
+    double m_x;
+    double m_y = 0;
+    double m_turnX;
+    double m_turnY;
 };
 
 // A plucked string: noise that runs round a delay line and is smoothed at each turn.

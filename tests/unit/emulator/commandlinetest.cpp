@@ -47,15 +47,16 @@ TEST(CommandLine, WithoutArgumentsServesSampleAlbumsOnFreeLoopbackPorts)
 TEST(CommandLine, ReadsEveryOption)
 {
     QTemporaryDir music;
-    const CommandLine line = parse(
-        list({ "--state", "/s", "--samples", "/m", "--listen", "127.0.0.2", "--http-port", "81",
-            "--tls-port", "82", "--host", "a.test", "--host", "b.test", "--ca-file", "/ca",
-            "--ready-file", "/r", "--media-tls", "--no-login", "--seed", "7", "--page-size", "9",
-            "--station-length", "3", "--key-headers-every", "0", "--unrated-every", "2",
-            "--expires-after", "5", "--client-id", "me", "--client-secret", "", "--poll-interval",
-            "1", "--code-lifetime", "2", "--token-lifetime", "3", "--device-grant", "urn",
-            "--auto-approve", "--fault", "effect=hang", "--fault", "effect=status" })
-        + QStringList{ music.path() });
+    const CommandLine line =
+        parse(list({ "--state", "/s", "--samples", "/m", "--listen", "127.0.0.2", "--http-port",
+                  "81", "--tls-port", "82", "--host", "a.test", "--host", "b.test", "--ca-file",
+                  "/ca", "--ready-file", "/r", "--media-tls", "--hostile-ports", "--no-login",
+                  "--seed", "7", "--page-size", "9", "--station-length", "3", "--key-headers-every",
+                  "0", "--unrated-every", "2", "--expires-after", "5", "--client-id", "me",
+                  "--client-secret", "", "--poll-interval", "1", "--code-lifetime", "2",
+                  "--token-lifetime", "3", "--device-grant", "urn", "--auto-approve", "--fault",
+                  "effect=hang", "--fault", "effect=status" })
+            + QStringList{ music.path() });
     ASSERT_TRUE(line.settings.has_value()) << line.text.toStdString();
     const Settings& settings = *line.settings;
     EXPECT_EQ(settings.musicFolder, music.path());
@@ -68,6 +69,7 @@ TEST(CommandLine, ReadsEveryOption)
     EXPECT_EQ(settings.caFile, QLatin1String("/ca"));
     EXPECT_EQ(line.readyFile, QLatin1String("/r"));
     EXPECT_TRUE(settings.mediaOverTls);
+    EXPECT_TRUE(settings.hostilePorts);
     EXPECT_FALSE(settings.tokenNeeded);
     EXPECT_EQ(settings.seed, 7u);
     EXPECT_EQ(settings.documents.pageSize, 9);

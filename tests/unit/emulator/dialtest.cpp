@@ -268,6 +268,10 @@ TEST_F(DialOverHttp, DisturbsSoundToo)
     m_client.timeoutMs = 200;
     EXPECT_EQ(m_client.get(url).body.size(), 1000);
     m_client.timeoutMs = 10000;
+    turn(R"({"kind":"audio","effect":"chunked-cut","after":1000,"times":1})");
+    const Reply chunked = m_client.get(url);
+    EXPECT_EQ(chunked.body.size(), 1000);
+    EXPECT_TRUE(chunked.header("Content-Length").isEmpty());
     turn(R"({"kind":"audio","effect":"body","text":"<html>","type":"text/html","times":1})");
     EXPECT_EQ(m_client.get(url).body, "<html>");
 }

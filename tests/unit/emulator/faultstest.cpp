@@ -223,6 +223,8 @@ TEST(Replacement, RedirectsToItselfToAHostOrAnywhere)
         "https://music.localhost/albums/?a=b");
     EXPECT_EQ(replaced("effect=redirect toHost=eu.music.localhost").headers.value("Location"),
         "https://eu.music.localhost/albums/?a=b");
+    EXPECT_EQ(replaced("effect=redirect toHost=localhost:99").headers.value("Location"),
+        "https://localhost:99/albums/?a=b");
     EXPECT_EQ(replaced("effect=redirect status=308 location=//x").headers.value("Location"), "//x");
     EXPECT_EQ(replaced("effect=redirect status=308").status, 308);
     EXPECT_FALSE(replaced("effect=redirect noLocation=true").headers.contains("Location"));
@@ -262,6 +264,8 @@ TEST(Replacement, GivesBodiesOAuthErrorsAndRatings)
     EXPECT_EQ(replaced("effect=body").body, "");
     EXPECT_EQ(replaced("effect=body text=abc type=audio/flac").body, "abc");
     EXPECT_EQ(replaced("effect=body base64=//8A").body, QByteArray("\xff\xff\x00", 3));
+    EXPECT_EQ(replaced("effect=body noise=1000").body.size(), 1000);
+    EXPECT_EQ(replaced("effect=body noise=1000").body, replaced("effect=body noise=1000").body);
     const http::Response refusal = replaced("effect=oauth-error error=expired_token");
     EXPECT_EQ(refusal.status, 400);
     EXPECT_EQ(refusal.body, R"({"error":"expired_token"})");

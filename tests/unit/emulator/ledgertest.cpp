@@ -78,15 +78,6 @@ TEST(Ledger, KeepsTheNewestWhenItGrowsTooLong)
     EXPECT_EQ(ledger.entries().front().status, 200);
 }
 
-TEST(Ledger, TellsItsListenerAndMayBeReadFromThere)
-{
-    Ledger ledger;
-    size_t seen = 0;
-    ledger.onAdded([&] { seen = ledger.entries().size(); });
-    ledger.add(entry("browse"));
-    EXPECT_EQ(seen, 1u);
-}
-
 TEST(Ledger, TakesEntriesFromSeveralThreads)
 {
     Ledger ledger;
