@@ -3,19 +3,19 @@
 #include "httpconditions.h"
 #include "httpconnection.h"
 
-#include <QBuffer>
+#include <utility>
 
 namespace http {
 
-static const qint64 pieceBytes = 64 * 1024;
+static const qint64 pieceBytes = 64 * 1024LL;
 /// A file is read on while less than this waits for the peer.
-static const qint64 readAheadBytes = 128 * 1024;
+static const qint64 readAheadBytes = 128 * 1024LL;
 static const int paceIntervalMs = 20;
 
-Answer::Answer(Connection* connection, const Terms& terms)
+Answer::Answer(Connection* connection, Terms terms)
     : QObject(connection)
     , m_connection(connection)
-    , m_terms(terms)
+    , m_terms(std::move(terms))
 {
 }
 

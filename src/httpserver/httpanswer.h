@@ -29,7 +29,7 @@ public:
         Headers request;
     };
 
-    Answer(Connection* connection, const Terms& terms);
+    Answer(Connection* connection, Terms terms);
 
     bool isOpen() const;
     bool isEventStream() const { return m_phase == Phase::Events; }

@@ -2,7 +2,7 @@
 
 namespace http {
 
-static QByteArray withoutWeakness(QByteArray tag)
+static QByteArray withoutWeakness(const QByteArray& tag)
 {
     return tag.startsWith("W/") ? tag.mid(2) : tag;
 }

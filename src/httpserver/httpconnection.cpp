@@ -13,9 +13,9 @@ static const int readBytes = 64 * 1024;
 /// Requests of one peer that are answered before the event loop turns.
 static const int requestsPerTurn = 32;
 /// No further request is taken while more than this waits for the peer.
-static const qint64 maximumBacklog = 256 * 1024;
+static const qint64 maximumBacklog = 256 * 1024LL;
 static const int lingerMs = 2000;
-static const qint64 leastProgress = 16 * 1024;
+static const qint64 leastProgress = 16 * 1024LL;
 
 Connection::Connection(const Setup& setup, QTcpSocket* socket, bool secure, QObject* parent)
     : QObject(parent)

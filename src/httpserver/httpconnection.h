@@ -28,6 +28,7 @@ public:
     /// Takes an accepted socket, which becomes its child. A TLS socket may still be shaking hands.
     Connection(const Setup& setup, QTcpSocket* socket, bool secure, QObject* parent);
     ~Connection() override;
+    Q_DISABLE_COPY_MOVE(Connection)
 
     const Limits& limits() const { return m_setup.limits; }
     Response refusal(int status) const;

@@ -12,8 +12,7 @@ class Exchange
 public:
     explicit Exchange(Answer* answer);
     ~Exchange();
-    Exchange(const Exchange&) = delete;
-    Exchange& operator=(const Exchange&) = delete;
+    Q_DISABLE_COPY_MOVE(Exchange)
 
     /// Null once the connection is over.
     Answer* answer() const;

@@ -10,7 +10,7 @@ struct Limits
 {
     int requestLineBytes = 8 * 1024; ///< longer: 414
     int headerBytes = 64 * 1024; ///< the head with its request line; longer: 431
-    qint64 bodyBytes = 64 * 1024; ///< longer, announced or counted: 413 before the rest is read
+    qint64 bodyBytes = 64 * 1024LL; ///< longer, announced or counted: 413 before the rest is read
     int connections = 2048; ///< further ones get 503 and are closed
     int headTimeoutMs = 10000; ///< TLS handshake and head in all; then 408
     int bodyTimeoutMs = 10000; ///< the body in all; then 408

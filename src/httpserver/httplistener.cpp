@@ -13,10 +13,10 @@ namespace http {
 static const int waitingConnections = 1024;
 static const int retryAfterMs = 50;
 
-Listener::Listener(const std::optional<QSslConfiguration>& tls, MayAccept mayAccept, Accept accept,
-    QObject* parent)
+Listener::Listener(
+    std::optional<QSslConfiguration> tls, MayAccept mayAccept, Accept accept, QObject* parent)
     : QTcpServer(parent)
-    , m_tls(tls)
+    , m_tls(std::move(tls))
     , m_mayAccept(std::move(mayAccept))
     , m_accept(std::move(accept))
 {
@@ -54,10 +54,10 @@ void Listener::incomingConnection(qintptr descriptor)
 
 void Listener::turnAway(int descriptor) const
 {
-    static const char busy[] = "HTTP/1.1 503 Service Unavailable\r\nConnection: close\r\n"
-                               "Retry-After: 1\r\nContent-Length: 0\r\n\r\n";
+    static const QByteArray busy = "HTTP/1.1 503 Service Unavailable\r\nConnection: close\r\n"
+                                   "Retry-After: 1\r\nContent-Length: 0\r\n\r\n";
     if (!m_tls)
-        ::send(descriptor, busy, sizeof busy - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
+        ::send(descriptor, busy.constData(), std::size_t(busy.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
     ::close(descriptor);
 }
 

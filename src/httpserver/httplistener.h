@@ -22,8 +22,8 @@ public:
     /// Whether one more connection may be had.
     using MayAccept = std::function<bool()>;
 
-    Listener(const std::optional<QSslConfiguration>& tls, MayAccept mayAccept, Accept accept,
-        QObject* parent);
+    Listener(
+        std::optional<QSslConfiguration> tls, MayAccept mayAccept, Accept accept, QObject* parent);
 
     bool start(const QHostAddress& address, quint16 port);
 

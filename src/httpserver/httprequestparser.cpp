@@ -48,7 +48,7 @@ struct RequestParser::Private
 
 static QByteArray bytes(boost::beast::string_view text)
 {
-    return QByteArray(text.data(), int(text.size()));
+    return { text.data(), int(text.size()) };
 }
 
 static QByteArray firstLine(const char* data, int length)

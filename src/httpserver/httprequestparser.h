@@ -21,6 +21,7 @@ public:
     /// The limits must outlive the parser.
     explicit RequestParser(const Limits& limits);
     ~RequestParser();
+    Q_DISABLE_COPY_MOVE(RequestParser)
 
     /// `data` begins with the first byte not consumed yet. Sets `consumed` to the bytes used up.
     State feed(const char* data, int size, int* consumed);

@@ -7,7 +7,7 @@
 #include <QSslCertificate>
 #include <QSslKey>
 
-#include <algorithm>
+#include <utility>
 
 namespace http {
 

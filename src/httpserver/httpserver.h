@@ -35,6 +35,7 @@ public:
 
     explicit Server(QObject* parent = nullptr);
     ~Server() override;
+    Q_DISABLE_COPY_MOVE(Server)
 
     /// Set before the first listen().
     void setHandler(Handler handler);

@@ -6,11 +6,13 @@
 #include <QFileInfo>
 #include <QHash>
 
+#include <algorithm>
+
 namespace http {
 
-StaticFiles::StaticFiles(const QString& root, const Headers& headers)
-    : m_root(root)
-    , m_headers(headers)
+StaticFiles::StaticFiles(QString root, Headers headers)
+    : m_root(std::move(root))
+    , m_headers(std::move(headers))
 {
 }
 
@@ -62,9 +64,8 @@ static QString relativePath(QStringList segments)
             segments.removeLast();
         segments += QStringLiteral("index.html");
     }
-    for (const QString& segment : segments)
-        if (!isPlainName(segment))
-            return {};
+    if (!std::all_of(segments.begin(), segments.end(), isPlainName))
+        return {};
     return segments.join(QLatin1Char('/'));
 }
 

@@ -10,7 +10,7 @@ namespace http {
 class StaticFiles
 {
 public:
-    explicit StaticFiles(const QString& root, const Headers& headers = {});
+    explicit StaticFiles(QString root, Headers headers = {});
 
     /// Answers with the file of the path given by decoded components: 200, 206, 304, 404, 416. The
     /// root and paths that end in a slash mean their "index.html".

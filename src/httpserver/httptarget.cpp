@@ -43,7 +43,7 @@ static std::optional<QString> decode(const QByteArray& text)
     if (!bytes)
         return std::nullopt;
     QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    static QTextCodec* const utf8 = QTextCodec::codecForName("UTF-8");
+    static const QTextCodec* const utf8 = QTextCodec::codecForName("UTF-8");
     const QString decoded = utf8->toUnicode(bytes->constData(), bytes->size(), &state);
     if (state.invalidChars > 0 || state.remainingChars > 0)
         return std::nullopt;

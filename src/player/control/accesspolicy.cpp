@@ -6,8 +6,8 @@
 
 namespace control {
 
-AccessPolicy::AccessPolicy(const QStringList& hosts, const QByteArray& token)
-    : m_token(token)
+AccessPolicy::AccessPolicy(const QStringList& hosts, QByteArray token)
+    : m_token(std::move(token))
 {
     const QString machine = QHostInfo::localHostName().toLower();
     m_hosts =

@@ -18,7 +18,7 @@ namespace control {
 class AccessPolicy
 {
 public:
-    AccessPolicy(const QStringList& hosts, const QByteArray& token);
+    AccessPolicy(const QStringList& hosts, QByteArray token);
 
     /// The refusal, or nothing.
     std::optional<http::Response> judge(const http::Request& head) const;

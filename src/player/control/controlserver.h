@@ -22,6 +22,7 @@ public:
     /// `player` is not owned and must outlive the server.
     ControlServer(PlayerFacade& player, const Options& options, QObject* parent = nullptr);
     ~ControlServer() override;
+    Q_DISABLE_COPY_MOVE(ControlServer)
 
     /// Listens on the address; port 0 takes a free one. Returns the port, 0 on failure. Several
     /// calls listen on several.

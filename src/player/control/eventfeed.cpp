@@ -10,7 +10,7 @@ namespace control {
 
 static const std::size_t changesKept = 256;
 /// How soon a browser tries again; in milliseconds.
-static const char retry[] = "retry: 1000\n\n";
+static const QByteArray retry = QByteArrayLiteral("retry: 1000\n\n");
 
 EventFeed::EventFeed(
     PlayerFacade& player, const ClientView& view, int clientsAtMost, QObject* parent)

@@ -10,12 +10,12 @@ void PendingAnswer::start(QObject* owner, const ClientView& view, const CMReply<
     new PendingAnswer(owner, view, reply, responder, terms, std::move(success));
 }
 
-PendingAnswer::PendingAnswer(QObject* owner, const ClientView& view, const CMReply<QVariant>& reply,
-    const http::Responder& responder, const Terms& terms, Success success)
+PendingAnswer::PendingAnswer(QObject* owner, const ClientView& view, CMReply<QVariant> reply,
+    http::Responder responder, const Terms& terms, Success success)
     : QObject(owner)
     , m_view(view)
-    , m_reply(reply)
-    , m_responder(responder)
+    , m_reply(std::move(reply))
+    , m_responder(std::move(responder))
     , m_terms(terms)
     , m_success(std::move(success))
 {
@@ -23,7 +23,7 @@ PendingAnswer::PendingAnswer(QObject* owner, const ClientView& view, const CMRep
     m_deadline.setSingleShot(true);
     m_deadline.start(terms.deadlineMs);
     // The watcher may be destroyed on another thread; so it owns nothing.
-    cmchain::whenFinished(reply, m_context, [this](const CMReply<QVariant>&) { finished(); });
+    cmchain::whenFinished(m_reply, m_context, [this](const CMReply<QVariant>&) { finished(); });
 }
 
 void PendingAnswer::finished()

@@ -32,8 +32,8 @@ public:
         const http::Responder& responder, const Terms& terms, Success success);
 
 private:
-    PendingAnswer(QObject* owner, const ClientView& view, const CMReply<QVariant>& reply,
-        const http::Responder& responder, const Terms& terms, Success success);
+    PendingAnswer(QObject* owner, const ClientView& view, CMReply<QVariant> reply,
+        http::Responder responder, const Terms& terms, Success success);
 
     void finished();
     void expire();

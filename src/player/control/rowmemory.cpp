@@ -15,7 +15,7 @@ QString RowMemory::remember(const QVariantHash& row)
 {
     const QByteArray json = TavuJson::toJson(row);
     const QByteArray digest = QCryptographicHash::hash(json, QCryptographicHash::Sha1);
-    const QString ref = QString::fromLatin1(digest.left(12).toHex());
+    QString ref = QString::fromLatin1(digest.left(12).toHex());
     if (!m_rows.object(ref))
         m_rows.insert(ref, new QByteArray(json), json.size());
     return ref;
