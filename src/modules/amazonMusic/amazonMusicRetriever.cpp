@@ -4,7 +4,6 @@
 #include "amazonMusicLog.h"
 #include "amazonMusicParser.h"
 #include "amazonMusicRedact.h"
-#include "cmlistrowsnode.h"
 #include "tavuactionreply.h"
 
 namespace {
@@ -161,6 +160,8 @@ void AmazonMusicRetriever::refuseChunk(
     const QByteArray& body, const CMReply<ChunkDescription>& reply)
 {
     AMAZON_MUSIC_ENTER();
+    if (!m_rowsNode)
+        return reply.cancel();
     LOG4CPLUS_DEBUG(logger(), "output json from HTTP response: " << body);
     const QList<TavuRoles> rows =
         m_parser->createErrorReportScreen(m_parser->parseGeneralErrorReport(body, QString()));

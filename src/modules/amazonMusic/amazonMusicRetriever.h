@@ -2,17 +2,18 @@
 
 #include "amazonMusicRetrieverChunk.h"
 #include "cmchain.h"
+#include "cmlistrowsnode.h"
 #include "cmreply.h"
 #include "httpclient.h"
 #include "tavuamazonmusic.h"
 #include "tavuurl.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QSet>
 
 class AmazonMusicConnect;
 class AmazonMusicParser;
-class CMListRowsNode;
 
 /// Turns the URL of something to play into chunks of tracks. Every operation returns at once; its
 /// reply ends later on this object's thread: with what was fetched, with an error that says what
@@ -74,7 +75,7 @@ private:
 
     AmazonMusicConnect* m_connect;
     AmazonMusicParser* m_parser;
-    CMListRowsNode* m_rowsNode;
+    QPointer<CMListRowsNode> m_rowsNode; // Owned by the node tree, which may go first.
     TavuUrl m_url;
     Type m_type = None;
     QSet<CMVoidReply> m_activeReplies; // Every reply made here and not finished.

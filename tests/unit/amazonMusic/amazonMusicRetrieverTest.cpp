@@ -323,4 +323,13 @@ TEST_F(AmazonMusicRetrieverTest, BodiesThatAreNoDocumentsGiveEmptyOnes)
     }
 }
 
+TEST_F(AmazonMusicRetrieverTest, MayOutliveTheNodeTree)
+{
+    const auto reply = m_retriever->fetchChunkDescription(m_service.url(QStringLiteral("/chunk")));
+    const auto request = m_service.expectRequest("GET", "/chunk");
+    delete m_rows;
+    request.answer(409, ErrorReport{ QStringLiteral("Refused"), {}, {} }.body());
+    expectCancelled(reply);
+}
+
 } // namespace

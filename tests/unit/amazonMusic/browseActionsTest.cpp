@@ -181,7 +181,8 @@ TEST_F(BrowseActionsTest, ShowTheScreenForFiveSeconds)
 
     EXPECT_TRUE(waitUntil([&] { return worker().nodes()->find(screen) == nullptr; }));
     const qint64 shown = QDateTime::currentMSecsSinceEpoch() - made;
-    EXPECT_GE(shown, 4900);
+    // Coarse timers may be off by a twentieth.
+    EXPECT_GE(shown, 4750);
     EXPECT_LT(shown, 8000);
 }
 
