@@ -13,10 +13,16 @@ import { MockState } from './support/mockstate.mjs';
 
 const here = path.dirname(fileURLToPath(import.meta.url));
 const types = {
-  '.html': 'text/html; charset=utf-8', '.js': 'text/javascript', '.css': 'text/css',
-  '.svg': 'image/svg+xml', '.woff2': 'font/woff2', '.webmanifest': 'application/manifest+json',
+  '.html': 'text/html; charset=utf-8',
+  '.js': 'text/javascript',
+  '.css': 'text/css',
+  '.svg': 'image/svg+xml',
+  '.woff2': 'font/woff2',
+  '.webmanifest': 'application/manifest+json',
 };
-const policy = "default-src 'self'; img-src 'self' data:; object-src 'none'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
+const policy =
+  "default-src 'self'; img-src 'self' data:; object-src 'none'; base-uri 'none'; " +
+  "form-action 'none'; frame-ancestors 'none'";
 
 /** One mock player on a free loopback port. `faults` are what a test sets to make it misbehave. */
 export class MockPlayer {
@@ -37,7 +43,9 @@ export class MockPlayer {
   }
 
   async listen(port = 0) {
-    await new Promise((done) => { this.server.listen(port, '127.0.0.1', done); });
+    await new Promise((done) => {
+      this.server.listen(port, '127.0.0.1', done);
+    });
     this.url = `http://127.0.0.1:${this.server.address().port}`;
     return this;
   }
@@ -45,7 +53,9 @@ export class MockPlayer {
   async close() {
     this.dropStreams();
     this.server.closeAllConnections();
-    await new Promise((done) => { this.server.close(done); });
+    await new Promise((done) => {
+      this.server.close(done);
+    });
   }
 
   emit(event, data) {
@@ -67,11 +77,14 @@ export class MockPlayer {
     this.calls.push(`${request.method} ${url.pathname}`);
     if (url.pathname === '/link') return this.linkPage(request, response, url);
     if (!url.pathname.startsWith('/api/v1/')) return this.file(response, url.pathname);
-    const given = request.headers.authorization?.replace('Bearer ', '') ?? url.searchParams.get('token');
-    if (this.token && given !== this.token) return problem(response, 401, 'Not allowed', 'An access code is needed.');
+    const given =
+      request.headers.authorization?.replace('Bearer ', '') ?? url.searchParams.get('token');
+    if (this.token && given !== this.token)
+      return problem(response, 401, 'Not allowed', 'An access code is needed.');
     const name = url.pathname.slice('/api/v1/'.length);
     if (request.method === 'GET') return this.get(name, url, request, response);
-    if (request.headers['content-type'] !== 'application/json') return problem(response, 415, 'JSON only');
+    if (request.headers['content-type'] !== 'application/json')
+      return problem(response, 415, 'JSON only');
     const body = JSON.parse(await text(request));
     await wait(this.faults.delayMs);
     return this.post(name, body, response);
@@ -105,10 +118,17 @@ export class MockPlayer {
     const page = pageOf(asked);
     if (this.faults.failRows > 0 || !page) {
       this.faults.failRows -= 1;
-      return problem(response, 502, 'Unable to browse in to the folder.', 'The service did not answer.');
+      return problem(
+        response,
+        502,
+        'Unable to browse in to the folder.',
+        'The service did not answer.',
+      );
     }
     const given = asked || rootPath;
-    const rows = page.rows.slice(from, to + 1).map((row, i) => this.withRef(row, `${given}#${from + i}`));
+    const rows = page.rows
+      .slice(from, to + 1)
+      .map((row, i) => this.withRef(row, `${given}#${from + i}`));
     return json(response, { parent: page.parent, rows, from, count: page.rows.length, version: 0 });
   }
 
@@ -122,10 +142,15 @@ export class MockPlayer {
     const { state } = this;
     const done = (value = {}) => json(response, value);
     const commands = {
-      'player/pause': () => state.pause(), 'player/next': () => state.step(1),
-      'player/previous': () => state.step(-1), 'player/stop': () => state.stop(),
+      'player/pause': () => state.pause(),
+      'player/next': () => state.step(1),
+      'player/previous': () => state.step(-1),
+      'player/stop': () => state.stop(),
       'player/seek': () => state.moveTo(body.position),
-      'player/mode': () => { state.mode = body.mode; state.told(); },
+      'player/mode': () => {
+        state.mode = body.mode;
+        state.told();
+      },
       'player/volume': () => {
         if (body.volume !== undefined) state.volume = body.volume;
         if (body.mute !== undefined) state.mute = body.mute;
@@ -133,14 +158,18 @@ export class MockPlayer {
       },
       'login/start': () => state.startLogin(this.url, this.codeSeconds),
       logout: () => state.logout(),
-      outputs: () => state.outputs.forEach((output) => { output.selected = output.id === body.id; }),
+      outputs: () =>
+        state.outputs.forEach((output) => {
+          output.selected = output.id === body.id;
+        }),
     };
     if (commands[name]) {
       commands[name]();
       return done();
     }
     if (name === 'player/like') return done({ result: { path: '/amazonMusic/dialog/rated' } });
-    if (name === 'player/dislike') return done({ result: { path: '/amazonMusic/dialog/rated-down' } });
+    if (name === 'player/dislike')
+      return done({ result: { path: '/amazonMusic/dialog/rated-down' } });
     if (name === 'search') return done({ path: searchPath(body.text) });
     if (name === 'play') return this.play(body.ref, response);
     if (name === 'rows/activate') return this.activate(body, response);
@@ -162,7 +191,9 @@ export class MockPlayer {
   activate({ ref, path: target, role, value }, response) {
     if (role === 'likeIt') {
       this.ratings.push({ path: target, value });
-      return json(response, { result: { path: value ? '/amazonMusic/dialog/rated' : '/amazonMusic/dialog/rated-down' } });
+      return json(response, {
+        result: { path: value ? '/amazonMusic/dialog/rated' : '/amazonMusic/dialog/rated-down' },
+      });
     }
     const does = this.refs.get(ref)?.does;
     if (!does) return problem(response, 404, 'This row is no longer known.');
@@ -172,8 +203,10 @@ export class MockPlayer {
   /** The service's side of the sign-in: one page with one button. */
   linkPage(request, response, url) {
     if (request.method === 'POST') this.state.approve();
-    const body = request.method === 'POST' ? '<p>Done. You can close this page.</p>'
-      : `<form method="post"><p>Code ${url.searchParams.get('code') ?? ''}</p><button>Allow</button></form>`;
+    const body =
+      request.method === 'POST'
+        ? '<p>Done. You can close this page.</p>'
+        : `<form method="post"><p>Code ${url.searchParams.get('code') ?? ''}</p><button>Allow</button></form>`;
     response.writeHead(200, { 'Content-Type': types['.html'] });
     response.end(`<!doctype html><html lang="en"><title>Link a player</title>${body}</html>`);
   }
@@ -181,19 +214,27 @@ export class MockPlayer {
   async file(response, pathname) {
     const name = pathname === '/' ? '/index.html' : path.posix.normalize(pathname);
     const file = name.startsWith('/vendor/')
-      ? path.join(this.vendor, name.slice('/vendor/'.length)) : path.join(this.web, name);
+      ? path.join(this.vendor, name.slice('/vendor/'.length))
+      : path.join(this.web, name);
     const type = types[path.extname(file)];
-    const found = type && await stat(file).catch(() => null);
+    const found = type && (await stat(file).catch(() => null));
     if (!found?.isFile()) return problem(response, 404, 'Not found');
     response.writeHead(200, {
-      'Content-Type': type, 'Content-Security-Policy': policy, 'Cache-Control': 'no-cache',
+      'Content-Type': type,
+      'Content-Security-Policy': policy,
+      'Cache-Control': 'no-cache',
       'X-Content-Type-Options': 'nosniff',
     });
     return createReadStream(file).pipe(response);
   }
 }
 
-const wait = (ms) => (ms > 0 ? new Promise((done) => { setTimeout(done, ms); }) : undefined);
+const wait = (ms) =>
+  ms > 0
+    ? new Promise((done) => {
+        setTimeout(done, ms);
+      })
+    : undefined;
 
 async function text(request) {
   let body = '';
@@ -207,7 +248,12 @@ function json(response, value, status = 200, type = 'application/json') {
 }
 
 function problem(response, status, title, detail = '', actionReply) {
-  json(response, { type: 'about:blank', title, status, detail, actionReply }, status, 'application/problem+json');
+  json(
+    response,
+    { type: 'about:blank', title, status, detail, actionReply },
+    status,
+    'application/problem+json',
+  );
 }
 
 function svg(response, picture) {
@@ -227,7 +273,10 @@ if (process.argv[1] === fileURLToPath(import.meta.url)) {
     const at = process.argv.indexOf(`--${name}`);
     return at < 0 ? otherwise : process.argv[at + 1];
   };
-  const mock = await startMock({ vendor: option('vendor', process.env.TAVU_WEB_VENDOR), port: Number(option('port', 8090)) });
+  const mock = await startMock({
+    vendor: option('vendor', process.env.TAVU_WEB_VENDOR),
+    port: Number(option('port', 8090)),
+  });
   if (process.argv.includes('--signed-in')) mock.state.approve();
   process.stdout.write(`${mock.url}\n`);
 }

@@ -18,7 +18,7 @@ export async function signedOut({ person, page }) {
   const settings = person.button('Settings');
   const waiting = page.getByText('Waiting for your approval…');
   await code.or(waiting).or(page.getByRole('main').getByRole('list')).first().waitFor();
-  if (await code.isVisible() || await waiting.first().isVisible()) return;
+  if ((await code.isVisible()) || (await waiting.first().isVisible())) return;
   await settings.click();
   await person.button('Sign out').click();
   await code.waitFor();
@@ -36,7 +36,9 @@ export async function signIn({ person, page, name }) {
   await person.waitFor(() => qr.evaluate((image) => image.complete && image.naturalWidth > 0));
   await picture(page, `${name}-login-code`);
 
-  const address = await page.getByRole('link', { name: 'Open the sign-in page' }).getAttribute('href');
+  const address = await page
+    .getByRole('link', { name: 'Open the sign-in page' })
+    .getAttribute('href');
   const service = await page.context().newPage();
   await service.goto(address);
   await service.getByRole('button', { name: approveName }).first().click();
@@ -49,7 +51,8 @@ export async function signIn({ person, page, name }) {
 export async function browseAlbum({ person, page, trails, name }) {
   const title = trails.album.at(-1);
   await person.goHome();
-  for (const folder of trails.album.slice(0, -1)) await (await person.find(named('Open', folder))).click();
+  for (const folder of trails.album.slice(0, -1))
+    await (await person.find(named('Open', folder))).click();
   await (await person.find(named('Open', title))).waitFor();
   await picture(page, `${name}-albums`);
   await person.row(named('Open', title)).click();
@@ -64,7 +67,7 @@ export async function playTrack({ person, page, name }) {
   await row.click();
   await person.goTo('Now playing');
   await person.waitFor(async () => label.startsWith(`Play ${await person.nowTitle()}`), startMs);
-  await person.waitFor(async () => await person.position() > 1000, startMs);
+  await person.waitFor(async () => (await person.position()) > 1000, startMs);
   await picture(page, `${name}-now`);
 }
 
@@ -75,28 +78,32 @@ export async function pauseAndSeek({ person }) {
   await now.getByRole('button', { name: 'Play', exact: true }).waitFor();
   const held = await person.position();
   await now.getByRole('slider', { name: 'Position' }).press('ArrowRight');
-  await person.waitFor(async () => await person.position() >= held + 4000);
+  await person.waitFor(async () => (await person.position()) >= held + 4000);
   await now.getByRole('button', { name: 'Play', exact: true }).click();
   await now.getByRole('button', { name: 'Pause' }).waitFor();
   const after = await person.position();
-  await person.waitFor(async () => await person.position() > after);
+  await person.waitFor(async () => (await person.position()) > after);
 }
 
 export async function playAlbumAndSkip({ person, page, trails, name }) {
   const title = trails.album.at(-1);
   await person.goTo('Browse');
   await person.heading(title).waitFor();
-  await page.getByRole('main').getByRole('button', { name: `Play ${title}`, exact: true }).first().click();
+  await page
+    .getByRole('main')
+    .getByRole('button', { name: `Play ${title}`, exact: true })
+    .first()
+    .click();
   await person.goTo('Now playing');
   const next = person.now.getByRole('button', { name: 'Next track' });
-  await person.waitFor(async () => await next.getAttribute('aria-disabled') !== 'true', startMs);
-  await person.waitFor(async () => await person.position() > 0, startMs);
+  await person.waitFor(async () => (await next.getAttribute('aria-disabled')) !== 'true', startMs);
+  await person.waitFor(async () => (await person.position()) > 0, startMs);
   const first = await person.nowTitle();
   await next.click();
-  await person.waitFor(async () => await person.nowTitle() !== first, startMs);
-  await person.waitFor(async () => await person.position() > 0, startMs);
+  await person.waitFor(async () => (await person.nowTitle()) !== first, startMs);
+  await person.waitFor(async () => (await person.position()) > 0, startMs);
   await person.now.getByRole('button', { name: 'Previous track' }).click();
-  await person.waitFor(async () => await person.nowTitle() === first, startMs);
+  await person.waitFor(async () => (await person.nowTitle()) === first, startMs);
   await person.goTo('Browse');
   await picture(page, `${name}-album`);
 }
@@ -108,8 +115,10 @@ export async function followMore({ person, trails }) {
   const before = await person.rowCount();
   await more.focus();
   await person.page.keyboard.press('Enter');
-  await person.waitFor(async () => await person.rowCount() > before);
-  const focused = await person.page.evaluate(() => Number(document.activeElement.closest('.row')?.dataset.at));
+  await person.waitFor(async () => (await person.rowCount()) > before);
+  const focused = await person.page.evaluate(() =>
+    Number(document.activeElement.closest('.row')?.dataset.at),
+  );
   assert.ok(focused >= before, 'the focus goes on with the first new row');
 }
 
@@ -131,14 +140,14 @@ export async function playStation({ person, trails }) {
   const row = await person.find(named('Play', trails.station.at(-1)));
   await row.click();
   await person.goTo('Now playing');
-  await person.waitFor(async () => await person.position() > 0, startMs);
+  await person.waitFor(async () => (await person.position()) > 0, startMs);
 }
 
 export async function stop({ person }) {
   await person.goTo('Now playing');
   const button = person.now.getByRole('button', { name: 'Stop' });
   await button.click();
-  await person.waitFor(async () => await button.getAttribute('aria-disabled') === 'true');
+  await person.waitFor(async () => (await button.getAttribute('aria-disabled')) === 'true');
 }
 
 export async function readErrorScreen({ person, page, trails, name }) {
@@ -147,8 +156,8 @@ export async function readErrorScreen({ person, page, trails, name }) {
   const screen = page.getByRole('article');
   await screen.waitFor();
   const focused = () => page.evaluate(() => document.activeElement.tagName);
-  await person.waitFor(async () => await focused() === 'H1');
-  assert.ok(await screen.getByRole('button').or(screen.getByRole('link')).count() > 0);
+  await person.waitFor(async () => (await focused()) === 'H1');
+  assert.ok((await screen.getByRole('button').or(screen.getByRole('link')).count()) > 0);
   await screen.getByText('Details').click();
   await screen.getByText('Time').waitFor();
   await picture(page, `${name}-error`);

@@ -6,7 +6,9 @@ import { launch, visit as visitPage, widths } from './support/browser.mjs';
 import { named, Person } from './support/person.mjs';
 
 let browser;
-before(async () => { browser = await launch(); });
+before(async () => {
+  browser = await launch();
+});
 after(() => browser.close());
 
 /** Runs `work` with a mock and a page of its own, signed in unless told otherwise. */
@@ -14,294 +16,366 @@ function visit({ signedIn = true, wide = true, ...options }, work) {
   const viewport = wide ? widths.desktop : widths.phone;
   const prepare = (mock) => signedIn && mock.state.approve();
   return visitPage(browser, { viewport, prepare, ...options }, ({ mock, page }) =>
-    work({ mock, page, person: new Person(page, { wide }) }));
+    work({ mock, page, person: new Person(page, { wide }) }),
+  );
 }
 
 const asked = (mock, what) => mock.calls.filter((call) => call === what).length;
 
 describe('signing in', () => {
-  it('brings a new code by itself when the old one runs out', () => visit({ signedIn: false }, async ({ mock, page, person }) => {
-    mock.codeSeconds = 1;
-    await person.button('Get a code').click();
-    const code = page.getByRole('img', { name: /^Code/ });
-    const first = await code.getAttribute('aria-label');
-    await person.waitFor(async () => await code.getAttribute('aria-label') !== first);
-    assert.equal(asked(mock, 'POST /api/v1/login/start'), 2);
-  }));
+  it('brings a new code by itself when the old one runs out', () =>
+    visit({ signedIn: false }, async ({ mock, page, person }) => {
+      mock.codeSeconds = 1;
+      await person.button('Get a code').click();
+      const code = page.getByRole('img', { name: /^Code/ });
+      const first = await code.getAttribute('aria-label');
+      await person.waitFor(async () => (await code.getAttribute('aria-label')) !== first);
+      assert.equal(asked(mock, 'POST /api/v1/login/start'), 2);
+    }));
 
-  it('shows the code in groups, spells it out and copies it', () => visit({ signedIn: false }, async ({ page, person }) => {
-    await person.button('Get a code').click();
-    const code = page.getByRole('img', { name: 'Code: Q R S T W X Y Z' });
-    assert.deepEqual(await code.locator('span').allTextContents(), ['QRST', 'WXYZ']);
-    await person.button('Copy the code').click();
-    await page.getByText('Code copied').first().waitFor();
-    assert.equal(await page.evaluate(() => navigator.clipboard.readText()), 'QRST-WXYZ');
-  }));
+  it('shows the code in groups, spells it out and copies it', () =>
+    visit({ signedIn: false }, async ({ page, person }) => {
+      await person.button('Get a code').click();
+      const code = page.getByRole('img', { name: 'Code: Q R S T W X Y Z' });
+      assert.deepEqual(await code.locator('span').allTextContents(), ['QRST', 'WXYZ']);
+      await person.button('Copy the code').click();
+      await page.getByText('Code copied').first().waitFor();
+      assert.equal(await page.evaluate(() => navigator.clipboard.readText()), 'QRST-WXYZ');
+    }));
 
-  it('shows the address as text and link, and one to open with the code filled in', () => visit({ signedIn: false }, async ({ mock, page, person }) => {
-    await person.button('Get a code').click();
-    const link = page.getByRole('link', { name: `${mock.url}/link`, exact: true });
-    assert.equal(await link.getAttribute('href'), `${mock.url}/link`);
-    const open = page.getByRole('link', { name: 'Open the sign-in page' });
-    assert.equal(await open.getAttribute('href'), `${mock.url}/link?code=QRST-WXYZ`);
-  }));
+  it('shows the address as text and link, and one to open with the code filled in', () =>
+    visit({ signedIn: false }, async ({ mock, page, person }) => {
+      await person.button('Get a code').click();
+      const link = page.getByRole('link', { name: `${mock.url}/link`, exact: true });
+      assert.equal(await link.getAttribute('href'), `${mock.url}/link`);
+      const open = page.getByRole('link', { name: 'Open the sign-in page' });
+      assert.equal(await open.getAttribute('href'), `${mock.url}/link?code=QRST-WXYZ`);
+    }));
 
-  it('shows an address that is none as text only', () => visit({ signedIn: false }, async ({ mock, page }) => {
-    mock.state.setLogin({ state: 'waiting', userCode: 'AB', verificationUri: 'javascript:alert(1)', verificationUriComplete: 'javascript:alert(2)', expiresIn: 60 });
-    await page.getByText('javascript:alert(1)').waitFor();
-    assert.equal(await page.getByRole('main').getByRole('link').count(), 0);
-  }));
+  it('shows an address that is none as text only', () =>
+    visit({ signedIn: false }, async ({ mock, page }) => {
+      mock.state.setLogin({
+        state: 'waiting',
+        userCode: 'AB',
+        verificationUri: 'javascript:alert(1)',
+        verificationUriComplete: 'javascript:alert(2)',
+        expiresIn: 60,
+      });
+      await page.getByText('javascript:alert(1)').waitFor();
+      assert.equal(await page.getByRole('main').getByRole('link').count(), 0);
+    }));
 
-  it('says why signing in failed and offers another code', () => visit({ signedIn: false }, async ({ mock, page, person }) => {
-    mock.state.setLogin({ state: 'failed', message: 'The request was declined.' });
-    await page.getByRole('alert').getByText('The request was declined.').waitFor();
-    await person.button('Get a new code').click();
-    await page.getByRole('img', { name: /^Code/ }).waitFor();
-  }));
+  it('says why signing in failed and offers another code', () =>
+    visit({ signedIn: false }, async ({ mock, page, person }) => {
+      mock.state.setLogin({ state: 'failed', message: 'The request was declined.' });
+      await page.getByRole('alert').getByText('The request was declined.').waitFor();
+      await person.button('Get a new code').click();
+      await page.getByRole('img', { name: /^Code/ }).waitFor();
+    }));
 
-  it('comes first wherever the address points', () => visit({ signedIn: false, query: '/#/browse?path=%2FamazonMusic%2Fbrowse' }, async ({ person }) => {
-    await person.heading('Sign in to Amazon Music').waitFor();
-  }));
+  it('comes first wherever the address points', () =>
+    visit(
+      { signedIn: false, query: '/#/browse?path=%2FamazonMusic%2Fbrowse' },
+      async ({ person }) => {
+        await person.heading('Sign in to Amazon Music').waitFor();
+      },
+    ));
 
-  it('asks for the access code of a player elsewhere, and keeps it out of the address', () => visit({ token: 'secret' }, async ({ mock, page, person }) => {
-    const field = page.getByRole('textbox', { name: 'Access code' });
-    await field.fill('wrong');
-    await person.button('Connect').click();
-    await page.getByText('did not accept').waitFor();
-    await field.fill('secret');
-    await person.button('Connect').click();
-    await person.row('Open Albums').waitFor();
-    await page.goto(`${mock.url}/?token=secret`);
-    await person.row('Open Albums').waitFor();
-    assert.doesNotMatch(page.url(), /secret/);
-  }));
+  it('asks for the access code of a player elsewhere, and keeps it out of the address', () =>
+    visit({ token: 'secret' }, async ({ mock, page, person }) => {
+      const field = page.getByRole('textbox', { name: 'Access code' });
+      await field.fill('wrong');
+      await person.button('Connect').click();
+      await page.getByText('did not accept').waitFor();
+      await field.fill('secret');
+      await person.button('Connect').click();
+      await person.row('Open Albums').waitFor();
+      await page.goto(`${mock.url}/?token=secret`);
+      await person.row('Open Albums').waitFor();
+      assert.doesNotMatch(page.url(), /secret/);
+    }));
 });
 
 describe('browsing', () => {
-  it('asks for rows in windows as they come near', () => visit({}, async ({ mock, page, person }) => {
-    await person.row('Open The whole archive').click();
-    await page.getByText('220 entries', { exact: true }).waitFor();
-    await person.row(/^Play Track number 1,/).waitFor();
-    assert.ok(await person.rowCount() < 150, 'not all at once');
-    const height = () => page.evaluate(() => document.querySelector('.main').scrollHeight);
-    const before = await height();
-    await page.evaluate(() => { document.querySelector('.main').scrollTop = 1e6; });
-    await person.row(/^Play Track number 220,/).waitFor();
-    assert.equal(await height(), before, 'nothing moved when the rows came');
-    const windows = asked(mock, 'GET /api/v1/rows');
-    assert.ok(windows < 8, `${windows} requests`);
-  }));
+  it('asks for rows in windows as they come near', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open The whole archive').click();
+      await page.getByText('220 entries', { exact: true }).waitFor();
+      await person.row(/^Play Track number 1,/).waitFor();
+      assert.ok((await person.rowCount()) < 150, 'not all at once');
+      const height = () => page.evaluate(() => document.querySelector('.main').scrollHeight);
+      const before = await height();
+      await page.evaluate(() => {
+        document.querySelector('.main').scrollTop = 1e6;
+      });
+      await person.row(/^Play Track number 220,/).waitFor();
+      assert.equal(await height(), before, 'nothing moved when the rows came');
+      const windows = asked(mock, 'GET /api/v1/rows');
+      assert.ok(windows < 8, `${windows} requests`);
+    }));
 
-  it('numbers the entries for those who hear the list', () => visit({}, async ({ page, person }) => {
-    await person.row('Open The whole archive').click();
-    const item = page.getByRole('listitem').filter({ hasText: 'Track number 7' }).first();
-    assert.equal(await item.getAttribute('aria-posinset'), '7');
-    assert.equal(await item.getAttribute('aria-setsize'), '220');
-    await page.getByRole('status').getByText('The whole archive, 220 entries').waitFor({ state: 'attached' });
-  }));
+  it('numbers the entries for those who hear the list', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open The whole archive').click();
+      const item = page.getByRole('listitem').filter({ hasText: 'Track number 7' }).first();
+      assert.equal(await item.getAttribute('aria-posinset'), '7');
+      assert.equal(await item.getAttribute('aria-setsize'), '220');
+      await page
+        .getByRole('status')
+        .getByText('The whole archive, 220 entries')
+        .waitFor({ state: 'attached' });
+    }));
 
-  it('follows "See more results" near the end once somebody scrolls', () => visit({}, async ({ page, person }) => {
-    await person.row('Open All tracks').click();
-    await person.row(/^Play Track number 1,/).waitFor();
-    await page.waitForTimeout(300);
-    assert.equal(await person.rowCount(), 30, 'nothing by itself before');
-    await page.mouse.move(400, 500);
-    for (let i = 0; i < 3; i += 1) await page.mouse.wheel(0, 4000);
-    await person.waitFor(async () => await person.rowCount() >= 60);
-  }));
+  it('follows "See more results" near the end once somebody scrolls', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open All tracks').click();
+      await person.row(/^Play Track number 1,/).waitFor();
+      await page.waitForTimeout(300);
+      assert.equal(await person.rowCount(), 30, 'nothing by itself before');
+      await page.mouse.move(400, 500);
+      for (let i = 0; i < 3; i += 1) await page.mouse.wheel(0, 4000);
+      await person.waitFor(async () => (await person.rowCount()) >= 60);
+    }));
 
-  it('has one button to open and one to play for an album, both with its name', () => visit({}, async ({ page, person }) => {
-    await person.row('Open Albums').click();
-    const item = page.getByRole('listitem').filter({ hasText: 'Nachtfahrt' });
-    const names = await item.getByRole('button').evaluateAll((all) => all.map((b) => b.getAttribute('aria-label')));
-    assert.deepEqual(names, ['Open Nachtfahrt, Ostkreuz Ensemble', 'Play Nachtfahrt, Ostkreuz Ensemble']);
-  }));
+  it('has one button to open and one to play for an album, both with its name', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open Albums').click();
+      const item = page.getByRole('listitem').filter({ hasText: 'Nachtfahrt' });
+      const names = await item
+        .getByRole('button')
+        .evaluateAll((all) => all.map((b) => b.getAttribute('aria-label')));
+      assert.deepEqual(names, [
+        'Open Nachtfahrt, Ostkreuz Ensemble',
+        'Play Nachtfahrt, Ostkreuz Ensemble',
+      ]);
+    }));
 
-  it('shows artist and duration of a track, and says both', () => visit({}, async ({ page, person }) => {
-    await person.row('Open New and noteworthy').click();
-    const item = page.getByRole('listitem').filter({ hasText: 'Ferry Road' });
-    assert.match(await item.innerText(), /Ferry Road\s+Mira Lindqvist · Harbour Lights\s+1:35/);
-    assert.equal(await item.getByRole('button').first().getAttribute('aria-label'), 'Play Ferry Road, Mira Lindqvist · Harbour Lights, 1:35');
-  }));
+  it('shows artist and duration of a track, and says both', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open New and noteworthy').click();
+      const item = page.getByRole('listitem').filter({ hasText: 'Ferry Road' });
+      assert.match(await item.innerText(), /Ferry Road\s+Mira Lindqvist · Harbour Lights\s+1:35/);
+      assert.equal(
+        await item.getByRole('button').first().getAttribute('aria-label'),
+        'Play Ferry Road, Mira Lindqvist · Harbour Lights, 1:35',
+      );
+    }));
 
-  it('goes back to the same place with the focus on the row that was left', () => visit({}, async ({ page, person }) => {
-    await person.row('Open Albums').click();
-    const row = person.row(named('Open', 'Half-Light'));
-    await row.scrollIntoViewIfNeeded();
-    await row.click();
-    await person.heading('Half-Light').waitFor();
-    await person.button('Back').click();
-    await row.waitFor();
-    await person.waitFor(() => row.evaluate((element) => element === document.activeElement));
-    assert.ok(await page.evaluate(() => document.querySelector('.main').scrollTop) > 0);
-  }));
+  it('goes back to the same place with the focus on the row that was left', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open Albums').click();
+      const row = person.row(named('Open', 'Half-Light'));
+      await row.scrollIntoViewIfNeeded();
+      await row.click();
+      await person.heading('Half-Light').waitFor();
+      await person.button('Back').click();
+      await row.waitFor();
+      await person.waitFor(() => row.evaluate((element) => element === document.activeElement));
+      assert.ok((await page.evaluate(() => document.querySelector('.main').scrollTop)) > 0);
+    }));
 
-  it('shows a list seen before at once', () => visit({}, async ({ mock, person }) => {
-    await person.row('Open Albums').click();
-    await person.row(/^Open Nachtfahrt/).click();
-    await person.heading('Nachtfahrt').waitFor();
-    mock.faults.delayMs = 4000;
-    await person.button('Back').click();
-    await person.row(/^Open Nachtfahrt/).waitFor({ timeout: 2000 });
-  }));
+  it('shows a list seen before at once', () =>
+    visit({}, async ({ mock, person }) => {
+      await person.row('Open Albums').click();
+      await person.row(/^Open Nachtfahrt/).click();
+      await person.heading('Nachtfahrt').waitFor();
+      mock.faults.delayMs = 4000;
+      await person.button('Back').click();
+      await person.row(/^Open Nachtfahrt/).waitFor({ timeout: 2000 });
+    }));
 
-  it('shows where it is and leads up again', () => visit({}, async ({ page, person }) => {
-    await person.row('Open Artists').click();
-    await person.row('Open Tallgrass').click();
-    await person.row(/^Open Fieldnotes/).click();
-    const trail = page.getByRole('navigation', { name: 'You are here' });
-    await person.heading('Fieldnotes, Vol. 2').waitFor();
-    assert.deepEqual(await trail.getByRole('link').allInnerTexts(), ['Home', 'Artists', 'Tallgrass']);
-    await trail.getByRole('link', { name: 'Artists' }).click();
-    await person.heading('Artists').waitFor();
-  }));
+  it('shows where it is and leads up again', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open Artists').click();
+      await person.row('Open Tallgrass').click();
+      await person.row(/^Open Fieldnotes/).click();
+      const trail = page.getByRole('navigation', { name: 'You are here' });
+      await person.heading('Fieldnotes, Vol. 2').waitFor();
+      assert.deepEqual(await trail.getByRole('link').allInnerTexts(), [
+        'Home',
+        'Artists',
+        'Tallgrass',
+      ]);
+      await trail.getByRole('link', { name: 'Artists' }).click();
+      await person.heading('Artists').waitFor();
+    }));
 
-  it('comes back to the same list after a reload', () => visit({}, async ({ page, person }) => {
-    await person.row('Open Albums').click();
-    await person.row(/^Open Nachtfahrt/).click();
-    await person.heading('Nachtfahrt').waitFor();
-    await page.reload();
-    await person.heading('Nachtfahrt').waitFor();
-    await person.row(/^Play Ferry Road/).waitFor();
-  }));
+  it('comes back to the same list after a reload', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open Albums').click();
+      await person.row(/^Open Nachtfahrt/).click();
+      await person.heading('Nachtfahrt').waitFor();
+      await page.reload();
+      await person.heading('Nachtfahrt').waitFor();
+      await person.row(/^Play Ferry Road/).waitFor();
+    }));
 
-  it('shows placeholders at once while a list is slow, and moves nothing when it comes', () => visit({}, async ({ mock, page, person }) => {
-    await person.row('Open The whole archive').waitFor();
-    await page.evaluate(() => {
-      window.moved = 0;
-      new PerformanceObserver((list) => {
-        for (const entry of list.getEntries()) if (!entry.hadRecentInput) window.moved += entry.value;
-      }).observe({ type: 'layout-shift', buffered: false });
-    });
-    mock.faults.delayMs = 2500;
-    await person.row('Open The whole archive').click();
-    await page.locator('.row.gap').first().waitFor({ timeout: 1500 });
-    await person.row(/^Play Track number 1,/).waitFor();
-    await page.waitForTimeout(200);
-    assert.ok(await page.evaluate(() => window.moved) < 0.01);
-  }));
+  it('shows placeholders at once while a list is slow, and moves nothing when it comes', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open The whole archive').waitFor();
+      await page.evaluate(() => {
+        window.moved = 0;
+        new PerformanceObserver((list) => {
+          for (const entry of list.getEntries())
+            if (!entry.hadRecentInput) window.moved += entry.value;
+        }).observe({ type: 'layout-shift', buffered: false });
+      });
+      mock.faults.delayMs = 2500;
+      await person.row('Open The whole archive').click();
+      await page.locator('.row.gap').first().waitFor({ timeout: 1500 });
+      await person.row(/^Play Track number 1,/).waitFor();
+      await page.waitForTimeout(200);
+      assert.ok((await page.evaluate(() => window.moved)) < 0.01);
+    }));
 
-  it('says what failed in the player\'s words and tries again', () => visit({}, async ({ mock, page, person }) => {
-    await person.row('Open Albums').waitFor();
-    mock.faults.failRows = 1;
-    await person.row('Open Albums').click();
-    const notice = page.getByRole('alert').filter({ hasText: 'Unable to browse in to the folder.' });
-    await notice.waitFor();
-    await notice.getByRole('button', { name: 'Try again' }).click();
-    await person.row(/^Open Nachtfahrt/).waitFor();
-  }));
+  it("says what failed in the player's words and tries again", () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open Albums').waitFor();
+      mock.faults.failRows = 1;
+      await person.row('Open Albums').click();
+      const notice = page
+        .getByRole('alert')
+        .filter({ hasText: 'Unable to browse in to the folder.' });
+      await notice.waitFor();
+      await notice.getByRole('button', { name: 'Try again' }).click();
+      await person.row(/^Open Nachtfahrt/).waitFor();
+    }));
 
-  it('says so when a folder or a search is empty', () => visit({}, async ({ page, person }) => {
-    await person.row('Open Empty shelf').click();
-    await page.getByText('There is nothing in here.').waitFor();
-    await page.getByRole('searchbox').fill('zzz <b>');
-    await page.keyboard.press('Enter');
-    await page.getByText('Nothing found for “zzz <b>”.').waitFor();
-  }));
+  it('says so when a folder or a search is empty', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open Empty shelf').click();
+      await page.getByText('There is nothing in here.').waitFor();
+      await page.getByRole('searchbox').fill('zzz <b>');
+      await page.keyboard.press('Enter');
+      await page.getByText('Nothing found for “zzz <b>”.').waitFor();
+    }));
 
-  it('asks again when the player says that rows have changed', () => visit({}, async ({ mock, person }) => {
-    await person.row('Open Albums').waitFor();
-    const before = asked(mock, 'GET /api/v1/rows');
-    mock.emit('rows', { path: '/amazonMusic/browse' });
-    await person.waitFor(() => asked(mock, 'GET /api/v1/rows') === before + 1);
-    await person.row('Open Albums').waitFor();
-  }));
+  it('asks again when the player says that rows have changed', () =>
+    visit({}, async ({ mock, person }) => {
+      await person.row('Open Albums').waitFor();
+      const before = asked(mock, 'GET /api/v1/rows');
+      mock.emit('rows', { path: '/amazonMusic/browse' });
+      await person.waitFor(() => asked(mock, 'GET /api/v1/rows') === before + 1);
+      await person.row('Open Albums').waitFor();
+    }));
 });
 
 describe('the menu of a row', () => {
-  it('rates a track and gives the focus back', () => visit({}, async ({ mock, page, person }) => {
-    await person.row('Open New and noteworthy').click();
-    const more = person.button('Ferry Road (More)');
-    await more.click();
-    const menu = page.getByRole('dialog', { name: 'Ferry Road' });
-    await menu.getByRole('button', { name: 'Thumbs up' }).click();
-    await page.locator('.toast').getByText('Thanks. We will play more like this.').waitFor();
-    assert.deepEqual(mock.ratings, [{ path: '/amazonMusic/rate?url=x', value: true }]);
-    assert.equal(await menu.count(), 0);
-    await person.waitFor(() => more.evaluate((element) => element === document.activeElement));
-  }));
+  it('rates a track and gives the focus back', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open New and noteworthy').click();
+      const more = person.button('Ferry Road (More)');
+      await more.click();
+      const menu = page.getByRole('dialog', { name: 'Ferry Road' });
+      await menu.getByRole('button', { name: 'Thumbs up' }).click();
+      await page.locator('.toast').getByText('Thanks. We will play more like this.').waitFor();
+      assert.deepEqual(mock.ratings, [{ path: '/amazonMusic/rate?url=x', value: true }]);
+      assert.equal(await menu.count(), 0);
+      await person.waitFor(() => more.evaluate((element) => element === document.activeElement));
+    }));
 
-  it('is there only where there is something in it', () => visit({}, async ({ person }) => {
-    await person.row('Open Stations').click();
-    await person.row(/^Play Coastal folk/).waitFor();
-    assert.equal(await person.button(/\(More\)$/).count(), 0);
-  }));
+  it('is there only where there is something in it', () =>
+    visit({}, async ({ person }) => {
+      await person.row('Open Stations').click();
+      await person.row(/^Play Coastal folk/).waitFor();
+      assert.equal(await person.button(/\(More\)$/).count(), 0);
+    }));
 });
 
 describe('messages of the service', () => {
-  it('show in front when playing fails, with the buttons in order, and give the focus back', () => visit({}, async ({ page, person }) => {
-    await person.row('Open New and noteworthy').click();
-    const row = person.row(/^Play Members Only/);
-    await row.click();
-    const dialog = page.getByRole('dialog');
-    await dialog.getByRole('heading', { name: 'Your plan does not include this track' }).waitFor();
-    await person.waitFor(() => page.evaluate(() => document.activeElement.tagName === 'H2'));
-    const offered = await dialog.locator('.screen-buttons > *').allInnerTexts();
-    assert.deepEqual(offered.map((text) => text.trim()), ['See the plans', 'Not now']);
-    assert.equal(await dialog.getByRole('link').getAttribute('rel'), 'noopener noreferrer');
-    assert.equal(await page.locator('.toast').count(), 0, 'not told a second time');
-    await page.keyboard.press('Escape');
-    await dialog.waitFor({ state: 'detached' });
-    await person.waitFor(() => row.evaluate((element) => element === document.activeElement));
-    assert.match(await page.getByRole('region', { name: 'Messages' }).innerText(), /Playback failed/);
-  }));
+  it('show in front when playing fails, with the buttons in order, and give the focus back', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open New and noteworthy').click();
+      const row = person.row(/^Play Members Only/);
+      await row.click();
+      const dialog = page.getByRole('dialog');
+      await dialog
+        .getByRole('heading', { name: 'Your plan does not include this track' })
+        .waitFor();
+      await person.waitFor(() => page.evaluate(() => document.activeElement.tagName === 'H2'));
+      const offered = await dialog.locator('.screen-buttons > *').allInnerTexts();
+      assert.deepEqual(
+        offered.map((text) => text.trim()),
+        ['See the plans', 'Not now'],
+      );
+      assert.equal(await dialog.getByRole('link').getAttribute('rel'), 'noopener noreferrer');
+      assert.equal(await page.locator('.toast').count(), 0, 'not told a second time');
+      await page.keyboard.press('Escape');
+      await dialog.waitFor({ state: 'detached' });
+      await person.waitFor(() => row.evaluate((element) => element === document.activeElement));
+      assert.match(
+        await page.getByRole('region', { name: 'Messages' }).innerText(),
+        /Playback failed/,
+      );
+    }));
 
-  it('close by their own button', () => visit({}, async ({ mock, page, person }) => {
-    await person.row('Open New and noteworthy').click();
-    await person.row(/^Play Members Only/).click();
-    await page.getByRole('dialog').getByRole('button', { name: 'Not now' }).click();
-    await page.getByRole('dialog').waitFor({ state: 'detached' });
-    assert.equal(asked(mock, 'POST /api/v1/rows/activate'), 1);
-  }));
+  it('close by their own button', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open New and noteworthy').click();
+      await person.row(/^Play Members Only/).click();
+      await page.getByRole('dialog').getByRole('button', { name: 'Not now' }).click();
+      await page.getByRole('dialog').waitFor({ state: 'detached' });
+      assert.equal(asked(mock, 'POST /api/v1/rows/activate'), 1);
+    }));
 
-  it('stand in the list\'s place when a folder is one, and post what their button says', () => visit({}, async ({ mock, page, person }) => {
-    await person.row('Open New and noteworthy').click();
-    await person.row('Open The Vault Session').click();
-    await person.heading('This track is not available where you are').waitFor();
-    await person.button('Tell me when it is').click();
-    await person.row('Open The Vault Session').waitFor();
-    assert.equal(asked(mock, 'POST /api/v1/rows/activate'), 1);
-    assert.equal(await page.getByRole('article').count(), 0);
-  }));
+  it("stand in the list's place when a folder is one, and post what their button says", () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open New and noteworthy').click();
+      await person.row('Open The Vault Session').click();
+      await person.heading('This track is not available where you are').waitFor();
+      await person.button('Tell me when it is').click();
+      await person.row('Open The Vault Session').waitFor();
+      assert.equal(asked(mock, 'POST /api/v1/rows/activate'), 1);
+      assert.equal(await page.getByRole('article').count(), 0);
+    }));
 
-  it('keep a failed button\'s reason beside it', () => visit({}, async ({ mock, page, person }) => {
-    await person.row('Open New and noteworthy').click();
-    await person.row(/^Play Members Only/).click();
-    const dialog = page.getByRole('dialog');
-    await dialog.waitFor();
-    mock.refs.clear();
-    await dialog.getByRole('button', { name: 'Not now' }).click();
-    await dialog.getByRole('alert').getByText('This row is no longer known.').waitFor();
-  }));
+  it("keep a failed button's reason beside it", () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open New and noteworthy').click();
+      await person.row(/^Play Members Only/).click();
+      const dialog = page.getByRole('dialog');
+      await dialog.waitFor();
+      mock.refs.clear();
+      await dialog.getByRole('button', { name: 'Not now' }).click();
+      await dialog.getByRole('alert').getByText('This row is no longer known.').waitFor();
+    }));
 
-  it('pass by and stay in the list to be copied', () => visit({}, async ({ mock, page, person }) => {
-    await person.row('Open Albums').waitFor();
-    mock.state.addMessage('skipped', 'Skipped “Gulls”', 'It is not part of your plan.');
-    await page.locator('.toast').getByText('Skipped “Gulls”').waitFor();
-    await person.button('Close the note “Skipped “Gulls””').click();
-    await page.locator('.toast').waitFor({ state: 'detached' });
-    await person.button('Copy the message “Skipped “Gulls””').click();
-    assert.match(await page.evaluate(() => navigator.clipboard.readText()), /Skipped “Gulls”\nIt is not part of your plan\./);
-  }));
+  it('pass by and stay in the list to be copied', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open Albums').waitFor();
+      mock.state.addMessage('skipped', 'Skipped “Gulls”', 'It is not part of your plan.');
+      await page.locator('.toast').getByText('Skipped “Gulls”').waitFor();
+      await person.button('Close the note “Skipped “Gulls””').click();
+      await page.locator('.toast').waitFor({ state: 'detached' });
+      await person.button('Copy the message “Skipped “Gulls””').click();
+      assert.match(
+        await page.evaluate(() => navigator.clipboard.readText()),
+        /Skipped “Gulls”\nIt is not part of your plan\./,
+      );
+    }));
 
-  it('count as unread on a narrow page until their place is opened', () => visit({ wide: false }, async ({ mock, page, person }) => {
-    await person.row('Open Albums').waitFor();
-    mock.state.addMessage('error', 'One', '');
-    mock.state.addMessage('error', 'Two', '');
-    await page.getByRole('link', { name: /^Messages.*2 unread$/ }).click();
-    await page.getByRole('link', { name: 'Messages', exact: true }).waitFor();
-    assert.deepEqual(await page.locator('.message-title').allInnerTexts(), ['Two', 'One']);
-  }));
+  it('count as unread on a narrow page until their place is opened', () =>
+    visit({ wide: false }, async ({ mock, page, person }) => {
+      await person.row('Open Albums').waitFor();
+      mock.state.addMessage('error', 'One', '');
+      mock.state.addMessage('error', 'Two', '');
+      await page.getByRole('link', { name: /^Messages.*2 unread$/ }).click();
+      await page.getByRole('link', { name: 'Messages', exact: true }).waitFor();
+      assert.deepEqual(await page.locator('.message-title').allInnerTexts(), ['Two', 'One']);
+    }));
 
-  it('offer the service\'s buttons in the list too', () => visit({}, async ({ mock, page, person }) => {
-    await person.row('Open Albums').waitFor();
-    mock.state.addMessage('error', 'Ask', 'Text', [
-      { type: 6, title: 'Ask' }, { type: 106, title: 'Read on', link: 'https://service.test/x' },
-      { type: 106, title: 'Evil', link: 'javascript:alert(1)' }]);
-    const message = page.getByRole('region', { name: 'Messages' });
-    await message.getByRole('link', { name: 'Read on (opens in a new tab)' }).waitFor();
-    assert.equal(await message.getByText('Evil').count(), 0);
-  }));
+  it("offer the service's buttons in the list too", () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open Albums').waitFor();
+      mock.state.addMessage('error', 'Ask', 'Text', [
+        { type: 6, title: 'Ask' },
+        { type: 106, title: 'Read on', link: 'https://service.test/x' },
+        { type: 106, title: 'Evil', link: 'javascript:alert(1)' },
+      ]);
+      const message = page.getByRole('region', { name: 'Messages' });
+      await message.getByRole('link', { name: 'Read on (opens in a new tab)' }).waitFor();
+      assert.equal(await message.getByText('Evil').count(), 0);
+    }));
 });
 
 describe('the player', () => {
@@ -311,138 +385,155 @@ describe('the player', () => {
     await person.now.getByRole('button', { name: 'Pause' }).waitFor();
   };
 
-  it('offers the play modes that are supported, and no others', () => visit({}, async (scene) => {
-    await playAlbum(scene);
-    const { mock, person } = scene;
-    const repeat = person.now.getByRole('button', { name: /^Repeat/ });
-    for (const name of ['Repeat: off', 'Repeat: all tracks', 'Repeat: this track']) {
-      await person.waitFor(async () => await repeat.getAttribute('aria-label') === name);
-      await repeat.click();
-    }
-    const shuffle = person.now.getByRole('button', { name: 'Shuffle' });
-    await shuffle.click();
-    await person.waitFor(async () => await shuffle.getAttribute('aria-pressed') === 'true');
-    mock.state.play({ kind: 'station', number: 30 });
-    await shuffle.waitFor({ state: 'detached' });
-    assert.equal(await repeat.count(), 0);
-  }));
+  it('offers the play modes that are supported, and no others', () =>
+    visit({}, async (scene) => {
+      await playAlbum(scene);
+      const { mock, person } = scene;
+      const repeat = person.now.getByRole('button', { name: /^Repeat/ });
+      for (const name of ['Repeat: off', 'Repeat: all tracks', 'Repeat: this track']) {
+        await person.waitFor(async () => (await repeat.getAttribute('aria-label')) === name);
+        await repeat.click();
+      }
+      const shuffle = person.now.getByRole('button', { name: 'Shuffle' });
+      await shuffle.click();
+      await person.waitFor(async () => (await shuffle.getAttribute('aria-pressed')) === 'true');
+      mock.state.play({ kind: 'station', number: 30 });
+      await shuffle.waitFor({ state: 'detached' });
+      assert.equal(await repeat.count(), 0);
+    }));
 
-  it('seeks by hand and by keys, and does not jump back meanwhile', () => visit({}, async (scene) => {
-    await playAlbum(scene);
-    const { mock, person } = scene;
-    const slider = person.now.getByRole('slider', { name: 'Position' });
-    await slider.fill('60000');
-    await person.waitFor(() => mock.state.position() >= 60000);
-    assert.ok(await person.position() >= 59000);
-    await slider.press('ArrowLeft');
-    await person.waitFor(() => mock.state.position() < 58000);
-    assert.match(await slider.getAttribute('aria-valuetext'), /^5\d s of 1 min 35 s$/);
-  }));
+  it('seeks by hand and by keys, and does not jump back meanwhile', () =>
+    visit({}, async (scene) => {
+      await playAlbum(scene);
+      const { mock, person } = scene;
+      const slider = person.now.getByRole('slider', { name: 'Position' });
+      await slider.fill('60000');
+      await person.waitFor(() => mock.state.position() >= 60000);
+      assert.ok((await person.position()) >= 59000);
+      await slider.press('ArrowLeft');
+      await person.waitFor(() => mock.state.position() < 58000);
+      assert.match(await slider.getAttribute('aria-valuetext'), /^5\d s of 1 min 35 s$/);
+    }));
 
-  it('rests the seek slider where the player cannot seek', () => visit({}, async ({ mock, person }) => {
-    await person.row('Open Albums').waitFor();
-    mock.state.play({ kind: 'station', number: 30 });
-    await person.now.getByRole('button', { name: 'Pause' }).waitFor();
-    assert.equal(await person.now.getByRole('slider', { name: 'Position' }).isDisabled(), true);
-  }));
+  it('rests the seek slider where the player cannot seek', () =>
+    visit({}, async ({ mock, person }) => {
+      await person.row('Open Albums').waitFor();
+      mock.state.play({ kind: 'station', number: 30 });
+      await person.now.getByRole('button', { name: 'Pause' }).waitFor();
+      assert.equal(await person.now.getByRole('slider', { name: 'Position' }).isDisabled(), true);
+    }));
 
-  it('sets volume and mute', () => visit({}, async ({ mock, person }) => {
-    await person.row('Open Albums').waitFor();
-    await person.now.getByRole('slider', { name: 'Volume' }).fill('20');
-    await person.waitFor(() => mock.state.volume === 20);
-    const mute = person.now.getByRole('button', { name: 'Mute' });
-    await mute.click();
-    await person.waitFor(async () => mock.state.mute && await mute.getAttribute('aria-pressed') === 'true');
-  }));
+  it('sets volume and mute', () =>
+    visit({}, async ({ mock, person }) => {
+      await person.row('Open Albums').waitFor();
+      await person.now.getByRole('slider', { name: 'Volume' }).fill('20');
+      await person.waitFor(() => mock.state.volume === 20);
+      const mute = person.now.getByRole('button', { name: 'Mute' });
+      await mute.click();
+      await person.waitFor(
+        async () => mock.state.mute && (await mute.getAttribute('aria-pressed')) === 'true',
+      );
+    }));
 
-  it('rates the track and shows what the service says to it', () => visit({}, async (scene) => {
-    await playAlbum(scene);
-    const { page, person } = scene;
-    const up = person.now.getByRole('button', { name: 'Thumbs up' });
-    await up.click();
-    await page.locator('.toast').getByText('Thanks. We will play more like this.').waitFor();
-    assert.equal(await up.getAttribute('aria-pressed'), 'true');
-    await person.now.getByRole('button', { name: 'Next track' }).click();
-    await person.waitFor(async () => await up.getAttribute('aria-pressed') === 'false');
-  }));
+  it('rates the track and shows what the service says to it', () =>
+    visit({}, async (scene) => {
+      await playAlbum(scene);
+      const { page, person } = scene;
+      const up = person.now.getByRole('button', { name: 'Thumbs up' });
+      await up.click();
+      await page.locator('.toast').getByText('Thanks. We will play more like this.').waitFor();
+      assert.equal(await up.getAttribute('aria-pressed'), 'true');
+      await person.now.getByRole('button', { name: 'Next track' }).click();
+      await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'false');
+    }));
 
-  it('says the new title once, politely, and in the window\'s title', () => visit({}, async (scene) => {
-    await playAlbum(scene);
-    const { page } = scene;
-    await page.getByRole('status').getByText('Now playing: Ferry Road by Mira Lindqvist').waitFor({ state: 'attached' });
-    assert.equal(await page.title(), 'Ferry Road · Tavu');
-  }));
+  it("says the new title once, politely, and in the window's title", () =>
+    visit({}, async (scene) => {
+      await playAlbum(scene);
+      const { page } = scene;
+      await page
+        .getByRole('status')
+        .getByText('Now playing: Ferry Road by Mira Lindqvist')
+        .waitFor({ state: 'attached' });
+      assert.equal(await page.title(), 'Ferry Road · Tavu');
+    }));
 
-  it('shows an error of the player where it plays', () => visit({}, async ({ mock, person }) => {
-    await person.row('Open Albums').waitFor();
-    mock.state.error = { title: 'The stream broke off.', detail: 'Try the next track.' };
-    mock.state.told();
-    await person.now.getByText('The stream broke off.').waitFor();
-  }));
+  it('shows an error of the player where it plays', () =>
+    visit({}, async ({ mock, person }) => {
+      await person.row('Open Albums').waitFor();
+      mock.state.error = { title: 'The stream broke off.', detail: 'Try the next track.' };
+      mock.state.told();
+      await person.now.getByText('The stream broke off.').waitFor();
+    }));
 
-  it('is steered by single keys, which can be switched off', () => visit({}, async (scene) => {
-    await playAlbum(scene);
-    const { page, person } = scene;
-    await page.keyboard.press('p');
-    await person.now.getByRole('button', { name: 'Play', exact: true }).waitFor();
-    await person.button('Settings').click();
-    await page.getByLabel('Use single-key shortcuts').uncheck();
-    await page.keyboard.press('Escape');
-    await page.getByRole('dialog').waitFor({ state: 'detached' });
-    await page.keyboard.press('p');
-    await page.keyboard.press('/');
-    await page.waitForTimeout(300);
-    assert.equal(await person.now.getByRole('button', { name: 'Play', exact: true }).count(), 1);
-    assert.notEqual(await page.evaluate(() => document.activeElement.id), 'search');
-  }));
+  it('is steered by single keys, which can be switched off', () =>
+    visit({}, async (scene) => {
+      await playAlbum(scene);
+      const { page, person } = scene;
+      await page.keyboard.press('p');
+      await person.now.getByRole('button', { name: 'Play', exact: true }).waitFor();
+      await person.button('Settings').click();
+      await page.getByLabel('Use single-key shortcuts').uncheck();
+      await page.keyboard.press('Escape');
+      await page.getByRole('dialog').waitFor({ state: 'detached' });
+      await page.keyboard.press('p');
+      await page.keyboard.press('/');
+      await page.waitForTimeout(300);
+      assert.equal(await person.now.getByRole('button', { name: 'Play', exact: true }).count(), 1);
+      assert.notEqual(await page.evaluate(() => document.activeElement.id), 'search');
+    }));
 
-  it('changes the sound output', () => visit({}, async ({ mock, page, person }) => {
-    await person.button('Settings').click();
-    await page.getByLabel('Living room DAC').check();
-    await person.waitFor(() => mock.state.outputs[1].selected);
-    await person.waitFor(() => page.getByLabel('Living room DAC').isChecked());
-  }));
+  it('changes the sound output', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.button('Settings').click();
+      await page.getByLabel('Living room DAC').check();
+      await person.waitFor(() => mock.state.outputs[1].selected);
+      await person.waitFor(() => page.getByLabel('Living room DAC').isChecked());
+    }));
 
-  it('marks the row that plays', () => visit({}, async (scene) => {
-    await playAlbum(scene);
-    const { person } = scene;
-    await person.row('Open Albums').click();
-    await person.row(/^Open Harbour/).click();
-    const row = person.row(/^Play Ferry Road/);
-    await person.waitFor(async () => await row.getAttribute('aria-current') === 'true');
-  }));
+  it('marks the row that plays', () =>
+    visit({}, async (scene) => {
+      await playAlbum(scene);
+      const { person } = scene;
+      await person.row('Open Albums').click();
+      await person.row(/^Open Harbour/).click();
+      const row = person.row(/^Play Ferry Road/);
+      await person.waitFor(async () => (await row.getAttribute('aria-current')) === 'true');
+    }));
 });
 
 describe('a lost connection', () => {
-  it('shows within five seconds, rests the controls, and ends with the full state', () => visit({}, async ({ mock, page, person }) => {
-    await person.row('Open Albums').waitFor();
-    mock.faults.refuseEvents = true;
-    mock.dropStreams();
-    const banner = page.getByRole('alert').getByText('Lost the connection to the player.');
-    await banner.waitFor({ timeout: 5000 });
-    const mute = person.now.getByRole('button', { name: 'Mute' });
-    assert.equal(await mute.getAttribute('aria-disabled'), 'true');
-    assert.equal(await mute.getAttribute('title'), 'Not connected to the player');
-    assert.equal(await person.row('Open Albums').getAttribute('aria-disabled'), 'true');
+  it('shows within five seconds, rests the controls, and ends with the full state', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open Albums').waitFor();
+      mock.faults.refuseEvents = true;
+      mock.dropStreams();
+      const banner = page.getByRole('alert').getByText('Lost the connection to the player.');
+      await banner.waitFor({ timeout: 5000 });
+      const mute = person.now.getByRole('button', { name: 'Mute' });
+      assert.equal(await mute.getAttribute('aria-disabled'), 'true');
+      assert.equal(await mute.getAttribute('title'), 'Not connected to the player');
+      assert.equal(await person.row('Open Albums').getAttribute('aria-disabled'), 'true');
 
-    Object.assign(mock.state, { volume: 11 });
-    mock.state.play({ kind: 'album', number: 2 });
-    mock.faults.refuseEvents = false;
-    await banner.waitFor({ state: 'detached', timeout: 10000 });
-    await person.waitFor(async () => await person.nowTitle() === 'Ferry Road');
-    assert.equal(await person.now.getByRole('slider', { name: 'Volume' }).inputValue(), '11');
-    assert.equal(await mute.getAttribute('aria-disabled'), null);
-  }));
+      Object.assign(mock.state, { volume: 11 });
+      mock.state.play({ kind: 'album', number: 2 });
+      mock.faults.refuseEvents = false;
+      await banner.waitFor({ state: 'detached', timeout: 10000 });
+      await person.waitFor(async () => (await person.nowTitle()) === 'Ferry Road');
+      assert.equal(await person.now.getByRole('slider', { name: 'Volume' }).inputValue(), '11');
+      assert.equal(await mute.getAttribute('aria-disabled'), null);
+    }));
 
-  it('keeps the focus where it was', () => visit({}, async ({ mock, page, person }) => {
-    const row = person.row('Open Albums');
-    await row.focus();
-    mock.faults.refuseEvents = true;
-    mock.dropStreams();
-    await page.getByText('Lost the connection').waitFor();
-    assert.equal(await row.evaluate((element) => element === document.activeElement), true);
-    mock.faults.refuseEvents = false;
-    await page.getByText('Lost the connection').waitFor({ state: 'detached', timeout: 10000 });
-    assert.equal(await row.evaluate((element) => element === document.activeElement), true);
-  }));
+  it('keeps the focus where it was', () =>
+    visit({}, async ({ mock, page, person }) => {
+      const row = person.row('Open Albums');
+      await row.focus();
+      mock.faults.refuseEvents = true;
+      mock.dropStreams();
+      await page.getByText('Lost the connection').waitFor();
+      assert.equal(await row.evaluate((element) => element === document.activeElement), true);
+      mock.faults.refuseEvents = false;
+      await page.getByText('Lost the connection').waitFor({ state: 'detached', timeout: 10000 });
+      assert.equal(await row.evaluate((element) => element === document.activeElement), true);
+    }));
 });

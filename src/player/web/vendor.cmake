@@ -1,5 +1,5 @@
-# Copies what the page uses out of node_modules. A strict Content-Security-Policy rules out an inline
-# import map, so the one bare import among these files is made relative here.
+# Copies what the page uses out of node_modules. A strict Content-Security-Policy rules out an
+# inline import map, so the one bare import among these files is made relative here.
 file(MAKE_DIRECTORY ${VENDOR})
 file(COPY_FILE ${MODULES}/preact/dist/preact.mjs ${VENDOR}/preact.js)
 file(COPY_FILE ${MODULES}/htm/dist/htm.module.js ${VENDOR}/htm.js)

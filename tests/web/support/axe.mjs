@@ -8,11 +8,22 @@ const source = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe
 export async function assertAccessible(page, where) {
   // As evaluated text, not as a script element: the page's own policy forbids those.
   await page.evaluate(source);
-  const { violations, passes } = await page.evaluate(() => window.axe.run(document, {
-    runOnly: ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'],
-  }));
+  const { violations, passes } = await page.evaluate(() =>
+    window.axe.run(document, {
+      runOnly: ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'],
+    }),
+  );
   assert.ok(passes.length > 10, `${where}: axe looked at hardly anything`);
-  const found = violations.map(({ id, help, nodes }) => `${id}: ${help}\n  ${nodes.slice(0, 4).map((node) => `${node.html.slice(0, 160)} | ${node.failureSummary?.split('\n')[1]?.trim() ?? ''}`).join('\n  ')}`);
+  const found = violations.map(
+    ({ id, help, nodes }) =>
+      `${id}: ${help}\n  ${nodes
+        .slice(0, 4)
+        .map(
+          (node) =>
+            `${node.html.slice(0, 160)} | ${node.failureSummary?.split('\n')[1]?.trim() ?? ''}`,
+        )
+        .join('\n  ')}`,
+  );
   assert.deepEqual(found, [], where);
 }
 
@@ -35,10 +46,12 @@ export async function assertNoSidewaysScroll(page, where) {
 
 /** Everything to press is at least 24 × 24 CSS pixels; links within a sentence may be smaller. */
 export async function assertTargets(page, where) {
-  const small = await page.evaluate(() => [...document.querySelectorAll('button, a[href], input, summary')]
-    .filter((element) => element.checkVisibility() && !element.matches('.choice input'))
-    .map((element) => [element, element.getBoundingClientRect()])
-    .filter(([, box]) => box.width > 0 && (box.width < 24 || box.height < 24))
-    .map(([element, box]) => `${element.outerHTML.slice(0, 100)} ${box.width}×${box.height}`));
+  const small = await page.evaluate(() =>
+    [...document.querySelectorAll('button, a[href], input, summary')]
+      .filter((element) => element.checkVisibility() && !element.matches('.choice input'))
+      .map((element) => [element, element.getBoundingClientRect()])
+      .filter(([, box]) => box.width > 0 && (box.width < 24 || box.height < 24))
+      .map(([element, box]) => `${element.outerHTML.slice(0, 100)} ${box.width}×${box.height}`),
+  );
   assert.deepEqual(small, [], where);
 }

@@ -6,8 +6,14 @@ import { startMock } from '../mockplayer.mjs';
 
 const executablePath = process.env.TAVU_CHROMIUM ?? '/usr/bin/chromium';
 const args = [
-  '--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
-  '--disable-background-networking', '--disable-component-update', '--disable-sync',
+  '--headless',
+  '--no-sandbox',
+  '--disable-gpu',
+  '--disable-quic',
+  '--no-first-run',
+  '--disable-background-networking',
+  '--disable-component-update',
+  '--disable-sync',
 ];
 
 export const widths = { phone: { width: 390, height: 844 }, desktop: { width: 1280, height: 800 } };
@@ -19,7 +25,12 @@ export const launch = () => chromium.launch({ executablePath, args });
  * console errors and breaches of the content security policy.
  */
 export async function openPage(browser, base, { viewport = widths.desktop, ...options } = {}) {
-  const context = await browser.newContext({ viewport, colorScheme: 'dark', locale: 'en-GB', ...options });
+  const context = await browser.newContext({
+    viewport,
+    colorScheme: 'dark',
+    locale: 'en-GB',
+    ...options,
+  });
   await context.grantPermissions(['clipboard-read', 'clipboard-write']);
   const page = await context.newPage();
   page.setDefaultTimeout(8000);
@@ -54,5 +65,8 @@ export async function visit(browser, { token, query = '', prepare = () => {}, ..
 const provoked = /Failed to load resource|net::ERR_|EventSource/;
 
 export function assertNoFaults(page) {
-  assert.deepEqual(page.faults.filter((fault) => !provoked.test(fault)), []);
+  assert.deepEqual(
+    page.faults.filter((fault) => !provoked.test(fault)),
+    [],
+  );
 }

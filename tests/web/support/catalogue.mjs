@@ -2,26 +2,48 @@
 // web page must show.
 
 const browse = '/amazonMusic/browse';
-const pathOf = (page) => (page ? `${browse}?url=${encodeURIComponent(`https://service.test/${page}`)}` : browse);
+const pathOf = (page) =>
+  page ? `${browse}?url=${encodeURIComponent(`https://service.test/${page}`)}` : browse;
 
 export const rootPath = pathOf('');
 
 const albums = [
-  ['Harbour Lights', 'Mira Lindqvist'], ['Slow Engines', 'The Paper Cranes'],
-  ['Nachtfahrt', 'Ostkreuz Ensemble'], ['Copper and Salt', 'Ines Varela'],
-  ['Fieldnotes, Vol. 2', 'Tallgrass'], ['Blue Hour', 'Kofi Mensah Trio'],
-  ['A Map of Small Rooms', 'Juniper & Oak'], ['Lanterns', 'Aiko Tanabe'],
-  ['Undertow', 'Saltwater Choir'], ['Paper Moons', 'Leo Marchetti'],
-  ['North by Ferry', 'Mira Lindqvist'], ['The Orchard Tapes', 'Tallgrass'],
-  ['Marble Arch', 'Delphine Roux'], ['Static Bloom', 'Vantage'],
-  ['Evening Standard', 'Kofi Mensah Trio'], ['Cartography for Beginners and Other Long Titles', 'The Slow Cartographers of the Northern Reach'],
-  ['Glasshouse', 'Delphine Roux'], ['Half-Light', 'Aiko Tanabe'],
-  ['Seven Bridges', 'Ostkreuz Ensemble'], ['Wintering', 'Juniper & Oak'],
+  ['Harbour Lights', 'Mira Lindqvist'],
+  ['Slow Engines', 'The Paper Cranes'],
+  ['Nachtfahrt', 'Ostkreuz Ensemble'],
+  ['Copper and Salt', 'Ines Varela'],
+  ['Fieldnotes, Vol. 2', 'Tallgrass'],
+  ['Blue Hour', 'Kofi Mensah Trio'],
+  ['A Map of Small Rooms', 'Juniper & Oak'],
+  ['Lanterns', 'Aiko Tanabe'],
+  ['Undertow', 'Saltwater Choir'],
+  ['Paper Moons', 'Leo Marchetti'],
+  ['North by Ferry', 'Mira Lindqvist'],
+  ['The Orchard Tapes', 'Tallgrass'],
+  ['Marble Arch', 'Delphine Roux'],
+  ['Static Bloom', 'Vantage'],
+  ['Evening Standard', 'Kofi Mensah Trio'],
+  [
+    'Cartography for Beginners and Other Long Titles',
+    'The Slow Cartographers of the Northern Reach',
+  ],
+  ['Glasshouse', 'Delphine Roux'],
+  ['Half-Light', 'Aiko Tanabe'],
+  ['Seven Bridges', 'Ostkreuz Ensemble'],
+  ['Wintering', 'Juniper & Oak'],
 ].map(([title, artist], number) => ({ title, artist, number }));
 
 const trackNames = [
-  'Ferry Road', 'First Light', 'Tin Roof', 'Letters Home', 'The Long Pier', 'Undercurrent',
-  'Signal Box', 'Quiet Machines', 'Gulls', 'Last Bus to Harbour Lights',
+  'Ferry Road',
+  'First Light',
+  'Tin Roof',
+  'Letters Home',
+  'The Long Pier',
+  'Undercurrent',
+  'Signal Box',
+  'Quiet Machines',
+  'Gulls',
+  'Last Bus to Harbour Lights',
 ];
 
 const art = (number) => `/api/v1/artwork/${number}`;
@@ -32,43 +54,95 @@ const suffix = (ms) => {
 };
 
 const music = (artist, album, more = {}) => ({
-  metaData: { artist, ...(album ? { album } : {}), playLogicPath: '/amazonMusic/playLogic', ...more },
+  metaData: {
+    artist,
+    ...(album ? { album } : {}),
+    playLogicPath: '/amazonMusic/playLogic',
+    ...more,
+  },
   resources: [{ uri: 'https://service.test/playable' }],
 });
 
 const folder = (title, page, icon = '') => ({
-  title, icon, type: 1, audioType: 0, path: pathOf(page), openable: true, playable: false, doNotTrack: true,
+  title,
+  icon,
+  type: 1,
+  audioType: 0,
+  path: pathOf(page),
+  openable: true,
+  playable: false,
+  doNotTrack: true,
   mediaData: { metaData: { playLogicPath: '/amazonMusic/playLogic' } },
 });
 
 const album = ({ title, artist, number }) => ({
-  title, icon: art(number), type: 1, audioType: 1, containerType: 2, containerPlayable: true,
-  path: pathOf(`album/${number}`), openable: true, playable: true, doNotTrack: true,
-  mediaData: music(artist), sound: { kind: 'album', number },
+  title,
+  icon: art(number),
+  type: 1,
+  audioType: 1,
+  containerType: 2,
+  containerPlayable: true,
+  path: pathOf(`album/${number}`),
+  openable: true,
+  playable: true,
+  doNotTrack: true,
+  mediaData: music(artist),
+  sound: { kind: 'album', number },
 });
 
 const station = (title, number) => ({
-  title, icon: art(number), type: 3, audioType: 2, path: '/amazonMusic?selfUrl=s', openable: false,
-  playable: true, doNotTrack: true, mediaData: music('', ''), sound: { kind: 'station', number, title },
+  title,
+  icon: art(number),
+  type: 3,
+  audioType: 2,
+  path: '/amazonMusic?selfUrl=s',
+  openable: false,
+  playable: true,
+  doNotTrack: true,
+  mediaData: music('', ''),
+  sound: { kind: 'station', number, title },
 });
 
 const track = (title, owner, index) => {
   const duration = 95000 + ((index * 37 + owner.number * 53) % 210) * 1000;
   return {
-    title: title + suffix(duration), icon: art(owner.number), type: 3, audioType: 1,
-    path: '/amazonMusic?selfUrl=t', openable: false, playable: true, likeable: true, doNotTrack: true,
+    title: title + suffix(duration),
+    icon: art(owner.number),
+    type: 3,
+    audioType: 1,
+    path: '/amazonMusic?selfUrl=t',
+    openable: false,
+    playable: true,
+    likeable: true,
+    doNotTrack: true,
     mediaData: music(owner.artist, owner.title, { likeItPath: '/amazonMusic/rate?url=x' }),
-    sound: { kind: 'track', title, artist: owner.artist, album: owner.title, duration, number: owner.number },
+    sound: {
+      kind: 'track',
+      title,
+      artist: owner.artist,
+      album: owner.title,
+      duration,
+      number: owner.number,
+    },
   };
 };
 
 const seeMore = (page) => ({
-  title: 'See more results', type: 1, path: pathOf(page), openable: true, playable: false,
+  title: 'See more results',
+  type: 1,
+  path: pathOf(page),
+  openable: true,
+  playable: false,
 });
 
 const refused = {
-  title: 'The Vault Session', icon: 'skin:iconMusic', type: 1, path: pathOf('error/region'),
-  openable: true, playable: false, doNotTrack: true,
+  title: 'The Vault Session',
+  icon: 'skin:iconMusic',
+  type: 1,
+  path: pathOf('error/region'),
+  openable: true,
+  playable: false,
+  doNotTrack: true,
 };
 
 /** A track that the service refuses to start, with a screen of its own. */
@@ -79,48 +153,120 @@ const unplayable = {
 
 const tracksOf = (owner) => trackNames.map((name, i) => track(name, owner, i));
 
-const manyTracks = (from, count) => Array.from({ length: count }, (_, i) =>
-  track(`Track number ${from + i + 1}`, albums[(from + i) % albums.length], from + i));
+const manyTracks = (from, count) =>
+  Array.from({ length: count }, (_, i) =>
+    track(`Track number ${from + i + 1}`, albums[(from + i) % albums.length], from + i),
+  );
 
-const message = (title, longDescription) => ({ title, longDescription, type: 6, openable: false, playable: false });
-const action = (title, does) => ({ title, type: 102, path: '/amazonMusic/close', does, openable: false, playable: false });
-const link = (title, uri) => ({ title, type: 106, link: uri, mediaData: { resources: [{ uri }] }, openable: false, playable: false });
+const message = (title, longDescription) => ({
+  title,
+  longDescription,
+  type: 6,
+  openable: false,
+  playable: false,
+});
+const action = (title, does) => ({
+  title,
+  type: 102,
+  path: '/amazonMusic/close',
+  does,
+  openable: false,
+  playable: false,
+});
+const link = (title, uri) => ({
+  title,
+  type: 106,
+  link: uri,
+  mediaData: { resources: [{ uri }] },
+  openable: false,
+  playable: false,
+});
 
 export const regionScreen = [
-  message('This track is not available where you are',
-    'The rights for “The Vault Session” do not cover your country yet. You can ask to be told when they do, or read why some music is missing.'),
+  message(
+    'This track is not available where you are',
+    'The rights for “The Vault Session” do not cover your country yet. You can ask to be told when they do, or read why some music is missing.',
+  ),
   action('Tell me when it is', 'post'),
   link('Why is music missing?', 'https://service.test/help/rights'),
   action('Close', 'close'),
 ];
 
 export const planScreen = [
-  message('Your plan does not include this track',
-    'Members hear everything on demand. You can see the plans, or go on listening to stations and playlists.'),
+  message(
+    'Your plan does not include this track',
+    'Members hear everything on demand. You can see the plans, or go on listening to stations and playlists.',
+  ),
   link('See the plans', 'https://service.test/plans'),
   action('Not now', 'close'),
 ];
 
-const page = (title, rows, parent = {}) => ({ parent: { containerType: 100, ...parent }, title, rows });
+const page = (title, rows, parent = {}) => ({
+  parent: { containerType: 100, ...parent },
+  title,
+  rows,
+});
 
 const pages = new Map([
-  ['', page('', [
-    folder('Albums', 'albums'), folder('Artists', 'artists'), folder('Playlists', 'playlists'),
-    folder('Stations', 'stations'), folder('All tracks', 'tracks'), folder('New and noteworthy', 'new'),
-    folder('Empty shelf', 'empty'), folder('Broken shelf', 'broken'), folder('The whole archive', 'archive'),
-  ], { search: { title: 'Search', containerType: 101, path: '/amazonMusic/search' } })],
+  [
+    '',
+    page(
+      '',
+      [
+        folder('Albums', 'albums'),
+        folder('Artists', 'artists'),
+        folder('Playlists', 'playlists'),
+        folder('Stations', 'stations'),
+        folder('All tracks', 'tracks'),
+        folder('New and noteworthy', 'new'),
+        folder('Empty shelf', 'empty'),
+        folder('Broken shelf', 'broken'),
+        folder('The whole archive', 'archive'),
+      ],
+      { search: { title: 'Search', containerType: 101, path: '/amazonMusic/search' } },
+    ),
+  ],
   ['albums', page('Albums', albums.map(album))],
-  ['artists', page('Artists', [...new Set(albums.map((a) => a.artist))].map((name) =>
-    folder(name, `artist/${encodeURIComponent(name)}`)))],
-  ['playlists', page('Playlists', [
-    album({ title: 'Sunday, slowly', artist: '24 tracks', number: 21 }),
-    album({ title: 'Night drive', artist: '18 tracks', number: 22 }),
-    album({ title: 'Kitchen radio', artist: '40 tracks', number: 23 }),
-  ])],
-  ['stations', page('Stations', ['Late-night piano', 'Coastal folk', 'Club 1989', 'Strings only', 'New today', 'Deep focus']
-    .map((title, i) => station(title, 30 + i)))],
-  ['new', page('New and noteworthy', [
-    ...tracksOf(albums[0]).slice(0, 4), refused, unplayable, ...tracksOf(albums[5]).slice(4, 8)])],
+  [
+    'artists',
+    page(
+      'Artists',
+      [...new Set(albums.map((a) => a.artist))].map((name) =>
+        folder(name, `artist/${encodeURIComponent(name)}`),
+      ),
+    ),
+  ],
+  [
+    'playlists',
+    page('Playlists', [
+      album({ title: 'Sunday, slowly', artist: '24 tracks', number: 21 }),
+      album({ title: 'Night drive', artist: '18 tracks', number: 22 }),
+      album({ title: 'Kitchen radio', artist: '40 tracks', number: 23 }),
+    ]),
+  ],
+  [
+    'stations',
+    page(
+      'Stations',
+      [
+        'Late-night piano',
+        'Coastal folk',
+        'Club 1989',
+        'Strings only',
+        'New today',
+        'Deep focus',
+      ].map((title, i) => station(title, 30 + i)),
+    ),
+  ],
+  [
+    'new',
+    page('New and noteworthy', [
+      ...tracksOf(albums[0]).slice(0, 4),
+      refused,
+      unplayable,
+      ...tracksOf(albums[5]).slice(4, 8),
+    ]),
+  ],
   ['empty', page('Empty shelf', [])],
   ['error/region', page('', regionScreen)],
   ['archive', page('The whole archive', manyTracks(0, 220))],
@@ -135,7 +281,9 @@ function artistPage(name) {
 
 function resultsFor(text) {
   const wanted = text.toLowerCase();
-  const found = albums.filter((a) => `${a.title} ${a.artist}`.toLowerCase().includes(wanted)).map(album);
+  const found = albums
+    .filter((a) => `${a.title} ${a.artist}`.toLowerCase().includes(wanted))
+    .map(album);
   const tracks = albums.flatMap(tracksOf).filter((row) => row.title.toLowerCase().includes(wanted));
   return page('', [...found, ...tracks.slice(0, 12)]);
 }
@@ -144,7 +292,10 @@ const dialogs = new Map([
   ['/amazonMusic/dialog/1', page('', planScreen)],
   ['/amazonMusic/dialog/2', page('', [message('Thanks, you will hear from us', '')])],
   ['/amazonMusic/dialog/rated', page('', [message('Thanks. We will play more like this.', '')])],
-  ['/amazonMusic/dialog/rated-down', page('', [message('Noted. We will play less like this.', '')])],
+  [
+    '/amazonMusic/dialog/rated-down',
+    page('', [message('Noted. We will play less like this.', '')]),
+  ],
 ]);
 
 /** The page behind a path of the control API, or null; "broken" is a page that cannot be had. */
@@ -169,7 +320,11 @@ export const searchPath = (text) => pathOf(`search/${encodeURIComponent(text)}`)
 /** The tracks that a play command starts. */
 export function queueOf(sound) {
   if (sound.kind === 'track') return [sound];
-  const owner = albums[sound.number] ?? { title: sound.title ?? 'Mixed', artist: 'Various artists', number: sound.number };
+  const owner = albums[sound.number] ?? {
+    title: sound.title ?? 'Mixed',
+    artist: 'Various artists',
+    number: sound.number,
+  };
   const tracks = tracksOf(owner).map((row) => row.sound);
   return sound.kind === 'station' ? tracks.reverse() : tracks;
 }

@@ -12,17 +12,37 @@ const inks = [
 ];
 
 const designs = [
-  ([a, b, c, d]) => `<rect width="300" height="300" fill="${d}"/><circle cx="150" cy="170" r="96" fill="${a}"/>
+  ([
+    a,
+    b,
+    c,
+    d,
+  ]) => `<rect width="300" height="300" fill="${d}"/><circle cx="150" cy="170" r="96" fill="${a}"/>
     <path d="M0 190h300v110H0z" fill="${b}"/><path d="M0 232h300v68H0z" fill="${c}"/>`,
-  ([a, b, c, d]) => `<rect width="300" height="300" fill="${a}"/><path d="M0 0h150v300H0z" fill="${b}"/>
+  ([
+    a,
+    b,
+    c,
+    d,
+  ]) => `<rect width="300" height="300" fill="${a}"/><path d="M0 0h150v300H0z" fill="${b}"/>
     <circle cx="150" cy="150" r="72" fill="${c}"/><path d="M150 78a72 72 0 0 1 0 144z" fill="${d}"/>`,
-  ([a, b, c, d]) => `<rect width="300" height="300" fill="${b}"/><path d="M0 300 170 60l130 240z" fill="${a}"/>
+  ([
+    a,
+    b,
+    c,
+    d,
+  ]) => `<rect width="300" height="300" fill="${b}"/><path d="M0 300 170 60l130 240z" fill="${a}"/>
     <path d="M120 300 240 130l60 90v80z" fill="${d}"/><circle cx="66" cy="72" r="28" fill="${c}"/>`,
   ([a, b, c, d]) => `<rect width="300" height="300" fill="${c}"/>
     ${[0, 1, 2, 3, 4].map((i) => `<rect x="${24 + i * 54}" y="${40 + ((i * 67) % 120)}" width="36" height="${220 - ((i * 67) % 120)}" rx="18" fill="${[a, b, d][i % 3]}"/>`).join('')}`,
   ([a, b, c, d]) => `<rect width="300" height="300" fill="${d}"/>
     ${[130, 98, 66, 34].map((r, i) => `<circle cx="150" cy="150" r="${r}" fill="${[a, b, c, d][i]}"/>`).join('')}`,
-  ([a, b, c, d]) => `<rect width="300" height="300" fill="${a}"/><path d="M0 0h300L0 300z" fill="${c}"/>
+  ([
+    a,
+    b,
+    c,
+    d,
+  ]) => `<rect width="300" height="300" fill="${a}"/><path d="M0 0h300L0 300z" fill="${c}"/>
     <path d="M60 60h120v120H60z" fill="${b}"/><circle cx="205" cy="205" r="55" fill="${d}"/>`,
 ];
 
@@ -40,7 +60,8 @@ export function codePictureSvg(text) {
     state = (state * 1664525 + 1013904223) >>> 0;
     return state / 2 ** 32;
   };
-  const corner = (x, y) => `<path d="M${x} ${y}h7v7h-7zM${x + 1} ${y + 1}v5h5v-5zM${x + 2} ${y + 2}h3v3h-3z" fill-rule="evenodd"/>`;
+  const corner = (x, y) =>
+    `<path d="M${x} ${y}h7v7h-7zM${x + 1} ${y + 1}v5h5v-5zM${x + 2} ${y + 2}h3v3h-3z" fill-rule="evenodd"/>`;
   const inCorner = (x, y) => (x < 8 && y < 8) || (x > size - 9 && y < 8) || (x < 8 && y > size - 9);
   let dots = '';
   for (let y = 0; y < size; y += 1) {

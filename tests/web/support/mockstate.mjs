@@ -8,7 +8,15 @@ export class MockState {
     this.emit = emit;
     this.messages = [];
     this.nextMessage = 1;
-    this.login = { state: 'loggedOut', userCode: '', verificationUri: '', verificationUriComplete: '', expiresAt: '', expiresIn: 0, message: '' };
+    this.login = {
+      state: 'loggedOut',
+      userCode: '',
+      verificationUri: '',
+      verificationUriComplete: '',
+      expiresAt: '',
+      expiresIn: 0,
+      message: '',
+    };
     this.codes = ['QRST-WXYZ', 'BCDF-GHJK', 'LMNP-VTWX'];
     this.outputs = [
       { id: 'auto', name: 'Automatic', selected: true },
@@ -43,22 +51,46 @@ export class MockState {
     const { track } = this;
     const album = this.kind === 'album';
     return {
-      state: this.state, position: this.position(), at: new Date().toISOString(),
-      duration: track?.duration ?? 0, title: track?.title ?? '', artist: track?.artist ?? '',
-      album: track?.album ?? '', artwork: track ? `/api/v1/artwork/${track.number}` : '',
+      state: this.state,
+      position: this.position(),
+      at: new Date().toISOString(),
+      duration: track?.duration ?? 0,
+      title: track?.title ?? '',
+      artist: track?.artist ?? '',
+      album: track?.album ?? '',
+      artwork: track ? `/api/v1/artwork/${track.number}` : '',
       controls: {
-        pause: true, next: this.queue.length > 1, previous: Boolean(track),
-        seek: this.kind !== 'station', like: Boolean(track), dislike: Boolean(track),
+        pause: true,
+        next: this.queue.length > 1,
+        previous: Boolean(track),
+        seek: this.kind !== 'station',
+        like: Boolean(track),
+        dislike: Boolean(track),
       },
-      playModes: { shuffle: album, repeatOne: album, repeatAll: album, shuffleRepeatOne: false, shuffleRepeatAll: album },
-      mode: this.mode, volume: this.volume, mute: this.mute, bufferLevel: 100, error: this.error, output: 'auto',
+      playModes: {
+        shuffle: album,
+        repeatOne: album,
+        repeatAll: album,
+        shuffleRepeatOne: false,
+        shuffleRepeatAll: album,
+      },
+      mode: this.mode,
+      volume: this.volume,
+      mute: this.mute,
+      bufferLevel: 100,
+      error: this.error,
+      output: 'auto',
     };
   }
 
   snapshot(serial) {
     return {
-      version: '0.1.0', serial, service: { name: 'Amazon Music', loggedIn: this.login.state === 'loggedIn' },
-      login: this.login, player: this.player(), messages: this.messages,
+      version: '0.1.0',
+      serial,
+      service: { name: 'Amazon Music', loggedIn: this.login.state === 'loggedIn' },
+      login: this.login,
+      player: this.player(),
+      messages: this.messages,
     };
   }
 
@@ -97,7 +129,15 @@ export class MockState {
   }
 
   addMessage(kind, title, text, rows) {
-    const message = { id: `m${this.nextMessage}`, at: new Date().toISOString(), kind, title, text, source: 'amazonMusic', ...(rows ? { rows } : {}) };
+    const message = {
+      id: `m${this.nextMessage}`,
+      at: new Date().toISOString(),
+      kind,
+      title,
+      text,
+      source: 'amazonMusic',
+      ...(rows ? { rows } : {}),
+    };
     this.nextMessage += 1;
     this.messages = [...this.messages, message].slice(-20);
     this.emit('message', message);
@@ -112,14 +152,23 @@ export class MockState {
     const userCode = this.codes.shift();
     this.codes.push(userCode);
     this.setLogin({
-      state: 'waiting', userCode, verificationUri: `${base}/link`,
+      state: 'waiting',
+      userCode,
+      verificationUri: `${base}/link`,
       verificationUriComplete: `${base}/link?code=${userCode}`,
-      expiresAt: new Date(Date.now() + seconds * 1000).toISOString(), expiresIn: seconds,
+      expiresAt: new Date(Date.now() + seconds * 1000).toISOString(),
+      expiresIn: seconds,
     });
   }
 
   approve() {
-    this.setLogin({ state: 'loggedIn', userCode: '', verificationUri: '', verificationUriComplete: '', expiresIn: 0 });
+    this.setLogin({
+      state: 'loggedIn',
+      userCode: '',
+      verificationUri: '',
+      verificationUriComplete: '',
+      expiresIn: 0,
+    });
   }
 
   logout() {

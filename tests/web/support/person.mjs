@@ -47,10 +47,10 @@ export class Person {
     const row = this.row(name);
     const more = this.button('See more results');
     await this.page.locator('.rows:not([aria-hidden]) .row').first().waitFor();
-    while (await row.count() === 0 && await more.count() > 0) {
+    while ((await row.count()) === 0 && (await more.count()) > 0) {
       const before = await this.rowCount();
       await more.click();
-      await this.waitFor(async () => await this.rowCount() > before);
+      await this.waitFor(async () => (await this.rowCount()) > before);
     }
     return row;
   }

@@ -26,9 +26,15 @@ export async function tour({ mock, page, wide, look }) {
   await look('record, playing');
   await person.goTo('Now playing');
   await look('now playing');
-  mock.state.addMessage('skipped', 'Skipped “A title that goes on for quite a while before it ends”', 'It is not part of your plan.');
+  mock.state.addMessage(
+    'skipped',
+    'Skipped “A title that goes on for quite a while before it ends”',
+    'It is not part of your plan.',
+  );
   mock.state.addMessage('error', 'The stream broke off', 'Try the next track.', [
-    { type: 6, title: 'x' }, { type: 106, title: 'Read on', link: 'https://service.test/x' }]);
+    { type: 6, title: 'x' },
+    { type: 106, title: 'Read on', link: 'https://service.test/x' },
+  ]);
   await page.locator('.toast').first().waitFor();
   await person.goTo('Messages');
   await look('messages and notes');

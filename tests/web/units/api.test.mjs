@@ -4,7 +4,10 @@ import { test } from 'node:test';
 import { createApi } from '../../../src/player/web/js/api.js';
 
 const answer = (status, body) => ({
-  ok: status < 400, status, statusText: 'Text', json: async () => JSON.parse(body),
+  ok: status < 400,
+  status,
+  statusText: 'Text',
+  json: async () => JSON.parse(body),
 });
 
 function setUp(reply, options = {}) {
@@ -44,9 +47,18 @@ test('the root is asked for without a path', async () => {
 });
 
 test('a problem keeps the words of the player and the screen that goes with it', async () => {
-  const { api } = setUp(() => answer(409, JSON.stringify({
-    type: 'about:blank', title: 'T', detail: 'D', status: 409, actionReply: { result: { path: '/d/1' } },
-  })));
+  const { api } = setUp(() =>
+    answer(
+      409,
+      JSON.stringify({
+        type: 'about:blank',
+        title: 'T',
+        detail: 'D',
+        status: 409,
+        actionReply: { result: { path: '/d/1' } },
+      }),
+    ),
+  );
   await assert.rejects(api.play('r'), (error) => {
     assert.equal(error.title, 'T');
     assert.equal(error.detail, 'D');
@@ -63,14 +75,27 @@ test('a failure that is no problem document still says its status', async () => 
 
 test('a player that cannot be reached is told apart from one that answers', async () => {
   let unreachable = 0;
-  const { api } = setUp(() => { throw new TypeError('fetch'); }, { onUnreachable: () => { unreachable += 1; } });
+  const { api } = setUp(
+    () => {
+      throw new TypeError('fetch');
+    },
+    {
+      onUnreachable: () => {
+        unreachable += 1;
+      },
+    },
+  );
   await assert.rejects(api.state(), { title: 'The player does not answer' });
   assert.equal(unreachable, 1);
 });
 
 test('a missing access code is reported as such', async () => {
   let refused = 0;
-  const { api } = setUp(() => answer(401, '{"title":"Not allowed"}'), { onRefused: () => { refused += 1; } });
+  const { api } = setUp(() => answer(401, '{"title":"Not allowed"}'), {
+    onRefused: () => {
+      refused += 1;
+    },
+  });
   await assert.rejects(api.state(), { title: 'Not allowed' });
   assert.equal(refused, 1);
 });

@@ -30,7 +30,9 @@ function setUp() {
   const clock = {
     performance: { now: () => now },
     setTimeout: (run, ms) => timers.push({ run, ms }) - 1,
-    clearTimeout: (id) => { timers[id].run = () => {}; },
+    clearTimeout: (id) => {
+      timers[id].run = () => {};
+    },
   };
   const events = connectEvents({
     clock,
@@ -39,16 +41,30 @@ function setUp() {
       return sources.at(-1);
     },
     onEvent: (name, data) => heard.push([name, data]),
-    onLost: () => { lost += 1; },
+    onLost: () => {
+      lost += 1;
+    },
   });
-  return { events, sources, heard, timers, lost: () => lost, pass: (ms) => { now += ms; } };
+  return {
+    events,
+    sources,
+    heard,
+    timers,
+    lost: () => lost,
+    pass: (ms) => {
+      now += ms;
+    },
+  };
 }
 
 test('events arrive with their names and data', () => {
   const { sources, heard } = setUp();
   sources[0].say('snapshot', { serial: 1 });
   sources[0].say('position', { position: 5 });
-  assert.deepEqual(heard, [['snapshot', { serial: 1 }], ['position', { position: 5 }]]);
+  assert.deepEqual(heard, [
+    ['snapshot', { serial: 1 }],
+    ['position', { position: 5 }],
+  ]);
 });
 
 test('an unreadable event is passed over', () => {

@@ -1,7 +1,13 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { clock, codeGroups, remaining, shortTime, spokenTime } from '../../../src/player/web/js/format.js';
+import {
+  clock,
+  codeGroups,
+  remaining,
+  shortTime,
+  spokenTime,
+} from '../../../src/player/web/js/format.js';
 
 test('a clock time has hours only when there are any', () => {
   assert.equal(clock(0), '0:00');

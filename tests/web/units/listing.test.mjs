@@ -1,9 +1,17 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { createListing, createListings, entriesOf, isAtOrBelow } from '../../../src/player/web/js/listing.js';
+import {
+  createListing,
+  createListings,
+  entriesOf,
+  isAtOrBelow,
+} from '../../../src/player/web/js/listing.js';
 
-const settled = () => new Promise((done) => { setImmediate(done); });
+const settled = () =>
+  new Promise((done) => {
+    setImmediate(done);
+  });
 const more = (path) => ({ type: 1, title: 'See more results', path });
 
 /** Pages by path; answers like the player and remembers what it was asked. */
@@ -67,7 +75,10 @@ test('the rows behind "See more results" take that row\'s place', async () => {
   await listing.load();
   assert.equal(listing.moreRow().path, '/b');
   await listing.follow();
-  assert.deepEqual(entriesOf(listing).map(({ row }) => row.title), ['T0', 'T1', 'T2', 'T0', 'T1']);
+  assert.deepEqual(
+    entriesOf(listing).map(({ row }) => row.title),
+    ['T0', 'T1', 'T2', 'T0', 'T1'],
+  );
   assert.equal(listing.moreRow(), null);
 });
 
@@ -91,7 +102,9 @@ test('a next page that cannot be had leaves the row to press again', async () =>
 });
 
 test('fewer rows than counted leave no placeholder that never fills', async () => {
-  const api = { rows: async () => ({ path: '/a', parent: {}, rows: tracks(3), from: 0, count: 5 }) };
+  const api = {
+    rows: async () => ({ path: '/a', parent: {}, rows: tracks(3), from: 0, count: 5 }),
+  };
   const listing = createListing('/a', api);
   await listing.load();
   assert.ok(entriesOf(listing).every(({ row }) => row));
@@ -144,7 +157,8 @@ test('changed rows are asked for again where they show and forgotten elsewhere',
 });
 
 test('a change reaches what stands below it, up to a border between components', () => {
-  for (const path of ['/a', '/a/b', '/a?url=1', '/a&x']) assert.equal(isAtOrBelow(path, '/a'), true);
+  for (const path of ['/a', '/a/b', '/a?url=1', '/a&x'])
+    assert.equal(isAtOrBelow(path, '/a'), true);
   for (const path of ['/ab', '/b', '']) assert.equal(isAtOrBelow(path, '/a'), false);
   assert.equal(isAtOrBelow('/a/b', '/a/'), true);
 });

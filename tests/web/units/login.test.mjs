@@ -4,7 +4,8 @@ import { test } from 'node:test';
 import { mayRenew, renewalLimit } from '../../../src/player/web/js/login.js';
 
 const waiting = { state: 'waiting', endsAt: 10000 };
-const ask = (more) => mayRenew({ login: waiting, lastEndsAt: 10000, now: 10000, visible: true, renewals: 0, ...more });
+const ask = (more) =>
+  mayRenew({ login: waiting, lastEndsAt: 10000, now: 10000, visible: true, renewals: 0, ...more });
 
 test('a new code comes when the shown one has run out', () => {
   assert.equal(ask(), true);
@@ -16,7 +17,7 @@ test('a new code comes when the player has taken the old one back at its end', (
   assert.equal(ask({ login: { state: 'loggedOut' } }), true);
 });
 
-test('a refusal before the end is the user\'s answer, not a reason for a new code', () => {
+test("a refusal before the end is the user's answer, not a reason for a new code", () => {
   assert.equal(ask({ login: { state: 'failed' }, now: 3000 }), false);
 });
 

@@ -2,17 +2,34 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
 import {
-  isSupported, modeParts, nextRepeat, repeatSupported, shuffleSupported, toggledShuffle,
+  isSupported,
+  modeParts,
+  nextRepeat,
+  repeatSupported,
+  shuffleSupported,
+  toggledShuffle,
 } from '../../../src/player/web/js/modes.js';
 
-const all = { shuffle: true, repeatOne: true, repeatAll: true, shuffleRepeatOne: true, shuffleRepeatAll: true };
+const all = {
+  shuffle: true,
+  repeatOne: true,
+  repeatAll: true,
+  shuffleRepeatOne: true,
+  shuffleRepeatAll: true,
+};
 
 test('the six play modes are a shuffle switch and a repeat choice', () => {
-  assert.deepEqual([0, 1, 2, 3, 4, 5].map((mode) => modeParts(mode)), [
-    { shuffle: false, repeat: 'off' }, { shuffle: true, repeat: 'off' },
-    { shuffle: false, repeat: 'one' }, { shuffle: true, repeat: 'one' },
-    { shuffle: false, repeat: 'all' }, { shuffle: true, repeat: 'all' },
-  ]);
+  assert.deepEqual(
+    [0, 1, 2, 3, 4, 5].map((mode) => modeParts(mode)),
+    [
+      { shuffle: false, repeat: 'off' },
+      { shuffle: true, repeat: 'off' },
+      { shuffle: false, repeat: 'one' },
+      { shuffle: true, repeat: 'one' },
+      { shuffle: false, repeat: 'all' },
+      { shuffle: true, repeat: 'all' },
+    ],
+  );
   assert.deepEqual(modeParts(17), { shuffle: false, repeat: 'off' });
 });
 
@@ -30,8 +47,14 @@ test('shuffle that is not supported changes nothing', () => {
 });
 
 test('repeat goes round off, all and one', () => {
-  assert.deepEqual([0, 4, 2].map((mode) => nextRepeat(mode, all)), [4, 2, 0]);
-  assert.deepEqual([1, 5, 3].map((mode) => nextRepeat(mode, all)), [5, 3, 1]);
+  assert.deepEqual(
+    [0, 4, 2].map((mode) => nextRepeat(mode, all)),
+    [4, 2, 0],
+  );
+  assert.deepEqual(
+    [1, 5, 3].map((mode) => nextRepeat(mode, all)),
+    [5, 3, 1],
+  );
 });
 
 test('repeat leaves out what is not supported', () => {

@@ -2,7 +2,11 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
 import {
-  hasTrack, initialState, positionAt, reduce, unreadCount,
+  hasTrack,
+  initialState,
+  positionAt,
+  reduce,
+  unreadCount,
 } from '../../../src/player/web/js/reducer.js';
 
 const run = (events, state = initialState) => events.reduce(reduce, state);
@@ -11,9 +15,14 @@ const message = (id, more) => ({ id, kind: 'error', title: `Title ${id}`, text: 
 const snapshot = (data, now = 0) => ({ type: 'snapshot', now, data });
 
 test('a snapshot makes the page live and whole', () => {
-  const state = run([snapshot({
-    service: { name: 'S' }, login: { state: 'loggedIn' }, player: player(), messages: [message(1)],
-  })]);
+  const state = run([
+    snapshot({
+      service: { name: 'S' },
+      login: { state: 'loggedIn' },
+      player: player(),
+      messages: [message(1)],
+    }),
+  ]);
   assert.equal(state.connection, 'live');
   assert.equal(state.service.name, 'S');
   assert.equal(state.player.title, 'A');
@@ -45,7 +54,13 @@ test('a position event restarts the count from its own moment', () => {
 });
 
 test('a countdown follows the seconds that the player gave, not its wall clock', () => {
-  const state = run([{ type: 'login', now: 1000, data: { state: 'waiting', expiresIn: 60, expiresAt: '1999-01-01T00:00:00Z' } }]);
+  const state = run([
+    {
+      type: 'login',
+      now: 1000,
+      data: { state: 'waiting', expiresIn: 60, expiresAt: '1999-01-01T00:00:00Z' },
+    },
+  ]);
   assert.equal(state.login.endsAt, 61000);
 });
 
@@ -59,7 +74,11 @@ test('a message is shown once and kept', () => {
 });
 
 test('no more than twenty messages are kept, the newest', () => {
-  const events = Array.from({ length: 25 }, (_, i) => ({ type: 'message', now: 0, data: message(i) }));
+  const events = Array.from({ length: 25 }, (_, i) => ({
+    type: 'message',
+    now: 0,
+    data: message(i),
+  }));
   const { messages } = run(events);
   assert.equal(messages.length, 20);
   assert.equal(messages[0].id, 5);
@@ -89,7 +108,10 @@ test('messages count as unread until they were read', () => {
 });
 
 test('a rating belongs to its track and goes with it', () => {
-  const rated = run([{ type: 'player', now: 0, data: player() }, { type: 'rated', rating: 'up' }]);
+  const rated = run([
+    { type: 'player', now: 0, data: player() },
+    { type: 'rated', rating: 'up' },
+  ]);
   const same = reduce(rated, { type: 'player', now: 1, data: player({ state: 3 }) });
   const other = reduce(rated, { type: 'player', now: 1, data: player({ title: 'B' }) });
   assert.equal(same.rating, 'up');

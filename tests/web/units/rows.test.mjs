@@ -2,7 +2,15 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
 import {
-  durationOf, isMessageScreen, isRecord, isSeeMore, layoutOf, linkOf, pictureOf, signOf, splitTitle,
+  durationOf,
+  isMessageScreen,
+  isRecord,
+  isSeeMore,
+  layoutOf,
+  linkOf,
+  pictureOf,
+  signOf,
+  splitTitle,
   titleOf,
 } from '../../../src/player/web/js/rows.js';
 
@@ -70,7 +78,12 @@ test('only the last row can lead to more results', () => {
   assert.equal(isSeeMore(undefined, 9, 10), false);
 });
 
-const cover = (number, more) => ({ type: 1, icon: `/api/v1/artwork/${number}`, playable: true, ...more });
+const cover = (number, more) => ({
+  type: 1,
+  icon: `/api/v1/artwork/${number}`,
+  playable: true,
+  ...more,
+});
 
 test('covers are laid out as a grid, tracks and mixed pages as a list', () => {
   assert.equal(layoutOf([cover(1), cover(2), cover(3)]), 'grid');

@@ -20,14 +20,24 @@ test('letters typed into a field are text, not shortcuts', () => {
 
 test('the choice about shortcuts is kept', () => {
   const kept = new Map();
-  const storage = { getItem: (key) => kept.get(key) ?? null, setItem: (key, value) => kept.set(key, value) };
+  const storage = {
+    getItem: (key) => kept.get(key) ?? null,
+    setItem: (key, value) => kept.set(key, value),
+  };
   assert.equal(createPreferences(storage).shortcuts, true);
   createPreferences(storage).shortcuts = false;
   assert.equal(createPreferences(storage).shortcuts, false);
 });
 
 test('a closed or broken storage costs the memory, not the page', () => {
-  const closed = { getItem() { throw new Error(); }, setItem() { throw new Error(); } };
+  const closed = {
+    getItem() {
+      throw new Error();
+    },
+    setItem() {
+      throw new Error();
+    },
+  };
   const preferences = createPreferences(closed);
   preferences.shortcuts = false;
   assert.equal(preferences.shortcuts, false);

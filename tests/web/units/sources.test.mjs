@@ -11,11 +11,12 @@ import { pickLanguage, t } from '../../../src/player/web/js/text.js';
 const root = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '../../..');
 const web = path.join(root, 'src/player/web');
 const read = (file) => readFileSync(file, 'utf8');
-const filesIn = (folder, end) => readdirSync(folder, { withFileTypes: true }).flatMap((entry) => {
-  const full = path.join(folder, entry.name);
-  if (entry.isDirectory()) return filesIn(full, end);
-  return entry.name.endsWith(end) ? [full] : [];
-});
+const filesIn = (folder, end) =>
+  readdirSync(folder, { withFileTypes: true }).flatMap((entry) => {
+    const full = path.join(folder, entry.name);
+    if (entry.isDirectory()) return filesIn(full, end);
+    return entry.name.endsWith(end) ? [full] : [];
+  });
 const scripts = filesIn(path.join(web, 'js'), '.js');
 const styles = filesIn(path.join(web, 'css'), '.css');
 
@@ -41,7 +42,8 @@ test('versions are exact', () => {
 test('there is no inline script or style', () => {
   const html = read(path.join(web, 'index.html'));
   assert.doesNotMatch(html, /<style|\sstyle=|\son\w+=|<script(?![^>]*\ssrc=)/);
-  for (const file of scripts) assert.doesNotMatch(read(file), /<style|\sstyle="|innerHTML|eval\(/, file);
+  for (const file of scripts)
+    assert.doesNotMatch(read(file), /<style|\sstyle="|innerHTML|eval\(/, file);
 });
 
 test('nothing is loaded from elsewhere', () => {
@@ -51,11 +53,19 @@ test('nothing is loaded from elsewhere', () => {
 });
 
 test('every text that is used is written, and every written one is used', () => {
-  const source = scripts.filter((file) => !file.includes('texts')).map(read).join('\n');
+  const source = scripts
+    .filter((file) => !file.includes('texts'))
+    .map(read)
+    .join('\n');
   const computed = /^(messages\.kind|player\.repeat|settings\.key|place|login|row)\./;
-  const used = new Set([...source.matchAll(/'([a-z]+(?:\.[A-Za-z]+)*)'/g)].map((match) => match[1]));
+  const used = new Set(
+    [...source.matchAll(/'([a-z]+(?:\.[A-Za-z]+)*)'/g)].map((match) => match[1]),
+  );
   for (const [, id] of source.matchAll(/\bt\('([^']+)'/g)) assert.ok(id in en, id);
-  assert.deepEqual(Object.keys(en).filter((id) => !used.has(id) && !computed.test(id)), []);
+  assert.deepEqual(
+    Object.keys(en).filter((id) => !used.has(id) && !computed.test(id)),
+    [],
+  );
 });
 
 test('the texts speak the first of the wanted languages that there is', () => {
@@ -76,6 +86,10 @@ test('colours come from the one palette', () => {
   const literal = /#[0-9a-f]{3,8}\b/gi;
   for (const file of styles.filter((name) => !name.endsWith('tokens.css'))) {
     const found = read(file).match(literal) ?? [];
-    assert.deepEqual(found.filter((colour) => colour !== '#fff'), [], file);
+    assert.deepEqual(
+      found.filter((colour) => colour !== '#fff'),
+      [],
+      file,
+    );
   }
 });

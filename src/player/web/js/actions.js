@@ -46,9 +46,11 @@ export function createActions({ api, store, listings, router, now = () => perfor
     const plain = screenOfError(error);
     if (!error.screenPath) return showScreen(plain);
     const rows = await messageRows(error.screenPath).catch(() => []);
-    return showScreen(isMessageScreen(rows)
-      ? screenOfRows(rows, { status: plain.status, source: plain.source })
-      : plain);
+    return showScreen(
+      isMessageScreen(rows)
+        ? screenOfRows(rows, { status: plain.status, source: plain.source })
+        : plain,
+    );
   }
 
   /** Shows where an action led: a short message passes by, one with buttons stays. */

@@ -4,7 +4,7 @@ import { t } from './text.js';
 const patientMs = 40000;
 const briskMs = 8000;
 
-/** A failure to show to people: `title` and `detail` are the player's or the service's own words. */
+/** A failure to show to people: `title` and `detail` are the player's or the service's words. */
 export class ApiError extends Error {
   constructor({ title, detail = '', status = 0, type = '', actionReply = null }) {
     super(title);
@@ -82,8 +82,7 @@ export function createApi({ base = '/api/v1', token = () => '', fetch, onUnreach
     address,
     eventsAddress: () => address(`${base}/events`),
     /** `version` tells codes apart, so that no old picture is shown for a new code. */
-    qrAddress: (version) =>
-      address(`${base}/login/qr.svg?v=${encodeURIComponent(version ?? '')}`),
+    qrAddress: (version) => address(`${base}/login/qr.svg?v=${encodeURIComponent(version ?? '')}`),
     state: () => get('/state'),
     rows: (path, from, to) => {
       const query = new URLSearchParams({ from: String(from), to: String(to) });

@@ -1,6 +1,11 @@
 import { createContext } from '../vendor/preact.js';
 import {
-  useContext, useEffect, useLayoutEffect, useReducer, useRef, useState,
+  useContext,
+  useEffect,
+  useLayoutEffect,
+  useReducer,
+  useRef,
+  useState,
 } from '../vendor/hooks.js';
 
 /** { store, api, listings, actions, router, preferences } */

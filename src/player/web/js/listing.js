@@ -117,7 +117,9 @@ export function entriesOf(listing) {
 
 /** Paths are compared up to a border between components; parameters stand below their path. */
 export function isAtOrBelow(path, above) {
-  return path.startsWith(above) && (above.endsWith('/') || '/?&'.includes(path[above.length] ?? '/'));
+  return (
+    path.startsWith(above) && (above.endsWith('/') || '/?&'.includes(path[above.length] ?? '/'))
+  );
 }
 
 /** Keeps the lists that were seen last, so that going back shows them at once. */

@@ -66,7 +66,8 @@ document.addEventListener('visibilitychange', () => {
 });
 
 window.addEventListener('unhandledrejection', () =>
-  actions.toast({ kind: 'error', title: t('app.failed') }));
+  actions.toast({ kind: 'error', title: t('app.failed') }),
+);
 
 document.documentElement.lang = language;
 const services = {

@@ -33,7 +33,7 @@ export function toggledShuffle(mode, supported) {
   return isSupported(alone, supported) ? alone : mode;
 }
 
-/** The mode after a press on repeat: off, all, one, and round again, leaving out what is missing. */
+/** The mode after a press on repeat: off, all, one, and round again, without what is missing. */
 export function nextRepeat(mode, supported) {
   const order = ['off', 'all', 'one'];
   const { shuffle, repeat } = modeParts(mode);

@@ -1,4 +1,4 @@
-/** What the reader chose on this device. Storage may be closed; then a choice lasts for the visit. */
+/** What the reader chose on this device. Without storage a choice lasts for the visit. */
 export function createPreferences(storage) {
   const read = () => {
     try {

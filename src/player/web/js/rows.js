@@ -19,7 +19,7 @@ export function splitTitle(title) {
 }
 
 export function titleOf(row) {
-  return row?.type === RowType.playable ? splitTitle(row.title).title : row?.title ?? '';
+  return row?.type === RowType.playable ? splitTitle(row.title).title : (row?.title ?? '');
 }
 
 export function durationOf(row) {
@@ -42,8 +42,16 @@ export function pictureOf(row) {
 export function isRecord(opened, rows) {
   const cover = pictureOf(opened);
   const known = (rows ?? []).filter(Boolean);
-  return Boolean(cover) && known.length > 0 && known.every((row) =>
-    row.type === RowType.playable && row.audioType === AudioType.track && pictureOf(row) === cover);
+  return (
+    Boolean(cover) &&
+    known.length > 0 &&
+    known.every(
+      (row) =>
+        row.type === RowType.playable &&
+        row.audioType === AudioType.track &&
+        pictureOf(row) === cover,
+    )
+  );
 }
 
 /** Which of the page's own signs fits a row without a picture. */
@@ -73,8 +81,13 @@ export function isMessageScreen(rows) {
 
 /** The last row of a page that has another one. */
 export function isSeeMore(row, index, count) {
-  return index === count - 1 && row?.type === RowType.folder && row.title === seeMoreTitle &&
-    !row.mediaData && Boolean(row.path);
+  return (
+    index === count - 1 &&
+    row?.type === RowType.folder &&
+    row.title === seeMoreTitle &&
+    !row.mediaData &&
+    Boolean(row.path)
+  );
 }
 
 const mostTiles = 12;
@@ -84,7 +97,9 @@ const mostTiles = 12;
  * everything to read. Judged by the first rows of a page.
  */
 export function layoutOf(rows) {
-  const plain = (rows ?? []).filter((row, i) => row && !row.absent && !isSeeMore(row, i, rows.length));
+  const plain = (rows ?? []).filter(
+    (row, i) => row && !row.absent && !isSeeMore(row, i, rows.length),
+  );
   if (plain.some((row) => screenTypes.has(row.type))) return 'list';
   const bare = plain.every((row) => row.type === RowType.folder && !row.playable && !row.icon);
   if (bare && plain.length > 1 && plain.length <= mostTiles) return 'tiles';

@@ -13,7 +13,7 @@ export function pickLanguage(wanted) {
 
 export const language = pickLanguage(globalThis.navigator?.languages);
 
-/** The text `id` with each {name} replaced; an unknown id is a fault of ours and shows as itself. */
+/** The text `id` with each {name} replaced; an unknown id, a fault of ours, shows as itself. */
 export function t(id, values) {
   const text = languages[language][id] ?? en[id] ?? id;
   if (!values) return text;

@@ -9,16 +9,16 @@ export default {
   'place.now': 'Now playing',
   'place.messages': 'Messages',
   'place.unread': '{count} unread',
-  'places': 'Places',
+  places: 'Places',
 
   'lost.title': 'Lost the connection to the player.',
   'lost.text': 'Trying again… Buttons work again once it answers.',
   'lost.control': 'Not connected to the player',
   'lost.back': 'Connected again.',
 
-  'home': 'Home',
-  'back': 'Back',
-  'trail': 'You are here',
+  home: 'Home',
+  back: 'Back',
+  trail: 'You are here',
   'browse.count.one': '1 entry',
   'browse.count': '{count} entries',
   'browse.countMore': '{count} entries so far',
@@ -31,13 +31,13 @@ export default {
   'row.menu': '{title} (More)',
   'row.link': '{title} (opens in a new tab)',
   'row.starting': 'Starting {title}…',
-  'play': 'Play',
+  play: 'Play',
 
   'search.label': 'Search',
   'search.results': 'Results for “{text}”',
   'search.empty': 'Nothing found for “{text}”.',
 
-  'player': 'Player',
+  player: 'Player',
   'player.none': 'Nothing is playing',
   'player.noneText': 'Pick an album, a playlist, a station or a track.',
   'player.announce': 'Now playing: {title}',
@@ -76,7 +76,7 @@ export default {
   'messages.kind.skipped': 'Skipped',
   'toast.show': 'Show',
   'toast.close': 'Close the note “{title}”',
-  'toasts': 'Notes',
+  toasts: 'Notes',
 
   'screen.close': 'Close',
   'screen.details': 'Details',
@@ -88,7 +88,9 @@ export default {
 
   'login.title': 'Sign in to {service}',
   'login.titlePlain': 'Sign in',
-  'login.intro': 'This player links to your account with a short code. You approve it on a phone or computer; no password is typed here.',
+  'login.intro':
+    'This player links to your account with a short code. You approve it on a phone or ' +
+    'computer; no password is typed here.',
   'login.start': 'Get a code',
   'login.starting': 'Asking for a code…',
   'login.open': 'Open the sign-in page',
@@ -108,12 +110,13 @@ export default {
   'login.again': 'Get a new code',
 
   'token.title': 'Access code needed',
-  'token.text': 'This player asks other devices for its access code. It is shown where the player was started.',
+  'token.text':
+    'This player asks other devices for its access code. It is shown where the player was started.',
   'token.label': 'Access code',
   'token.go': 'Connect',
   'token.wrong': 'The player did not accept this access code.',
 
-  'settings': 'Settings',
+  settings: 'Settings',
   'settings.output': 'Sound output',
   'settings.outputsFailed': 'The outputs could not be read.',
   'settings.outputsNone': 'No sound output found.',

@@ -1,6 +1,11 @@
 import { html } from '../html.js';
 import {
-  useEffect, useErrorBoundary, useLayoutEffect, useReducer, useRef, useState,
+  useEffect,
+  useErrorBoundary,
+  useLayoutEffect,
+  useReducer,
+  useRef,
+  useState,
 } from '../../vendor/hooks.js';
 import { App, useApp, useMedia, useStore } from '../context.js';
 import { hasTrack, unreadCount } from '../reducer.js';
@@ -27,21 +32,28 @@ function Tabs({ place }) {
     actions.goTo(target);
   };
   return html`<nav class="tabs" aria-label=${t('places')}>
-    ${places.map((name) => html`<a key=${name} href=${`#/${name}`} onClick=${go(name)}
+    ${places.map(
+      (name) => html`<a key=${name} href=${`#/${name}`} onClick=${go(name)}
         aria-current=${name === place ? 'page' : null}>
       <span class="tab-sign"><${Icon} name=${signs[name]} />
-        ${name === 'messages' && unread > 0 && html`<b class="badge" aria-hidden="true">${unread}</b>`}</span>
+        ${name === 'messages' && unread > 0 && html`
+          <b class="badge" aria-hidden="true">${unread}</b>`}</span>
       <span>${t(`place.${name}`)}</span>
-      ${name === 'messages' && unread > 0 && html`<span class="off-screen">, ${t('place.unread', { count: unread })}</span>`}
-    </a>`)}
+      ${name === 'messages' && unread > 0 && html`
+        <span class="off-screen">, ${t('place.unread', { count: unread })}</span>`}
+    </a>`,
+    )}
   </nav>`;
 }
 
 function LostBanner() {
   const lost = useStore((state) => state.connection === 'lost');
   return html`<div class="banner-place" role="alert">
-    ${lost && html`<p class="banner"><span class="spinner" aria-hidden="true"></span>
-      <span><strong>${t('lost.title')}</strong> ${t('lost.text')}</span></p>`}
+    ${
+      lost &&
+      html`<p class="banner"><span class="spinner" aria-hidden="true"></span>
+      <span><strong>${t('lost.title')}</strong> ${t('lost.text')}</span></p>`
+    }
   </div>`;
 }
 
@@ -55,8 +67,12 @@ function Announcer() {
   useEffect(() => {
     document.title = title ? `${title} · ${t('app.name')}` : t('app.name');
     if (title && !first.current) {
-      store.dispatch({ type: 'announce', text: player.artist
-        ? t('player.announceBy', { title, by: player.artist }) : t('player.announce', { title }) });
+      store.dispatch({
+        type: 'announce',
+        text: player.artist
+          ? t('player.announceBy', { title, by: player.artist })
+          : t('player.announce', { title }),
+      });
     }
     first.current = false;
   }, [title, player?.artist]);
@@ -66,12 +82,19 @@ function Announcer() {
 function Shell({ route }) {
   const wide = useMedia('(min-width: 60rem)');
   const browse = html`<${Browse} route=${route} />`;
-  const main = wide || route.place === 'browse' ? browse
-    : route.place === 'now' ? html`<${NowPlaying} />` : html`<${MessagesPlace} />`;
+  const main =
+    wide || route.place === 'browse'
+      ? browse
+      : route.place === 'now'
+        ? html`<${NowPlaying} />`
+        : html`<${MessagesPlace} />`;
   return html`
     <main class="main" data-scroller id="main" key=${wide ? 'wide' : route.place}>${main}</main>
-    ${wide && html`<aside class="aside" aria-label=${t('player')}>
-      <${NowPlaying} level=${2} /><${Messages} level=${2} /></aside>`}
+    ${
+      wide &&
+      html`<aside class="aside" aria-label=${t('player')}>
+      <${NowPlaying} level=${2} /><${Messages} level=${2} /></aside>`
+    }
     ${!wide && route.place !== 'now' && html`<${PlayerBar} />`}
     ${!wide && html`<${Tabs} place=${route.place} />`}`;
 }
@@ -80,7 +103,9 @@ function Content({ route }) {
   const connection = useStore((state) => state.connection);
   const login = useStore((state) => state.login);
   if (connection === 'refused') return html`<main class="main alone"><${TokenForm} /></main>`;
-  if (!login) return html`<main class="main alone" aria-busy="true"><p class="notice">${t('app.loading')}</p></main>`;
+  if (!login)
+    return html`<main class="main alone" aria-busy="true">
+      <p class="notice">${t('app.loading')}</p></main>`;
   if (login.state !== 'loggedIn') return html`<main class="main alone"><${Login} /></main>`;
   return html`<${Shell} route=${route} />`;
 }

@@ -38,9 +38,11 @@ function Trail({ route }) {
     <button type="button" class="button ghost" aria-label=${t('back')} title=${t('back')}
       onClick=${actions.back}><${Icon} name="back" /></button>
     <nav aria-label=${t('trail')}><ol>
-      ${trail.map((entry, i) => html`<li key=${i}>
+      ${trail.map(
+        (entry, i) => html`<li key=${i}>
         <a href="#/browse" onClick=${go(i)}>${entry.path ? titleOfEntry(entry) : t('home')}</a>
-      </li>`)}
+      </li>`,
+      )}
     </ol></nav>
   </div>`;
 }
@@ -65,9 +67,13 @@ function Heading({ route, listing, heading }) {
       <h1 tabindex="-1" ref=${heading}>${title}</h1>
       ${rich && artistOf(row) && html`<p class="heading-by">${artistOf(row)}</p>`}
       <p class="heading-count">${listing.status === 'ready' ? countText(listing) : '\u00a0'}</p>
-      ${rich && row.playable && html`<${Button} kind="primary" icon="play" iconSize=${20}
+      ${
+        rich &&
+        row.playable &&
+        html`<${Button} kind="primary" icon="play" iconSize=${20}
           label=${t('row.play', { title: titleOf(row) })} unavailable=${starting === row.ref}
-          onClick=${() => actions.play(row)}><span>${t('play')}</span></${Button}>`}
+          onClick=${() => actions.play(row)}><span>${t('play')}</span></${Button}>`
+      }
     </div>
   </header>`;
 }

@@ -9,12 +9,21 @@ import { Icon } from './icons.js';
  * why it rests, and does nothing; `unavailable` likewise. So focus never drops off the page.
  */
 export function Button({
-  label, icon, iconSize, children, onClick, pressed, unavailable, tip, kind = 'plain', ...rest
+  label,
+  icon,
+  iconSize,
+  children,
+  onClick,
+  pressed,
+  unavailable,
+  tip,
+  kind = 'plain',
+  ...rest
 }) {
   const offline = useOffline();
   const resting = offline || unavailable;
   return html`<button type="button" class="button ${kind}"
-      aria-label=${label} title=${offline ? t('lost.control') : tip ?? (children ? null : label)}
+      aria-label=${label} title=${offline ? t('lost.control') : (tip ?? (children ? null : label))}
       aria-pressed=${pressed === undefined ? null : String(pressed)}
       aria-disabled=${resting ? 'true' : null}
       onClick=${resting ? null : onClick} ...${rest}>
@@ -28,10 +37,12 @@ export function Picture({ url, sign, alt = '', eager = false }) {
   const [failed, setFailed] = useState('');
   const shown = url && failed !== url;
   return html`<span class="picture">
-    ${shown
-      ? html`<img key=${url} src=${api.address(url)} alt=${alt} decoding="async" draggable=${false}
+    ${
+      shown
+        ? html`<img key=${url} src=${api.address(url)} alt=${alt} draggable=${false} decoding="async"
           loading=${eager ? 'eager' : 'lazy'} onError=${() => setFailed(url)} />`
-      : html`<${Icon} name=${sign} />`}
+        : html`<${Icon} name=${sign} />`
+    }
   </span>`;
 }
 
@@ -68,7 +79,7 @@ export function CopyButton({ text, label, name, done, kind }) {
   const [copied, setCopied] = useState(false);
   const copy = async (event) => {
     const button = event.currentTarget;
-    if (!await copyText(text)) return;
+    if (!(await copyText(text))) return;
     button.focus();
     setCopied(true);
     store.dispatch({ type: 'announce', text: done });

@@ -24,8 +24,9 @@ function useRenewal(login, now) {
 
 function Code({ login }) {
   const groups = codeGroups(login.userCode);
+  const spelled = [...groups.join('')].join(' ');
   return html`<div class="code-line">
-    <p class="code" role="img" aria-label=${t('login.code', { code: [...groups.join('')].join(' ') })}>
+    <p class="code" role="img" aria-label=${t('login.code', { code: spelled })}>
       ${groups.map((group, i) => html`<span key=${i}>${group}</span>`)}
     </p>
     <${CopyButton} text=${login.userCode} label=${t('messages.copy')} name=${t('login.copy')}
@@ -35,44 +36,55 @@ function Code({ login }) {
 
 function Address({ uri }) {
   if (!httpUrl.test(uri ?? '')) return html`<p class="address">${uri}</p>`;
-  return html`<p class="address"><a href=${uri} target="_blank" rel="noopener noreferrer">${uri}</a></p>`;
+  return html`<p class="address">
+    <a href=${uri} target="_blank" rel="noopener noreferrer">${uri}</a></p>`;
 }
 
 function Waiting({ login, now }) {
   const { api } = useApp();
   const expired = codeHasExpired(login, now);
   const complete = httpUrl.test(login.verificationUriComplete ?? '')
-    ? login.verificationUriComplete : login.verificationUri;
+    ? login.verificationUriComplete
+    : login.verificationUri;
   return html`<div class="login-ways">
     <ol class="login-steps">
       <li><p>${t('login.step.visit')}</p><${Address} uri=${login.verificationUri} /></li>
       <li><p>${t('login.step.code')}</p><${Code} login=${login} /></li>
     </ol>
-    ${httpUrl.test(complete ?? '') && html`<a class="button primary login-open" href=${complete}
+    ${
+      httpUrl.test(complete ?? '') &&
+      html`<a class="button primary login-open" href=${complete}
         target="_blank" rel="noopener noreferrer">
-      <span>${t('login.open')}</span><${Icon} name="external" size=${20} /></a>`}
+      <span>${t('login.open')}</span><${Icon} name="external" size=${20} /></a>`
+    }
     <p class="login-state"><span class="spinner" aria-hidden="true"></span>
       <span>${expired ? t('login.renewing') : t('login.waiting')}</span></p>
-    <p class="login-left">${expired ? t('login.expired')
-      : t('login.left', { time: remaining(login.endsAt - now) })}</p>
+    <p class="login-left">${
+      expired ? t('login.expired') : t('login.left', { time: remaining(login.endsAt - now) })
+    }</p>
     <div class="login-scan">
       <p>${t('login.step.scan')}</p>
-      <img class="qr" width="208" height="208" src=${api.qrAddress(login.expiresAt)} key=${login.userCode}
-        alt=${t('login.qr', { uri: login.verificationUri })} />
+      <img class="qr" key=${login.userCode} width="208" height="208"
+        src=${api.qrAddress(login.expiresAt)} alt=${t('login.qr', { uri: login.verificationUri })} />
     </div>
   </div>`;
 }
+
+const startTexts = { starting: 'login.starting', failed: 'login.again' };
 
 function Start({ login }) {
   const { actions } = useApp();
   const failed = login.state === 'failed';
   return html`
-    ${failed && html`<div class="login-problem" role="alert">
+    ${
+      failed &&
+      html`<div class="login-problem" role="alert">
       <${Icon} name="error" /><div><strong>${t('login.failed')}</strong>
-      ${login.message && html`<p>${login.message}</p>`}</div></div>`}
+      ${login.message && html`<p>${login.message}</p>`}</div></div>`
+    }
     <${Button} kind="primary" onClick=${actions.startLogin}
         unavailable=${login.state === 'starting'}>
-      <span>${t(login.state === 'starting' ? 'login.starting' : failed ? 'login.again' : 'login.start')}</span>
+      <span>${t(startTexts[login.state] ?? 'login.start')}</span>
     </${Button}>`;
 }
 

@@ -26,8 +26,10 @@ function Message({ message }) {
       <p class="message-title">${message.title}</p>
       ${message.text && html`<p>${message.text}</p>`}
       <div class="message-buttons">
-        ${buttonsOf(message).map((row, i) => html`<${ScreenAction} key=${row.ref ?? i} row=${row}
-          where=${{ ...actions.inDialog, close: () => {} }} />`)}
+        ${buttonsOf(message).map(
+          (row, i) => html`<${ScreenAction} key=${row.ref ?? i} row=${row}
+          where=${{ ...actions.inDialog, close: () => {} }} />`,
+        )}
         <${CopyButton} text=${asText(message)} label=${t('messages.copy')}
           name=${t('messages.copyOf', { title: message.title })} done=${t('messages.copied')} />
       </div>
@@ -42,11 +44,14 @@ export function Messages({ level = 1 }) {
   const Title = `h${level}`;
   return html`<section class="messages" aria-labelledby="messages-title">
     <${Title} id="messages-title">${t('place.messages')}</${Title}>
-    ${messages.length === 0
-      ? html`<p class="quiet">${t('messages.none')}</p>`
-      : html`<ul role="list" onMouseEnter=${actions.markRead} onFocusIn=${actions.markRead}>
-          ${[...messages].reverse().map((message) => html`<${Message} key=${message.id} message=${message} />`)}
-        </ul>`}
+    ${
+      messages.length === 0
+        ? html`<p class="quiet">${t('messages.none')}</p>`
+        : html`<ul role="list" onMouseEnter=${actions.markRead} onFocusIn=${actions.markRead}>
+          ${[...messages].reverse().map((message) => html`
+            <${Message} key=${message.id} message=${message} />`)}
+        </ul>`
+    }
   </section>`;
 }
 
@@ -77,12 +82,17 @@ function Toast({ toast }) {
   return html`<div class="toast ${kind}" onMouseEnter=${stop} onMouseLeave=${start}
       onFocusIn=${stop} onFocusOut=${start}>
     <${Icon} name=${kind} />
-    <div class="toast-text"><strong>${toast.title}</strong>${toast.text && html`<p>${toast.text}</p>`}</div>
-    ${buttonsOf(toast).length > 0 && html`<button type="button" class="button quiet" onClick=${() => {
-      actions.closeToast(toast.id);
-      actions.showScreen(screen);
-    }}>${t('toast.show')}</button>`}
-    <button type="button" class="button ghost small" aria-label=${t('toast.close', { title: toast.title })}
+    <div class="toast-text"><strong>${toast.title}</strong>
+      ${toast.text && html`<p>${toast.text}</p>`}</div>
+    ${
+      buttonsOf(toast).length > 0 &&
+      html`<button type="button" class="button quiet" onClick=${() => {
+        actions.closeToast(toast.id);
+        actions.showScreen(screen);
+      }}>${t('toast.show')}</button>`
+    }
+    <button type="button" class="button ghost"
+      aria-label=${t('toast.close', { title: toast.title })}
       onClick=${() => actions.closeToast(toast.id)}><${Icon} name="close" size=${20} /></button>
   </div>`;
 }

@@ -4,13 +4,12 @@ import { hasTrack, PlayState } from '../reducer.js';
 import { t } from '../text.js';
 import { Picture } from './controls.js';
 import { Icon } from './icons.js';
-import {
-  Next, PlayPause, Progress, Rating, Seek, Stop, Transport, Volume,
-} from './transport.js';
+import { Next, PlayPause, Progress, Rating, Seek, Stop, Transport, Volume } from './transport.js';
 
 function artAlt(player) {
   if (!player.artwork) return '';
-  return player.album ? t('player.art', { album: player.album })
+  return player.album
+    ? t('player.art', { album: player.album })
     : t('player.artTitle', { title: player.title });
 }
 
@@ -18,7 +17,7 @@ function Art({ player }) {
   const { api } = useApp();
   const url = hasTrack(player) ? player.artwork : '';
   return html`<div class="art">
-    ${url && html`<img class="glow" src=${api.address(url)} alt="" aria-hidden="true" key=${url} />`}
+    ${url && html`<img class="glow" key=${url} src=${api.address(url)} alt="" />`}
     <${Picture} url=${url} sign="note" alt=${url ? artAlt(player) : ''} eager />
   </div>`;
 }
@@ -28,7 +27,8 @@ function Status({ player }) {
     return html`<p class="now-error"><${Icon} name="error" size=${20} />
       <span><strong>${player.error.title}</strong> ${player.error.detail}</span></p>`;
   }
-  if (player.state === PlayState.buffering) return html`<p class="now-state">${t('player.buffering')}</p>`;
+  if (player.state === PlayState.buffering)
+    return html`<p class="now-state">${t('player.buffering')}</p>`;
   return null;
 }
 
@@ -41,9 +41,12 @@ export function NowPlaying({ level = 1 }) {
     <${Art} player=${player} />
     <div class="now-text">
       <${Title} class="now-title">${some ? player.title || '…' : t('player.none')}</${Title}>
-      ${some ? html`<p class="now-by">${player.artist || '\u00a0'}</p>
+      ${
+        some
+          ? html`<p class="now-by">${player.artist || '\u00a0'}</p>
         <p class="now-album">${player.album || '\u00a0'}</p>`
-      : html`<p class="now-hint">${t('player.noneText')}</p>`}
+          : html`<p class="now-hint">${t('player.noneText')}</p>`
+      }
     </div>
     <${Status} player=${player} />
     <${Seek} />
@@ -66,8 +69,9 @@ export function PlayerBar() {
     event.preventDefault();
     actions.goTo('now');
   };
+  const name = `${t('player.details')}: ${player.title}, ${player.artist ?? ''}`;
   return html`<section class="bar" aria-label=${t('player')}>
-    <a class="bar-main" href="#/now" onClick=${show} aria-label=${`${t('player.details')}: ${player.title}, ${player.artist ?? ''}`}>
+    <a class="bar-main" href="#/now" onClick=${show} aria-label=${name}>
       <${Picture} url=${player.artwork} sign="note" eager />
       <span class="row-text">
         <span class="row-title">${player.title}</span>${' '}

@@ -2,7 +2,15 @@ import { html } from '../html.js';
 import { useApp, useOffline, useStore } from '../context.js';
 import { clock } from '../format.js';
 import {
-  albumOf, artistOf, durationOf, isRatable, linkOf, pictureOf, RowType, signOf, titleOf,
+  albumOf,
+  artistOf,
+  durationOf,
+  isRatable,
+  linkOf,
+  pictureOf,
+  RowType,
+  signOf,
+  titleOf,
 } from '../rows.js';
 import { t } from '../text.js';
 import { Picture } from './controls.js';
@@ -17,7 +25,9 @@ function nameOf(does, row, line) {
 
 /** The track that plays, as far as a row can tell. */
 const isCurrent = (row, player) =>
-  row.type === RowType.playable && player?.state > 0 && player.title === titleOf(row) &&
+  row.type === RowType.playable &&
+  player?.state > 0 &&
+  player.title === titleOf(row) &&
   player.artist === artistOf(row);
 
 /** The artist, and the album unless the heading says it already. */
@@ -57,26 +67,40 @@ function MusicRow({ row, layout, number, record, memo }) {
   const line = second(row, layout, record);
   const time = durationOf(row);
   const inside = html`
-    ${number ? html`<span class="row-number" data-number=${number}></span>`
-      : layout !== 'tiles' && html`<${Picture} url=${pictureOf(row)} sign=${signOf(row)} />`}
+    ${
+      number
+        ? html`<span class="row-number" data-number=${number}></span>`
+        : layout !== 'tiles' && html`<${Picture} url=${pictureOf(row)} sign=${signOf(row)} />`
+    }
     <${Texts} row=${row} line=${line} />${' '}
     ${time > 0 && html`<span class="row-time">${clock(time)}</span>`}
-    ${layout !== 'grid' && opens && !plays && html`<span class="row-sign"><${Icon} name="open" size=${20} /></span>`}
-    ${!opens && plays && html`<span class="row-sign play-sign"><${PlaySign} starting=${starting} current=${current} /></span>`}`;
+    ${layout !== 'grid' && opens && !plays && html`<span class="row-sign">
+      <${Icon} name="open" size=${20} /></span>`}
+    ${!opens && plays && html`<span class="row-sign play-sign">
+      <${PlaySign} starting=${starting} current=${current} /></span>`}`;
 
   if (!opens && !plays) return html`<div class="row-main still">${inside}</div>`;
   return html`
     <button type="button" class="row-main" data-focus aria-current=${current ? 'true' : null}
-        aria-label=${nameOf(opens ? 'row.open' : 'row.play', row, line)} onClick=${opens ? open : play} ...${rest}>
+        aria-label=${nameOf(opens ? 'row.open' : 'row.play', row, line)}
+        onClick=${opens ? open : play} ...${rest}>
       ${inside}
     </button>
-    ${opens && plays && html`<button type="button" class="row-play" aria-label=${nameOf('row.play', row, line)}
+    ${
+      opens &&
+      plays &&
+      html`<button type="button" class="row-play" aria-label=${nameOf('row.play', row, line)}
         onClick=${play} ...${rest}>
       <${PlaySign} starting=${starting} />
-    </button>`}
-    ${layout === 'list' && isRatable(row) && html`<button type="button" class="button ghost row-menu"
+    </button>`
+    }
+    ${
+      layout === 'list' &&
+      isRatable(row) &&
+      html`<button type="button" class="button ghost row-menu"
         aria-label=${t('row.menu', { title: titleOf(row) })} aria-haspopup="dialog"
-        onClick=${() => actions.showRowMenu(row)}><${Icon} name="more" size=${20} /></button>`}`;
+        onClick=${() => actions.showRowMenu(row)}><${Icon} name="more" size=${20} /></button>`
+    }`;
 }
 
 const TextRow = ({ row }) => html`<div class="row-message">
@@ -90,7 +114,8 @@ export function RowContent(props) {
   const { actions } = useApp();
   if (row.type === RowType.message) return html`<${TextRow} row=${row} />`;
   if (row.type === RowType.action || (row.type === RowType.link && linkOf(row))) {
-    return html`<div class="row-action"><${ScreenAction} row=${row} where=${actions.inBrowse} /></div>`;
+    return html`<div class="row-action">
+      <${ScreenAction} row=${row} where=${actions.inBrowse} /></div>`;
   }
   return html`<${MusicRow} ...${props} />`;
 }

@@ -16,9 +16,12 @@ function useNear(list, near, changed) {
   const latest = useRef();
   latest.current = near;
   useEffect(() => {
-    const observer = new IntersectionObserver((seen) => {
-      for (const { isIntersecting, target } of seen) if (isIntersecting) latest.current(target);
-    }, { root: observerRootOf(list.current), rootMargin: `${nearPx}px 0px` });
+    const observer = new IntersectionObserver(
+      (seen) => {
+        for (const { isIntersecting, target } of seen) if (isIntersecting) latest.current(target);
+      },
+      { root: observerRootOf(list.current), rootMargin: `${nearPx}px 0px` },
+    );
     for (const element of list.current.querySelectorAll('[data-near]')) observer.observe(element);
     return () => observer.disconnect();
   }, changed);
@@ -66,20 +69,31 @@ export function RowList({ listing, opened, label, memo }) {
     if (focus) requestAnimationFrame(() => focusRow(list.current, at));
   };
 
-  useNear(list, (element) => {
-    if (element.dataset.near !== 'more') {
-      const [page, index] = element.dataset.near.split(':').map(Number);
-      listing.ensure(page, index);
-    } else if (more && triedMore.current !== more.path && hasScrolled(list.current)) {
-      follow(document.activeElement?.closest('.row-more'));
-    }
-  }, [listing, listing.pages, entries.length, listing.pages.map((p) => [...p.windows.values()]).join()]);
+  useNear(
+    list,
+    (element) => {
+      if (element.dataset.near !== 'more') {
+        const [page, index] = element.dataset.near.split(':').map(Number);
+        listing.ensure(page, index);
+      } else if (more && triedMore.current !== more.path && hasScrolled(list.current)) {
+        follow(document.activeElement?.closest('.row-more'));
+      }
+    },
+    [
+      listing,
+      listing.pages,
+      entries.length,
+      listing.pages.map((p) => [...p.windows.values()]).join(),
+    ],
+  );
 
-  return html`<ul class="rows ${layout} ${record ? 'numbered' : ''}" role="list" aria-label=${label} ref=${list}>
+  return html`<ul class="rows ${layout} ${record ? 'numbered' : ''}" role="list"
+      aria-label=${label} ref=${list}>
     ${shown.map(({ page, index, row, failed }, at) => {
       const key = `${page}:${index}`;
       if (failed && index % windowSize === 0) {
-        return html`<${FailedWindow} key=${key} onAgain=${() => listing.ensure(page, index, true)} />`;
+        const again = () => listing.ensure(page, index, true);
+        return html`<${FailedWindow} key=${key} onAgain=${again} />`;
       }
       if (row?.absent) return null;
       if (!row) {

@@ -21,7 +21,10 @@ export function RowMenu({ row }) {
     does();
   };
   return html`<dialog class="dialog row-menu-dialog" ref=${dialog} aria-labelledby="row-menu-title"
-      onCancel=${(event) => { event.preventDefault(); close(); }}>
+      onCancel=${(event) => {
+        event.preventDefault();
+        close();
+      }}>
     <header class="dialog-head">
       <${Picture} url=${pictureOf(row)} sign=${signOf(row)} />
       <div class="row-text"><h2 id="row-menu-title">${titleOf(row)}</h2>
@@ -30,8 +33,11 @@ export function RowMenu({ row }) {
         <${Icon} name="close" /></button>
     </header>
     <div class="row-menu-choices">
-      ${row.playable && html`<${Button} icon="play" iconSize=${20} onClick=${choose(() => actions.play(row))}>
-        <span>${t('play')}</span></${Button}>`}
+      ${
+        row.playable &&
+        html`<${Button} icon="play" iconSize=${20} onClick=${choose(() => actions.play(row))}>
+        <span>${t('play')}</span></${Button}>`
+      }
       <${Button} icon="up" iconSize=${20} onClick=${choose(() => actions.rateRow(row, true))}>
         <span>${t('player.like')}</span></${Button}>
       <${Button} icon="down" iconSize=${20} onClick=${choose(() => actions.rateRow(row, false))}>

@@ -47,26 +47,38 @@ function Details({ screen }) {
  * to the headline, so that it is what is read first. `where` closes and opens (see actions.js).
  */
 export function Screen({ screen, where, level = 1 }) {
+  const Title = `h${level}`;
   const heading = useRef();
   const [problem, setProblem] = useState(null);
   useEffect(() => heading.current?.focus(), [screen]);
   const buttons = (screen.rows ?? []).filter((row) => row.type !== RowType.message);
   const further = (screen.rows ?? []).slice(1).filter((row) => row.type === RowType.message);
   return html`<article class="screen">
-    <span class="screen-sign"><${Icon} name=${screen.kind === 'info' ? 'info' : 'error'} size=${32} /></span>
-    <${`h${level}`} class="screen-title" tabindex="-1" ref=${heading}>${screen.title}</${`h${level}`}>
+    <span class="screen-sign">
+      <${Icon} name=${screen.kind === 'info' ? 'info' : 'error'} size=${32} /></span>
+    <${Title} class="screen-title" tabindex="-1" ref=${heading}>${screen.title}</${Title}>
     ${screen.text && html`<p class="screen-text">${screen.text}</p>`}
-    ${further.map((row) => html`<p class="screen-text">
-      ${row.title && html`<strong>${row.title} </strong>`}${row.longDescription}</p>`)}
+    ${further.map(
+      (row) => html`<p class="screen-text">
+      ${row.title && html`<strong>${row.title} </strong>`}${row.longDescription}</p>`,
+    )}
     <div class="screen-buttons">
-      ${buttons.map((row, i) => html`<${ScreenAction} key=${row.ref ?? i} row=${row} where=${where}
-        onError=${setProblem} kind=${i === 0 ? 'primary' : 'second'} />`)}
-      ${!buttons.some((row) => row.type === RowType.action) && html`
+      ${buttons.map(
+        (row, i) => html`<${ScreenAction} key=${row.ref ?? i} row=${row} where=${where}
+        onError=${setProblem} kind=${i === 0 ? 'primary' : 'second'} />`,
+      )}
+      ${
+        !buttons.some((row) => row.type === RowType.action) &&
+        html`
         <button type="button" class="button ${buttons.length ? 'second' : 'primary'}"
-          onClick=${where.close}><span>${t('screen.close')}</span></button>`}
+          onClick=${where.close}><span>${t('screen.close')}</span></button>`
+      }
     </div>
-    <div role="alert">${problem && html`<p class="screen-problem">
-      <strong>${problem.title}</strong> ${problem.detail}</p>`}</div>
+    <div role="alert">${
+      problem &&
+      html`<p class="screen-problem">
+      <strong>${problem.title}</strong> ${problem.detail}</p>`
+    }</div>
     <${Details} screen=${screen} />
   </article>`;
 }
@@ -81,7 +93,10 @@ export function ScreenDialog({ screen }) {
     return () => element.close();
   }, []);
   return html`<dialog class="dialog" ref=${dialog} aria-label=${screen.title}
-      onCancel=${(event) => { event.preventDefault(); actions.inDialog.close(); }}>
+      onCancel=${(event) => {
+        event.preventDefault();
+        actions.inDialog.close();
+      }}>
     <${Screen} screen=${screen} where=${actions.inDialog} level=${2} />
   </dialog>`;
 }

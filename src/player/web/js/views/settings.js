@@ -5,14 +5,25 @@ import { t } from '../text.js';
 import { Icon } from './icons.js';
 import { Button } from './controls.js';
 
-const keys = [['/', 'search'], ['p', 'pause'], ['n', 'next'], ['b', 'previous']];
+const keys = [
+  ['/', 'search'],
+  ['p', 'pause'],
+  ['n', 'next'],
+  ['b', 'previous'],
+];
 
 function Outputs() {
   const { api, actions } = useApp();
   const [outputs, setOutputs] = useState(null);
   const [failed, setFailed] = useState(false);
-  const load = () => api.outputs().then((answer) => setOutputs(answer.outputs ?? []), () => setFailed(true));
-  useEffect(() => { load(); }, []);
+  const load = () =>
+    api.outputs().then(
+      (answer) => setOutputs(answer.outputs ?? []),
+      () => setFailed(true),
+    );
+  useEffect(() => {
+    load();
+  }, []);
   const choose = async (id) => {
     await actions.selectOutput(id);
     await load();
@@ -21,9 +32,11 @@ function Outputs() {
     <legend>${t('settings.output')}</legend>
     ${failed && html`<p>${t('settings.outputsFailed')}</p>`}
     ${outputs?.length === 0 && html`<p>${t('settings.outputsNone')}</p>`}
-    ${outputs?.map((output) => html`<label key=${output.id}>
+    ${outputs?.map(
+      (output) => html`<label key=${output.id}>
       <input type="radio" name="output" value=${output.id} checked=${Boolean(output.selected)}
-        onChange=${() => choose(output.id)} /><span>${output.name}</span></label>`)}
+        onChange=${() => choose(output.id)} /><span>${output.name}</span></label>`,
+    )}
   </fieldset>`;
 }
 
@@ -36,9 +49,12 @@ function Shortcuts() {
   };
   return html`<fieldset class="choice">
     <legend>${t('settings.keys')}</legend>
-    <label><input type="checkbox" checked=${on} onChange=${toggle} /><span>${t('settings.keysUse')}</span></label>
-    <dl class="keys">${keys.map(([key, id]) => html`<div key=${key}>
-      <dt><kbd>${key}</kbd></dt><dd>${t(`settings.key.${id}`)}</dd></div>`)}</dl>
+    <label><input type="checkbox" checked=${on} onChange=${toggle} />
+      <span>${t('settings.keysUse')}</span></label>
+    <dl class="keys">${keys.map(
+      ([key, id]) => html`<div key=${key}>
+      <dt><kbd>${key}</kbd></dt><dd>${t(`settings.key.${id}`)}</dd></div>`,
+    )}</dl>
   </fieldset>`;
 }
 
@@ -56,14 +72,21 @@ export function Settings({ onClose }) {
     await actions.logout();
   };
   return html`<dialog class="dialog settings" ref=${dialog} aria-labelledby="settings-title"
-      onCancel=${(event) => { event.preventDefault(); onClose(); }}>
+      onCancel=${(event) => {
+        event.preventDefault();
+        onClose();
+      }}>
     <header class="dialog-head"><h2 id="settings-title">${t('settings')}</h2>
       <button type="button" class="button ghost" aria-label=${t('screen.close')} onClick=${onClose}>
         <${Icon} name="close" /></button></header>
     <${Outputs} />
     <${Shortcuts} />
-    ${signedIn && html`<div class="choice">
+    ${
+      signedIn &&
+      html`<div class="choice">
       <p class="quiet">${t('settings.logoutText')}</p>
-      <${Button} kind="second" onClick=${logout}><span>${t('settings.logout')}</span></${Button}></div>`}
+      <${Button} kind="second" onClick=${logout}>
+        <span>${t('settings.logout')}</span></${Button}></div>`
+    }
   </dialog>`;
 }

@@ -3,7 +3,11 @@ import { useRef, useState } from '../../vendor/hooks.js';
 import { useApp, useNow, useOffline, useStore } from '../context.js';
 import { clock, spokenTime } from '../format.js';
 import {
-  modeParts, nextRepeat, repeatSupported, shuffleSupported, toggledShuffle,
+  modeParts,
+  nextRepeat,
+  repeatSupported,
+  shuffleSupported,
+  toggledShuffle,
 } from '../modes.js';
 import { PlayState, positionAt } from '../reducer.js';
 import { t } from '../text.js';
@@ -22,7 +26,9 @@ function useHeld(followed) {
   return {
     value: held ?? followed.value,
     hold: (value) => setHeld(value),
-    release: () => { since.current = followed.stamp; },
+    release: () => {
+      since.current = followed.stamp;
+    },
   };
 }
 
@@ -34,7 +40,10 @@ export function Seek() {
   const duration = player?.duration > 0 ? player.duration : 0;
   const held = useHeld({ value: positionAt(player, now), stamp: player?.receivedAt });
   const can = Boolean(player?.controls?.seek) && duration > 0;
-  const text = t('player.positionOf', { position: spokenTime(held.value), duration: spokenTime(duration) });
+  const text = t('player.positionOf', {
+    position: spokenTime(held.value),
+    duration: spokenTime(duration),
+  });
   const commit = (value) => {
     held.hold(value);
     held.release();
@@ -79,7 +88,8 @@ export function Transport() {
   return html`<div class="transport" role="group" aria-label=${t('player.controls')}>
     <${Shuffle} />
     <${Button} kind="round" icon="previous" label=${t('player.previous')}
-      tip=${t('player.previousRule')} unavailable=${!controls.previous} onClick=${actions.previous} />
+      tip=${t('player.previousRule')} unavailable=${!controls.previous}
+      onClick=${actions.previous} />
     <${PlayPause} />
     <${Next} />
     <${Repeat} />
@@ -132,7 +142,8 @@ export function Progress() {
   const player = useStore((s) => s.player);
   const now = useNow(player?.state === PlayState.playing, 1000);
   const share = player?.duration > 0 ? (positionAt(player, now) / player.duration) * 100 : 0;
-  return html`<span class="progress" aria-hidden="true"><i style=${{ width: `${share}%` }}></i></span>`;
+  return html`<span class="progress" aria-hidden="true">
+    <i style=${{ width: `${share}%` }}></i></span>`;
 }
 
 export function Volume() {
