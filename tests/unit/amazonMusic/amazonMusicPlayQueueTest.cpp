@@ -126,6 +126,14 @@ TEST_F(AmazonMusicPlayQueueTest, ShufflingFollowsTheSystemsRandomNumbers)
     EXPECT_EQ(shuffledIds(4), (QList<int>{ 4, 3, 1, 2, 0 }));
 }
 
+TEST_F(AmazonMusicPlayQueueTest, AChunkIsShuffledAroundTheFirstTrackWhateverTheMode)
+{
+    makeQueue(tracksType);
+    std::srand(1);
+    giveChunk(chunk(10, 3));
+    EXPECT_EQ(shuffledIds(3), (QList<int>{ 3, 4, 7, 8, 0, 5, 2, 1, 6, 9 }));
+}
+
 TEST_F(AmazonMusicPlayQueueTest, EveryShuffleStartsFromTheNaturalOrder)
 {
     makeQueue(tracksType);
