@@ -345,7 +345,8 @@ void Answer::abandon()
 void Answer::advance()
 {
     pumpSource();
-    if (m_phase != Phase::Streaming || !m_drained || pending() > 0)
+    const bool fed = m_phase == Phase::Streaming || m_phase == Phase::Raw;
+    if (!fed || !m_drained || pending() > 0)
         return;
     const std::function<void()> drained = m_drained;
     drained();
