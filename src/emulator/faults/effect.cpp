@@ -10,7 +10,7 @@ using Type = Parameter::Type;
 
 const Parameter After{ "after", Type::Number, "bytes of the body that still arrive (0)" };
 
-std::vector<EffectKind> makeKinds()
+std::vector<EffectKind> preparations()
 {
     return {
         { "none", Stage::Prepare, "nothing; for rules that only delay", {} },
@@ -18,6 +18,12 @@ std::vector<EffectKind> makeKinds()
             { { "in", Type::Number, "milliseconds from now; may be negative (0)" } } },
         { "key-headers", Stage::Prepare, "every track of the answer needs key headers", {} },
         { "no-ranges", Stage::Prepare, "sound is served whole, whatever range is asked for", {} },
+    };
+}
+
+std::vector<EffectKind> replacements()
+{
+    return {
         { "status", Stage::Replace, "answers with a status",
             { { "status", Type::Number, "the status (503)" },
                 { "retryAfter", Type::Text, "value of a Retry-After field" },
@@ -61,6 +67,12 @@ std::vector<EffectKind> makeKinds()
             { { "megabytes", Type::Number, "unpacked size (200)" } } },
         { "nesting", Stage::Replace, "JSON that nests deeply",
             { { "depth", Type::Number, "levels (100000)" } } },
+    };
+}
+
+std::vector<EffectKind> bends()
+{
+    return {
         { "bad-json", Stage::Bend, "JSON that is cut or broken",
             { { "form", Type::Text, "cut, comma, text or empty (cut)" },
                 { "after", Type::Number, "bytes left by cut (half)" } } },
@@ -85,6 +97,12 @@ std::vector<EffectKind> makeKinds()
         { "header", Stage::Bend, "adds a header field",
             { { "field", Type::Text, "its name (x-extra)" }, { "value", Type::Text, "its value" },
                 { "valueBytes", Type::Number, "makes the value so long" } } },
+    };
+}
+
+std::vector<EffectKind> disturbances()
+{
+    return {
         { "trickle", Stage::Deliver, "sends the body slowly",
             { { "bytesPerSecond", Type::Number, "how slowly (1)" } } },
         { "stall", Stage::Deliver, "stops in the body and keeps the connection open", { After } },
@@ -97,6 +115,12 @@ std::vector<EffectKind> makeKinds()
             { { "bytes", Type::Number, "how many more (100)" } } },
         { "lengths", Stage::Deliver, "contradicts itself about the length",
             { { "form", Type::Text, "two-lengths or length-and-chunked (two-lengths)" } } },
+    };
+}
+
+std::vector<EffectKind> silences()
+{
+    return {
         { "hang", Stage::Raw, "never answers", {} },
         { "close", Stage::Raw, "closes the connection without an answer", {} },
         { "abort", Stage::Raw, "resets the connection without an answer", {} },
@@ -106,11 +130,21 @@ std::vector<EffectKind> makeKinds()
     };
 }
 
+std::vector<EffectKind> allKinds()
+{
+    std::vector<EffectKind> kinds;
+    for (auto* group : { preparations, replacements, bends, disturbances, silences }) {
+        for (EffectKind& kind : group())
+            kinds.push_back(std::move(kind));
+    }
+    return kinds;
+}
+
 } // namespace
 
 const std::vector<EffectKind>& effectKinds()
 {
-    static const std::vector<EffectKind> kinds = makeKinds();
+    static const std::vector<EffectKind> kinds = allKinds();
     return kinds;
 }
 

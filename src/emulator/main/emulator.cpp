@@ -13,6 +13,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QNetworkInterface>
 #include <QRandomGenerator>
 #include <QTimer>
 
@@ -41,6 +42,19 @@ QString literal(const QHostAddress& address)
     return address.protocol() == QAbstractSocket::IPv6Protocol
         ? QLatin1Char('[') + address.toString() + QLatin1Char(']')
         : address.toString();
+}
+
+// The address by which others reach a server that listens on this one.
+QHostAddress reachable(const QHostAddress& address)
+{
+    if (address != QHostAddress(QHostAddress::AnyIPv4) && address != QHostAddress(QHostAddress::Any)
+        && address != QHostAddress(QHostAddress::AnyIPv6))
+        return address;
+    for (const QHostAddress& own : QNetworkInterface::allAddresses()) {
+        if (!own.isLoopback() && own.protocol() == QAbstractSocket::IPv4Protocol)
+            return own;
+    }
+    return QHostAddress(QHostAddress::LocalHost);
 }
 
 QString baseOf(bool secure, const QString& host, quint16 port)
@@ -78,7 +92,8 @@ struct Emulator::Services
             *emulator.m_library, emulator.m_settings.documents, secret, emulator.m_settings.seed)
         , login(*emulator.m_authority, secret,
               [&emulator] {
-                  return baseOf(false, literal(emulator.m_settings.address), emulator.m_httpPort)
+                  return baseOf(false, literal(reachable(emulator.m_settings.address)),
+                             emulator.m_httpPort)
                       + text("/activate");
               })
         , control(emulator.m_ledger, emulator.m_dial, *emulator.m_authority, *emulator.m_library)
@@ -257,8 +272,9 @@ std::optional<Emulator::Failure> Emulator::listenTls()
     const Identity authority = keptAuthority(caFile(), statePath("ca-key.pem"));
     QStringList names = m_settings.hosts;
     names += { text("localhost"), text("127.0.0.1"), text("::1") };
-    if (!m_settings.address.isLoopback())
-        names += m_settings.address.toString();
+    const QHostAddress own = reachable(m_settings.address);
+    if (!own.isLoopback())
+        names += own.toString();
     const Identity identity = makeServerIdentity(authority, names);
     if (identity.isEmpty())
         return Failure{ text("No certificates can be made in %1.").arg(m_settings.stateFolder), 1 };
@@ -281,13 +297,13 @@ std::map<QString, quint16> Emulator::hostilePorts() const
 
 QVariantHash Emulator::description() const
 {
-    const QString address = literal(m_settings.address);
+    const QString address = literal(reachable(m_settings.address));
     const QString plain = baseOf(false, address, m_httpPort);
     const QString service = text("https://") + m_settings.hosts.first();
     QVariantHash hostile;
     for (const auto& port : hostilePorts())
         hostile.insert(port.first, port.second);
-    return { { text("ready"), true }, { text("address"), m_settings.address.toString() },
+    return { { text("ready"), true }, { text("address"), reachable(m_settings.address).toString() },
         { text("httpPort"), m_httpPort }, { text("tlsPort"), m_tlsPort },
         { text("http"), plain + text("/") },
         { text("https"), baseOf(true, address, m_tlsPort) + text("/") },

@@ -19,8 +19,6 @@ const QString RefreshMark = QStringLiteral("refresh");
 const QString SerialKey = QStringLiteral("serial");
 const QString FirstGoodKey = QStringLiteral("firstGoodSerial");
 const QString FamiliesKey = QStringLiteral("families");
-const QString GenerationKey = QStringLiteral("generation");
-const QString RevokedKey = QStringLiteral("revoked");
 
 QString base64(const QByteArray& bytes)
 {
@@ -57,7 +55,7 @@ QString Tokens::open(const QString& token) const
 
 TokenPair Tokens::pairOf(const QString& family, qint64 nowMs, qint64 lifetimeMs)
 {
-    const int generation = m_families.value(family).generation;
+    const int generation = m_families.value(family);
     ++m_serial;
     save();
     return { seal(QStringLiteral("%1 %2 %3 %4")
@@ -70,7 +68,7 @@ TokenPair Tokens::pairOf(const QString& family, qint64 nowMs, qint64 lifetimeMs)
 TokenPair Tokens::begin(qint64 nowMs, qint64 lifetimeMs)
 {
     const QString family = QString::number(QRandomGenerator::system()->generate64(), 36);
-    m_families.insert(family, Family());
+    m_families.insert(family, 0);
     return pairOf(family, nowMs, lifetimeMs);
 }
 
@@ -81,14 +79,14 @@ std::optional<TokenPair> Tokens::refresh(
     if (content.size() != 3 || content.at(0) != RefreshMark)
         return std::nullopt;
     const auto family = m_families.find(content.at(1));
-    if (family == m_families.end() || family->revoked)
+    if (family == m_families.end())
         return std::nullopt;
-    if (family->generation != content.at(2).toInt()) {
-        family->revoked = true;
+    if (*family != content.at(2).toInt()) {
+        m_families.erase(family);
         save();
         return std::nullopt;
     }
-    ++family->generation;
+    ++*family;
     return pairOf(content.at(1), nowMs, lifetimeMs);
 }
 
@@ -97,8 +95,7 @@ TokenState Tokens::checkAccess(const QString& accessToken, qint64 nowMs) const
     const QStringList content = open(accessToken).split(QLatin1Char(' '));
     if (content.size() != 4 || content.at(0) != AccessMark)
         return TokenState::Unknown;
-    const auto family = m_families.constFind(content.at(1));
-    if (family == m_families.constEnd() || family->revoked)
+    if (!m_families.contains(content.at(1)))
         return TokenState::Revoked;
     const bool good =
         content.at(2).toLongLong() >= m_firstGoodSerial && nowMs < content.at(3).toLongLong();
@@ -107,8 +104,7 @@ TokenState Tokens::checkAccess(const QString& accessToken, qint64 nowMs) const
 
 void Tokens::revokeAll()
 {
-    for (Family& family : m_families)
-        family.revoked = true;
+    m_families.clear();
     save();
 }
 
@@ -127,11 +123,8 @@ void Tokens::load()
     m_serial = state.value(SerialKey).toLongLong();
     m_firstGoodSerial = state.value(FirstGoodKey).toLongLong();
     const QVariantHash families = state.value(FamiliesKey).toHash();
-    for (auto family = families.cbegin(); family != families.cend(); ++family) {
-        const QVariantHash fields = family->toHash();
-        m_families.insert(family.key(),
-            { fields.value(GenerationKey).toInt(), fields.value(RevokedKey).toBool() });
-    }
+    for (auto family = families.cbegin(); family != families.cend(); ++family)
+        m_families.insert(family.key(), family->toInt());
 }
 
 // A login that cannot be kept still works until the emulator ends, so a failure goes unreported.
@@ -140,10 +133,8 @@ void Tokens::save() const
     if (m_stateFile.isEmpty())
         return;
     QVariantHash families;
-    for (auto family = m_families.cbegin(); family != m_families.cend(); ++family) {
-        families.insert(family.key(),
-            QVariantHash{ { GenerationKey, family->generation }, { RevokedKey, family->revoked } });
-    }
+    for (auto family = m_families.cbegin(); family != m_families.cend(); ++family)
+        families.insert(family.key(), *family);
     saveFile(m_stateFile,
         TavuJson::toJson(QVariantHash{ { SerialKey, m_serial }, { FirstGoodKey, m_firstGoodSerial },
             { FamiliesKey, families } }),

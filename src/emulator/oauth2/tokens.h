@@ -34,12 +34,6 @@ public:
     void expireAccessTokens();
 
 private:
-    struct Family
-    {
-        int generation = 0;
-        bool revoked = false;
-    };
-
     TokenPair pairOf(const QString& family, qint64 nowMs, qint64 lifetimeMs);
     QString seal(const QString& content) const;
     QString open(const QString& token) const;
@@ -48,7 +42,7 @@ private:
 
     QByteArray m_secret;
     QString m_stateFile;
-    QHash<QString, Family> m_families;
+    QHash<QString, int> m_families; ///< name to generation; a revoked one is gone
     qint64 m_serial = 0; ///< of the access token made last
     qint64 m_firstGoodSerial = 0; ///< those before count as expired
 };

@@ -9,12 +9,12 @@
 
 #include <gtest/gtest.h>
 
-#include <QElapsedTimer>
 #include <QSet>
 #include <QUrl>
 #include <QUrlQuery>
 
 #include <algorithm>
+#include <ctime>
 
 using namespace emulator;
 using namespace emulator::documents;
@@ -285,13 +285,12 @@ TEST_F(Documents, SearchThatFindsNothingSaysSoWithTheText)
 TEST_F(Documents, PageCostsTheSameInALargeLibrary)
 {
     const auto cost = [this] {
-        QElapsedTimer clock;
-        clock.start();
+        const std::clock_t start = std::clock();
         for (int i = 0; i < 20; ++i) {
             pages().tracks(1000);
             pages().search(text("artist 1"), QString());
         }
-        return std::max<qint64>(1, clock.nsecsElapsed());
+        return std::max<qint64>(1, std::clock() - start);
     };
     use(200, 10);
     const qint64 small = std::min(cost(), cost());

@@ -13,6 +13,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <ctime>
+#include <unistd.h>
+
 using namespace emulator;
 using namespace emulator::catalogue;
 
@@ -225,4 +228,22 @@ TEST_F(Scan, CanBeLeftInTheMiddle)
         addTone(qPrintable(QStringLiteral("%1.flac").arg(i)), tagged("A", "One", "x", i));
     Library library(root(), stateFile());
     library.scan();
+}
+
+// Hard links of one file: many names to go through without many bytes to write.
+TEST_F(Scan, OfALargeLibraryReadsNothingTheSecondTime)
+{
+    addTone("0.flac", tagged("A", "One", "x"));
+    constexpr int count = 3000;
+    const QByteArray first = QFile::encodeName(path("0.flac"));
+    for (int i = 1; i < count; ++i) {
+        const QString name = root() + QStringLiteral("/%1.flac").arg(i);
+        ASSERT_EQ(::link(first.constData(), QFile::encodeName(name).constData()), 0);
+    }
+    EXPECT_EQ(scanned()->status().read, count);
+    const std::clock_t start = std::clock();
+    const auto again = scanned();
+    EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC); // with sanitizers
+    EXPECT_EQ(again->status().read, 0);
+    EXPECT_EQ(again->catalogue()->tracks.size(), size_t(count));
 }

@@ -375,3 +375,14 @@ TEST(ServiceStart, RefusesAStateFolderThatCannotBeMade)
     client.settings.stateFolder = text("/proc/nowhere");
     EXPECT_TRUE(client.start().contains(text("--state")));
 }
+
+TEST(ServiceStart, OnEveryAddressNamesOneThatOthersCanReach)
+{
+    EmulatorClient client;
+    client.settings.address = QHostAddress(QHostAddress::AnyIPv4);
+    ASSERT_EQ(client.start().toStdString(), "");
+    QVariantHash told;
+    client.run([&] { told = client.emulator().description(); });
+    EXPECT_FALSE(told.value(text("verificationUri")).toString().contains(text("0.0.0.0")));
+    EXPECT_EQ(QUrl(told.value(text("http")).toString()).port(), client.emulator().httpPort());
+}
