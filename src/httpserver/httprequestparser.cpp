@@ -1,22 +1,22 @@
 #include "httprequestparser.h"
 
+#include "httpbodyreader.h"
 #include "httpheadscanner.h"
 #include "httptarget.h"
 
+#include <boost/beast/http/empty_body.hpp>
 #include <boost/beast/http/parser.hpp>
-#include <boost/beast/http/string_body.hpp>
 
 #include <algorithm>
 #include <cctype>
+#include <limits>
 #include <optional>
 
 namespace http {
 
 namespace beast = boost::beast::http;
-using BeastParser = beast::request_parser<beast::string_body>;
-
-/// A chunk's size line and a trailer each have to fit; endless ones are refused.
-static const int maximumFraming = 16 * 1024;
+/// Reads heads alone: its reader of chunks stops the program over some pieces that a peer may send.
+using BeastParser = beast::request_parser<beast::empty_body>;
 
 struct RequestParser::Private
 {
@@ -35,12 +35,14 @@ struct RequestParser::Private
     State takeHead(const char* data, int length);
     State takeBody(const char* data, int size, int* consumed);
     int fill();
+    int beginBody();
     bool framingIsClear() const;
     void takeFields();
 
     const Limits& limits;
     HeadScanner scanner;
     std::optional<BeastParser> parser;
+    BodyReader body;
     Request request;
     int status = 0;
     bool headDone = false;
@@ -64,11 +66,6 @@ static bool namesOtherVersion(const QByteArray& line)
     const bool written = version.size() == 8 && version.startsWith("HTTP/") && version[6] == '.'
         && std::isdigit(version[5]) && std::isdigit(version[7]);
     return written && version != "HTTP/1.0" && version != "HTTP/1.1";
-}
-
-static int statusOf(const boost::beast::error_code& error)
-{
-    return error == beast::error::body_limit ? 413 : 400;
 }
 
 RequestParser::RequestParser(const Limits& limits)
@@ -144,17 +141,16 @@ RequestParser::State RequestParser::Private::takeHead(const char* data, int leng
     }
     parser.emplace();
     parser->header_limit(std::uint32_t(length) + 1);
-    parser->body_limit(std::uint64_t(limits.bodyBytes));
+    parser->body_limit(std::numeric_limits<std::uint64_t>::max());
     boost::beast::error_code error;
     parser->put(boost::asio::const_buffer(data, std::size_t(length)), error);
     if (error == beast::error::bad_version && namesOtherVersion(firstLine(data, length)))
         return refuse(505);
     if (error)
-        return refuse(statusOf(error));
+        return refuse(400);
     if (const int bad = fill())
         return refuse(bad);
     headDone = true;
-    parser->eager(true);
     return State::Head;
 }
 
@@ -166,7 +162,18 @@ int RequestParser::Private::fill()
     if (badTarget || !framingIsClear())
         return 400;
     const QByteArray expect = request.headers.value("Expect").toLower();
-    return expect.isEmpty() || expect == "100-continue" ? 0 : 417;
+    if (!expect.isEmpty() && expect != "100-continue")
+        return 417;
+    return beginBody();
+}
+
+int RequestParser::Private::beginBody()
+{
+    if (parser->chunked())
+        body.beginChunked(limits.bodyBytes);
+    else
+        body.beginLength(parser->content_length().value_or(0), limits.bodyBytes);
+    return body.status();
 }
 
 void RequestParser::Private::takeFields()
@@ -199,20 +206,15 @@ bool RequestParser::Private::framingIsClear() const
 
 RequestParser::State RequestParser::Private::takeBody(const char* data, int size, int* consumed)
 {
-    boost::beast::error_code error;
-    while (!parser->is_done() && *consumed < size) {
-        const std::size_t used = parser->put(
-            boost::asio::const_buffer(data + *consumed, std::size_t(size - *consumed)), error);
-        *consumed += int(used);
-        if (error)
-            break;
+    switch (body.feed(data, size, consumed)) {
+    case BodyReader::State::NeedMore:
+        return State::NeedMore;
+    case BodyReader::State::Refused:
+        return refuse(body.status());
+    case BodyReader::State::Complete:
+        break;
     }
-    if (error && error != beast::error::need_more)
-        return refuse(statusOf(error));
-    if (!parser->is_done())
-        return size - *consumed > maximumFraming ? refuse(400) : State::NeedMore;
-    const std::string& body = parser->get().body();
-    request.body = QByteArray(body.data(), int(body.size()));
+    request.body = body.body();
     return State::Complete;
 }
 

@@ -6,7 +6,7 @@
 
 namespace http {
 
-static int hexValue(char c)
+int hexValue(char c)
 {
     if (c >= '0' && c <= '9')
         return c - '0';

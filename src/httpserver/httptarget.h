@@ -8,4 +8,7 @@ namespace http {
 /// a target that is malformed: broken escapes, NUL, text that is not UTF-8, no leading slash.
 bool splitTarget(Request& request);
 
+/// The value of a hexadecimal digit; -1 for any other character.
+int hexValue(char c);
+
 } // namespace http

@@ -62,6 +62,15 @@ TEST(RequestParser, ReadsTheSameHoweverTheBytesArrive)
         ASSERT_EQ(outcome(several, [&] { return int(1 + random() % 20); }), expected);
 }
 
+TEST(RequestParser, ReadsAnEmptyChunkedBodyByteByByte)
+{
+    const QByteArray bytes =
+        "POST /a HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n";
+    const QByteArrayList expected{ "POST /a 2 ", "end" };
+    for (int piece = 1; piece < 8; ++piece)
+        EXPECT_EQ(outcome(bytes, [=] { return piece; }), expected) << piece;
+}
+
 TEST(RequestParser, JudgesDamagedBytesTheSameHoweverTheyArrive)
 {
     std::minstd_rand random(2);
