@@ -2,6 +2,7 @@
 
 #include <log4cplus/spi/loggingevent.h>
 
+#include <algorithm>
 #include <mutex>
 #include <vector>
 
@@ -77,11 +78,9 @@ int LogCapture::countContaining(log4cplus::LogLevel level, const QString& part) 
 
 bool LogCapture::mentions(const QString& part) const
 {
-    for (const auto& [level, text] : m_recorder->lines()) {
-        if (text.contains(part))
-            return true;
-    }
-    return false;
+    const auto lines = m_recorder->lines();
+    return std::any_of(
+        lines.begin(), lines.end(), [&](const auto& line) { return line.second.contains(part); });
 }
 
 void LogCapture::clear()

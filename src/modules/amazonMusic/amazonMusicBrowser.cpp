@@ -142,7 +142,7 @@ TavuRoles AmazonMusicBrowser::folder(const TavuUrl& pageUrl) const
 {
     AMAZON_MUSIC_ENTER();
     TavuRoles folder;
-    if (m_searchNode && pageUrl.path() == QLatin1String("/"))
+    if (!m_searchNode.isNull() && pageUrl.path() == QLatin1String("/"))
         folder.setSearch(searchEntry(*m_searchNode));
     return folder;
 }

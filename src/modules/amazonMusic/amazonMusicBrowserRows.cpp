@@ -11,7 +11,7 @@ namespace {
 
 // Shorter tracks, in milliseconds, do not show how long they are.
 constexpr qint64 shownDuration = 1000;
-constexpr qint64 dayMs = 24 * 60 * 60 * 1000;
+constexpr qint64 dayMs = qint64(24) * 60 * 60 * 1000;
 
 QString urlParam()
 {

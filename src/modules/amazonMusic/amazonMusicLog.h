@@ -37,7 +37,9 @@ private:
 /// The entry trace that is followed by a second one when the function is left.
 #define AMAZON_MUSIC_ENTER_SCOPE() const AmazonMusicScope amazonMusicScope(Q_FUNC_INFO)
 
-/// The entry trace with what the function was called with, as it would be streamed. Never a token,
-/// a code or a secret; and nothing that is logged itself on the way, since log lines do not nest.
+/// The entry trace with what the function was called with, as it would be streamed: a chain of
+/// "<<", which parentheses would break. Never a token, a code or a secret.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define AMAZON_MUSIC_ENTER_WITH(values)                                                            \
     LOG4CPLUS_TRACE(logger(), "Enter " << Q_FUNC_INFO << ": " << values)
+// NOLINTEND(bugprone-macro-parentheses)

@@ -79,7 +79,7 @@ TEST_F(AmazonMusicSearchNodeTest, TakesAnEmptyTextOfThePathToo)
 
 TEST_F(AmazonMusicSearchNodeTest, KeepsEveryText)
 {
-    for (const char* utf8 : { "rock & roll", "Mot\xC3\xB6rhead", "100% #1?", "a+b=c", "\"q\" \\ ;/",
+    for (const char* utf8 : { "rock & roll", "Mot\xC3\xB6rhead", "100% #1?", "a+b=c", R"("q" \ ;/)",
              "\xE6\x97\xA5\xE6\x9C\xAC", "%41%zz", " " }) {
         const QString text = QString::fromUtf8(utf8);
         const QString url = subUrl(ask(text));

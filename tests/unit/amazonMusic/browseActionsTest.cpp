@@ -46,8 +46,7 @@ protected:
 
     void endDialog(const CMPath& path)
     {
-        if (auto* node = worker().nodes()->find(path))
-            delete node;
+        delete worker().nodes()->find(path);
         settle();
     }
 };
