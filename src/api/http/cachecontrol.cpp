@@ -27,6 +27,8 @@ QDateTime httpDate(const QByteArray& text)
 /// From the answer's own dates, so that this machine's clock does not count.
 qint64 secondsByExpires(const HttpClientHeaders& headers)
 {
+    if (!headers.contains("expires"))
+        return 0; // Reading a date is the dearest part of storing an answer.
     const QDateTime expires = httpDate(headers.value("expires"));
     const QDateTime date = httpDate(headers.value("date"));
     return expires.isValid() && date.isValid() ? qMax(qint64(0), date.secsTo(expires)) : 0;

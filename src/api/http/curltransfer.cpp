@@ -35,13 +35,14 @@ void setAuthorities(CURL* easy, const QString& caFile)
 
 } // namespace
 
-CurlTransfer::CurlTransfer(const Attempt& attempt, const HttpClientConfig& config, Done done)
+CurlTransfer::CurlTransfer(
+    const Attempt& attempt, const HttpClientConfig& config, CurlHandles& handles, Done done)
     : m_attempt(attempt)
     , m_config(config)
-    , m_easy(curl_easy_init())
+    , m_handles(handles)
+    , m_easy(handles.take())
     , m_done(std::move(done))
 {
-    Q_ASSERT_X(m_easy, "CurlTransfer", "curl_easy_init");
     setUpTarget();
     setUpRequest();
     setUpSecurity();
@@ -50,7 +51,7 @@ CurlTransfer::CurlTransfer(const Attempt& attempt, const HttpClientConfig& confi
 
 CurlTransfer::~CurlTransfer()
 {
-    curl_easy_cleanup(m_easy);
+    m_handles.giveBack(m_easy);
     curl_slist_free_all(m_fields);
     curl_slist_free_all(m_connectTo);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "curlhandles.h"
 #include "headerblock.h"
 #include "httpclient.h"
 
@@ -42,8 +43,9 @@ class CurlTransfer
 public:
     using Done = std::function<void(const Outcome&)>;
 
-    /// `config` must outlive the transfer. `done` is called once.
-    CurlTransfer(const Attempt& attempt, const HttpClientConfig& config, Done done);
+    /// `config` and `handles` must outlive the transfer. `done` is called once.
+    CurlTransfer(
+        const Attempt& attempt, const HttpClientConfig& config, CurlHandles& handles, Done done);
     ~CurlTransfer();
     Q_DISABLE_COPY_MOVE(CurlTransfer)
 
@@ -72,6 +74,7 @@ private:
     // Constant once set up; the library keeps pointers into them.
     const Attempt m_attempt;
     const HttpClientConfig& m_config;
+    CurlHandles& m_handles;
     CURL* const m_easy;
     curl_slist* m_fields = nullptr;
     curl_slist* m_connectTo = nullptr;

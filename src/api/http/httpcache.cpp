@@ -88,7 +88,7 @@ void HttpCache::store(const QByteArray& url, const HttpClientHeaders& request,
     const auto present = match(url, request);
     if (present != m_entries.end())
         remove(present);
-    if (!mayStore(request, headers))
+    if (m_capacity == 0 || !mayStore(request, headers))
         return;
     Entry entry{ url, request, headers, data, freshUntil(headers) };
     if (entry.size() > m_capacity)

@@ -55,7 +55,7 @@ public:
         , config(HttpClientConfig::shared())
         , multi(nullptr)
         , cache(&monotonicMs)
-        , shared{ config, multi, useCache ? &cache : nullptr }
+        , shared{ config, multi, handles, useCache ? &cache : nullptr }
     {
     }
 
@@ -66,6 +66,7 @@ public:
     HttpClient* const q;
     const HttpClientConfig config;
     httpclient::CurlMulti multi;
+    httpclient::CurlHandles handles; // Before the loop they ran on: connections know both.
     httpclient::HttpCache cache;
     httpclient::Shared shared;
     quint64 lastId = 0;

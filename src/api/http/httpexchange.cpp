@@ -130,8 +130,8 @@ void HttpExchange::send()
     attempt.readSizeLimit = m_request.options.readSizeLimit();
     attempt.resends = m_post ? 0 : maxResends - m_resends;
     stopTransfer();
-    m_transfer = std::make_unique<CurlTransfer>(
-        attempt, m_shared.config, [this](const Outcome& outcome) { attemptDone(outcome); });
+    m_transfer = std::make_unique<CurlTransfer>(attempt, m_shared.config, m_shared.handles,
+        [this](const Outcome& outcome) { attemptDone(outcome); });
     m_shared.multi.add(m_transfer.get());
 }
 

@@ -19,6 +19,7 @@ struct Shared
 {
     const HttpClientConfig& config;
     CurlMulti& multi;
+    CurlHandles& handles;
     /// Null when the client keeps no answers.
     HttpCache* cache;
 };
