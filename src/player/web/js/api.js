@@ -1,4 +1,5 @@
 import { t } from './text.js';
+import { wordsOf } from './words.js';
 
 /** The player answers some requests only after the service has; those may take this long. */
 const patientMs = 40000;
@@ -7,8 +8,9 @@ const briskMs = 8000;
 /** A failure to show to people: `title` and `detail` are the player's or the service's words. */
 export class ApiError extends Error {
   constructor({ title, detail = '', status = 0, type = '', actionReply = null }) {
-    super(title);
-    Object.assign(this, { title, detail, status, type, actionReply });
+    const words = wordsOf(title, detail);
+    super(words.title);
+    Object.assign(this, { title: words.title, detail: words.text, status, type, actionReply });
     this.at = new Date().toISOString();
   }
 

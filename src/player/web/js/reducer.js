@@ -1,6 +1,8 @@
 // Everything that the page knows about the player, and how each event changes it. Pure. `now` in
 // an event is the page's own monotonic clock in milliseconds: the player's wall clock may differ.
 
+import { wordsOf } from './words.js';
+
 export const PlayState = { idle: 0, buffering: 1, playing: 2, paused: 3 };
 export const keptMessages = 20;
 const shownToasts = 3;
@@ -53,11 +55,14 @@ function withToast(state, toast, now) {
   return { ...state, toasts: [...state.toasts, { ...toast, at: now }].slice(-shownToasts) };
 }
 
+const worded = (message) => ({ ...message, ...wordsOf(message.title, message.text) });
+
 function withMessage(state, message, now) {
   const known = state.messages.some((m) => m.id === message.id);
   if (known) return state;
-  const messages = [...state.messages, message].slice(-keptMessages);
-  return withToast({ ...state, messages }, { ...message, id: `message-${message.id}` }, now);
+  const messages = [...state.messages, worded(message)].slice(-keptMessages);
+  const toast = { ...worded(message), id: `message-${message.id}` };
+  return withToast({ ...state, messages }, toast, now);
 }
 
 function withScreen(state, screen) {
@@ -70,7 +75,7 @@ function withSnapshot(state, snapshot, now) {
   let next = { ...state, connection: 'live', service: snapshot.service ?? state.service };
   next = withLogin(next, snapshot.login ?? null, now);
   if (snapshot.player) next = withPlayer(next, snapshot.player, now);
-  return { ...next, messages: (snapshot.messages ?? []).slice(-keptMessages) };
+  return { ...next, messages: (snapshot.messages ?? []).slice(-keptMessages).map(worded) };
 }
 
 function withPosition(state, position, now) {

@@ -36,11 +36,19 @@ function Tabs({ place }) {
       (name) => html`<a key=${name} href=${`#/${name}`} onClick=${go(name)}
         aria-current=${name === place ? 'page' : null}>
       <span class="tab-sign"><${Icon} name=${signs[name]} />
-        ${name === 'messages' && unread > 0 && html`
-          <b class="badge" aria-hidden="true">${unread}</b>`}</span>
+        ${
+          name === 'messages' &&
+          unread > 0 &&
+          html`
+          <b class="badge" aria-hidden="true">${unread}</b>`
+        }</span>
       <span>${t(`place.${name}`)}</span>
-      ${name === 'messages' && unread > 0 && html`
-        <span class="off-screen">, ${t('place.unread', { count: unread })}</span>`}
+      ${
+        name === 'messages' &&
+        unread > 0 &&
+        html`
+        <span class="off-screen">, ${t('place.unread', { count: unread })}</span>`
+      }
     </a>`,
     )}
   </nav>`;

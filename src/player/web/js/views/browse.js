@@ -61,7 +61,7 @@ function Heading({ route, listing, heading }) {
   const { row } = route;
   const title = route.path ? titleOfEntry(route) : service || t('place.browse');
   const rich = row && (pictureOf(row) || row.containerPlayable);
-  return html`<header class="heading ${rich ? 'rich' : ''}">
+  return html`<header class="heading ${rich ? 'rich' : ''} ${row?.playable ? '' : 'folder'}">
     ${rich && html`<${Picture} url=${pictureOf(row)} sign=${signOf(row)} eager />`}
     <div class="heading-text">
       <h1 tabindex="-1" ref=${heading}>${title}</h1>

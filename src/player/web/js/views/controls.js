@@ -48,9 +48,9 @@ export function Picture({ url, sign, alt = '', eager = false }) {
 
 /** A native slider whose filled part follows its value. Its unit is the caller's. */
 export function Slider({ value, max, label, text, ...rest }) {
-  const share = max > 0 ? Math.min(100, (value / max) * 100) : 0;
+  const share = max > 0 ? Math.min(1, value / max) : 0;
   return html`<input type="range" class="slider" min="0" max=${max} value=${value}
-    aria-label=${label} aria-valuetext=${text} style=${{ '--filled': `${share}%` }} ...${rest} />`;
+    aria-label=${label} aria-valuetext=${text} style=${{ '--filled': String(share) }} ...${rest} />`;
 }
 
 export async function copyText(text) {

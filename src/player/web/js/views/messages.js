@@ -48,8 +48,10 @@ export function Messages({ level = 1 }) {
       messages.length === 0
         ? html`<p class="quiet">${t('messages.none')}</p>`
         : html`<ul role="list" onMouseEnter=${actions.markRead} onFocusIn=${actions.markRead}>
-          ${[...messages].reverse().map((message) => html`
-            <${Message} key=${message.id} message=${message} />`)}
+          ${[...messages].reverse().map(
+            (message) => html`
+            <${Message} key=${message.id} message=${message} />`,
+          )}
         </ul>`
     }
   </section>`;

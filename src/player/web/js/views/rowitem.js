@@ -74,10 +74,19 @@ function MusicRow({ row, layout, number, record, memo }) {
     }
     <${Texts} row=${row} line=${line} />${' '}
     ${time > 0 && html`<span class="row-time">${clock(time)}</span>`}
-    ${layout !== 'grid' && opens && !plays && html`<span class="row-sign">
-      <${Icon} name="open" size=${20} /></span>`}
-    ${!opens && plays && html`<span class="row-sign play-sign">
-      <${PlaySign} starting=${starting} current=${current} /></span>`}`;
+    ${
+      layout !== 'grid' &&
+      opens &&
+      !plays &&
+      html`<span class="row-sign">
+      <${Icon} name="open" size=${20} /></span>`
+    }
+    ${
+      !opens &&
+      plays &&
+      html`<span class="row-sign play-sign">
+      <${PlaySign} starting=${starting} current=${current} /></span>`
+    }`;
 
   if (!opens && !plays) return html`<div class="row-main still">${inside}</div>`;
   return html`

@@ -13,7 +13,7 @@ import { PlayState, positionAt } from '../reducer.js';
 import { t } from '../text.js';
 import { Button, Slider } from './controls.js';
 
-const keyStepMs = 5000;
+const keySteps = { ArrowLeft: -5000, ArrowDown: -5000, ArrowRight: 5000, ArrowUp: 5000 }; // ms
 
 /** A slider that follows the player, except while a hand is on it and until the player answers. */
 function useHeld(followed) {
@@ -50,13 +50,13 @@ export function Seek() {
     actions.seek(value);
   };
   const onKeyDown = (event) => {
-    const step = { ArrowLeft: -keyStepMs, ArrowRight: keyStepMs }[event.key];
+    const step = keySteps[event.key];
     if (!step) return;
     event.preventDefault();
     commit(Math.min(duration, Math.max(0, held.value + step)));
   };
   return html`<div class="seek">
-    <${Slider} label=${t('player.position')} max=${duration || 1} step="1000"
+    <${Slider} label=${t('player.position')} max=${duration || 1} step="1"
       value=${Math.floor(held.value)} text=${text} disabled=${!can || offline}
       onInput=${(event) => held.hold(Number(event.currentTarget.value))}
       onChange=${(event) => commit(Number(event.currentTarget.value))} onKeyDown=${onKeyDown} />
