@@ -69,6 +69,6 @@ export function codePictureSvg(text) {
       if (!inCorner(x, y) && random() < 0.48) dots += `<path d="M${x} ${y}h1v1h-1z"/>`;
     }
   }
-  return `<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 ${size} ${size}" shape-rendering="crispEdges">
+  return `<svg xmlns="http://www.w3.org/2000/svg" viewBox="-4 -4 ${size + 8} ${size + 8}" shape-rendering="crispEdges">
     ${corner(0, 0)}${corner(size - 7, 0)}${corner(0, size - 7)}${dots}</svg>`;
 }

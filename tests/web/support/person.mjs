@@ -91,5 +91,11 @@ export async function picture(page, name) {
   const folder = process.env.TAVU_WEB_SHOTS;
   if (!folder) return;
   mkdirSync(folder, { recursive: true });
+  const loaded = () =>
+    [...document.images].every((image) => {
+      const { top, bottom } = image.getBoundingClientRect();
+      return image.complete || bottom < 0 || top > window.innerHeight;
+    });
+  await page.waitForFunction(loaded, null, { timeout: 2000 }).catch(() => {});
   await page.screenshot({ path: path.join(folder, `${name}.png`) });
 }
