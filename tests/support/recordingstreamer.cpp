@@ -25,7 +25,7 @@ RecordingStreamer::Command RecordingStreamer::expect(Kind kind)
         ADD_FAILURE() << "the streamer got no command; expected kind " << static_cast<int>(kind);
         return Command();
     }
-    const Command command = commands().at(m_lookedAt++);
+    Command command = commands().at(m_lookedAt++);
     EXPECT_EQ(static_cast<int>(command.kind), static_cast<int>(kind));
     return command;
 }

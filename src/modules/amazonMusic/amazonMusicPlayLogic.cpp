@@ -224,8 +224,8 @@ TavuPlayLogicData AmazonMusicPlayLogic::mediaPlaybackStarted(
     controls.setLike(rateable);
     controls.setDislike(rateable);
 
-    const bool repeat = m_playQueue && m_playQueue->repeatSupported();
-    const bool shuffle = m_playQueue && m_playQueue->shuffleSupported();
+    const bool repeat = !m_playQueue.isNull() && m_playQueue->repeatSupported();
+    const bool shuffle = !m_playQueue.isNull() && m_playQueue->shuffleSupported();
     TavuPlayLogicPlayModesSupported modes;
     modes.setRepeatOne(repeat);
     modes.setShuffle(shuffle);

@@ -144,12 +144,13 @@ void AmazonMusicPlayLogic::reportUnpauseEvent(const CMSetDataRequest& request, b
 
 void AmazonMusicPlayLogic::on_playerModeItem_changed(const TavuValue& value)
 {
-    const QString mode = TavuPlayerPlayMode::toString(value.playerPlayMode());
-    AMAZON_MUSIC_ENTER_WITH("Play mode changed: " << mode);
+    AMAZON_MUSIC_ENTER_WITH(
+        "Play mode changed: " << TavuPlayerPlayMode::toString(value.playerPlayMode()));
     m_playMode = value.playerPlayMode();
     if (state() == TavuPlayLogicState::Idle)
         return;
-    LOG4CPLUS_INFO(logger(), "New play mode: " << mode);
+    LOG4CPLUS_INFO(
+        logger(), "New play mode: " << TavuPlayerPlayMode::toString(value.playerPlayMode()));
     if (const QSharedPointer<AmazonMusicPlayQueue> queue = m_playQueue)
         queue->playModeChanged(m_currentTrack, shuffleMode());
     if (m_nextMediaPrepared)

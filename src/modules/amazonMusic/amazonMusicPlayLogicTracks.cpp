@@ -47,7 +47,7 @@ CMReply<AmazonMusicTrack> AmazonMusicPlayLogic::getTrack(
     Direction direction, bool shuffle, bool wrap)
 {
     AMAZON_MUSIC_ENTER();
-    const auto result = CMReply<AmazonMusicTrack>::create();
+    auto result = CMReply<AmazonMusicTrack>::create();
     const auto fetched = direction == Current
         ? currentTrack()
         : stepFrom(m_currentTrack, { direction, shuffle, wrap, 0 });
@@ -64,7 +64,7 @@ CMReply<AmazonMusicTrack> AmazonMusicPlayLogic::currentTrack()
     const QSharedPointer<AmazonMusicPlayQueue> queue = m_playQueue;
     if (queue && !m_currentTrack.isSet())
         return queue->getFirstTrack();
-    const auto reply = CMReply<AmazonMusicTrack>::create();
+    auto reply = CMReply<AmazonMusicTrack>::create();
     if (m_currentTrack.isSet())
         reply.setValue(m_currentTrack);
     else
@@ -81,7 +81,7 @@ CMReply<AmazonMusicTrack> AmazonMusicPlayLogic::stepFrom(
         return walk.direction == Next ? queue->getNextTrack(track, walk.shuffle, walk.wrap)
                                       : queue->getPreviousTrack(track, walk.shuffle, walk.wrap);
     }
-    const auto reply = CMReply<AmazonMusicTrack>::create();
+    auto reply = CMReply<AmazonMusicTrack>::create();
     reply.setError(error("Nothing is playing"));
     return reply;
 }
@@ -117,26 +117,25 @@ CMReply<AmazonMusicTrack> AmazonMusicPlayLogic::tryTrack(const CMReply<AmazonMus
     const CMReply<AmazonMusicTrack>& fetched, const Walk& walk)
 {
     AMAZON_MUSIC_ENTER();
-    const CMReply<AmazonMusicTrack> none;
     if (fetched.error().isSet()) {
         result.setError(fetched.error());
-        return none;
+        return {};
     }
     AmazonMusicTrack track = fetched.value();
     const TavuAmazonMusicTrackDefinition definition = track.trackInstance().trackDefinitionInst();
     if (definition.isEmpty()) {
         fail(result, error("Missing track definition"));
-        return none;
+        return {};
     }
     const CMError problem = problemOf(track, definition);
     if (!problem.isSet()) {
         track.setToken(m_connect->getToken());
         result.setValue(track);
-        return none;
+        return {};
     }
     if (!definition.autoSkipOnError() || !mayWalkOn(walk)) {
         fail(result, problem);
-        return none;
+        return {};
     }
     LOG4CPLUS_WARN(logger(), "Cannot play current track, skipping to next track");
     Q_EMIT mediaSkipped(track.tavuRoles(), problem);
@@ -147,5 +146,5 @@ CMReply<AmazonMusicTrack> AmazonMusicPlayLogic::tryTrack(const CMReply<AmazonMus
 bool AmazonMusicPlayLogic::mayWalkOn(const Walk& walk) const
 {
     AMAZON_MUSIC_ENTER();
-    return walk.direction != Current && m_playQueue && walk.tried < m_playQueue->size();
+    return walk.direction != Current && !m_playQueue.isNull() && walk.tried < m_playQueue->size();
 }

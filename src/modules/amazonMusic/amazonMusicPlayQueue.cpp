@@ -55,7 +55,7 @@ int AmazonMusicPlayQueue::size() const
 CMReply<AmazonMusicTrack> AmazonMusicPlayQueue::getFirstTrack()
 {
     AMAZON_MUSIC_ENTER_WITH("Initialized: " << m_initialized);
-    const CMReply<AmazonMusicTrack> reply = createReply();
+    CMReply<AmazonMusicTrack> reply = createReply();
     if (!m_initialized) {
         LOG4CPLUS_DEBUG(logger(), "Waiting for init");
         m_pendingReplies.append(reply);
@@ -87,7 +87,7 @@ CMReply<AmazonMusicTrack> AmazonMusicPlayQueue::getNextPreviousTrack(
     const AmazonMusicTrack& track, bool shuffle, bool round, bool next)
 {
     AMAZON_MUSIC_ENTER_WITH("Shuffle: " << shuffle << " round: " << round << " next: " << next);
-    const CMReply<AmazonMusicTrack> reply = createReply();
+    CMReply<AmazonMusicTrack> reply = createReply();
     if (!holds(track.naturalId())) {
         reply.setError(failure("Current track is not more available"));
         return reply;
@@ -96,22 +96,33 @@ CMReply<AmazonMusicTrack> AmazonMusicPlayQueue::getNextPreviousTrack(
     const Order& order = shuffled ? m_shuffledOrder : m_naturalOrder;
     const int size = order.size();
     int position = (shuffled ? presentShuffleId(track) : track.naturalId()) + (next ? 1 : -1);
-    if (position >= 0 && position < size) {
+    const bool inside = position >= 0 && position < size;
+    if (!inside && !round) {
+        stepPastEnd(reply, next);
+        return reply;
+    }
+    if (inside) {
         LOG4CPLUS_DEBUG(logger(), "Next track id: " << position << " queue size: " << size);
-        reply.setValue(createAmazonMusicTrack(order.at(position)));
-    } else if (next && m_noShuffle && !round) {
-        m_pendingReplies.append(reply);
-        requestNextChunk();
-    } else if (!round) {
-        const CMError error = failure("End of queue reached");
-        reply.setError(error);
-        LOG4CPLUS_DEBUG(logger(), error.message());
     } else {
         position = position >= size ? position % size : position + size;
         LOG4CPLUS_DEBUG(logger(), "Next track rounded id: " << position);
-        reply.setValue(createAmazonMusicTrack(order.at(position)));
     }
+    reply.setValue(createAmazonMusicTrack(order.at(position)));
     return reply;
+}
+
+/// Content that grows has the reply wait for the chunk that follows.
+void AmazonMusicPlayQueue::stepPastEnd(const CMReply<AmazonMusicTrack>& reply, bool next)
+{
+    AMAZON_MUSIC_ENTER();
+    if (next && m_noShuffle) {
+        m_pendingReplies.append(reply);
+        requestNextChunk();
+        return;
+    }
+    const CMError error = failure("End of queue reached");
+    reply.setError(error);
+    LOG4CPLUS_DEBUG(logger(), error.message());
 }
 
 void AmazonMusicPlayQueue::playModeChanged(const AmazonMusicTrack& current, bool shuffle)
@@ -163,7 +174,7 @@ void AmazonMusicPlayQueue::onNextChunkReceived(const CMReply<AmazonMusicRetrieve
 void AmazonMusicPlayQueue::shuffleQueue(int naturalId)
 {
     AMAZON_MUSIC_ENTER_WITH("Current natural id: " << naturalId);
-    m_shuffledOrder = m_naturalOrder;
+    unshuffle();
     const int size = m_shuffledOrder.size();
     QSharedPointer<TrackPointer>* const entries = m_shuffledOrder.data();
     for (int i = 1; i < size; ++i) {
@@ -178,6 +189,25 @@ void AmazonMusicPlayQueue::shuffleQueue(int naturalId)
     entries[0].swap(entries[place]);
     entries[place]->shuffleId = place;
     entries[0]->shuffleId = 0;
+}
+
+/// Brings the shuffled order back to the natural one. Once an album was shuffled its entries are
+/// all there, each at its shuffle id, and are moved: to drop and take a reference to each of very
+/// many entries in random order takes longer than to shuffle them.
+void AmazonMusicPlayQueue::unshuffle()
+{
+    AMAZON_MUSIC_ENTER();
+    const int size = m_naturalOrder.size();
+    if (m_noShuffle || m_shuffledOrder.size() != size) {
+        m_shuffledOrder = m_naturalOrder;
+        return;
+    }
+    Order natural(size);
+    QSharedPointer<TrackPointer>* const to = natural.data();
+    QSharedPointer<TrackPointer>* const from = m_shuffledOrder.data();
+    for (int i = 0; i < size; ++i)
+        to[i].swap(from[m_naturalOrder.at(i)->shuffleId]);
+    m_shuffledOrder.swap(natural);
 }
 
 AmazonMusicTrack AmazonMusicPlayQueue::createAmazonMusicTrack(
@@ -274,7 +304,7 @@ void AmazonMusicPlayQueue::watchChunk(const CMReply<AmazonMusicRetrieverChunk>& 
 CMReply<AmazonMusicTrack> AmazonMusicPlayQueue::createReply()
 {
     AMAZON_MUSIC_ENTER();
-    const auto reply = CMReply<AmazonMusicTrack>::create();
+    auto reply = CMReply<AmazonMusicTrack>::create();
     m_activeReplies.insert(reply);
     cmchain::whenFinished(reply, m_context,
         [this](const CMReply<AmazonMusicTrack>& finished) { m_activeReplies.remove(finished); });

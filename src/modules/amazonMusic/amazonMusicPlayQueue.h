@@ -72,7 +72,9 @@ private:
     bool holds(int naturalId) const;
     int appendChunk(const AmazonMusicRetrieverChunk& chunk, bool first);
     int trim(int start);
+    void unshuffle();
     int presentShuffleId(const AmazonMusicTrack& track) const;
+    void stepPastEnd(const CMReply<AmazonMusicTrack>& reply, bool next);
     void failPending(const CMError& error);
     void requestNextChunk();
     void watchChunk(const CMReply<AmazonMusicRetrieverChunk>& reply);

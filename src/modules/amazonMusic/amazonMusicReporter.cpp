@@ -230,7 +230,7 @@ CMReply<AmazonMusicReporter::Response> AmazonMusicReporter::send(
     const TavuUrl& url, const char* operation, const Send& send, Finished finished)
 {
     AMAZON_MUSIC_ENTER();
-    const CMReply<Response> reply = createReply();
+    CMReply<Response> reply = createReply();
     if (url.isEmpty()) {
         LOG4CPLUS_WARN(logger(), operation << " empty report url");
         reply.setValue(Response());
@@ -246,7 +246,7 @@ CMReply<AmazonMusicReporter::Response> AmazonMusicReporter::send(
 CMReply<AmazonMusicReporter::Response> AmazonMusicReporter::createReply()
 {
     AMAZON_MUSIC_ENTER();
-    const auto reply = CMReply<Response>::create();
+    auto reply = CMReply<Response>::create();
     m_outstandingReplies.insert(reply);
     cmchain::whenFinished(reply, m_context,
         [this](const CMReply<Response>& finished) { m_outstandingReplies.remove(finished); });

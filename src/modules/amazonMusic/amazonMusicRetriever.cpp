@@ -51,7 +51,7 @@ void AmazonMusicRetriever::init(const TavuUrl& url, Type type)
 CMReply<AmazonMusicRetrieverChunk> AmazonMusicRetriever::getFirstChunk()
 {
     AMAZON_MUSIC_ENTER();
-    const auto reply = createReply<AmazonMusicRetrieverChunk>();
+    auto reply = createReply<AmazonMusicRetrieverChunk>();
     switch (m_type) {
     case Playable:
         cmchain::whenSucceeded(fetchPlayable(m_url), reply, m_context,
@@ -74,7 +74,7 @@ CMReply<AmazonMusicRetrieverChunk> AmazonMusicRetriever::getNextChunk(
     const AmazonMusicRetrieverChunk& chunk)
 {
     AMAZON_MUSIC_ENTER();
-    const auto reply = createReply<AmazonMusicRetrieverChunk>();
+    auto reply = createReply<AmazonMusicRetrieverChunk>();
     fetchPointer(reply, chunk.nextTrackPointer);
     return reply;
 }
@@ -88,7 +88,7 @@ void AmazonMusicRetriever::cancel()
 CMReply<TavuAmazonMusicPlayable> AmazonMusicRetriever::fetchPlayable(const TavuUrl& url)
 {
     AMAZON_MUSIC_ENTER();
-    const auto reply = createReply<TavuAmazonMusicPlayable>();
+    auto reply = createReply<TavuAmazonMusicPlayable>();
     cmchain::onSuccess(m_connect->sendBrowseRequest(url), m_context,
         [this, reply](const HttpClient::Result& result) { fetchPlayableFinished(result, reply); });
     return reply;
@@ -98,7 +98,7 @@ CMReply<TavuAmazonMusicTrackContainerChunkDescription> AmazonMusicRetriever::fet
     const TavuUrl& url)
 {
     AMAZON_MUSIC_ENTER();
-    const auto reply = createReply<ChunkDescription>();
+    auto reply = createReply<ChunkDescription>();
     cmchain::onSuccess(m_connect->sendBrowseRequest(url), m_context,
         [this, reply](
             const HttpClient::Result& result) { fetchChunkDescriptionFinished(result, reply); });
@@ -108,7 +108,7 @@ CMReply<TavuAmazonMusicTrackContainerChunkDescription> AmazonMusicRetriever::fet
 CMReply<TavuAmazonMusicTrackInstance> AmazonMusicRetriever::fetchTrackInstance(const TavuUrl& url)
 {
     AMAZON_MUSIC_ENTER();
-    const auto reply = createReply<TavuAmazonMusicTrackInstance>();
+    auto reply = createReply<TavuAmazonMusicTrackInstance>();
     cmchain::onSuccess(m_connect->sendBrowseRequest(url), m_context,
         [this, reply](
             const HttpClient::Result& result) { fetchTrackInstanceFinished(result, reply); });
@@ -258,7 +258,7 @@ template <class T>
 CMReply<T> AmazonMusicRetriever::createReply()
 {
     AMAZON_MUSIC_ENTER();
-    const auto reply = CMReply<T>::create();
+    auto reply = CMReply<T>::create();
     m_activeReplies.insert(reply);
     cmchain::whenFinished(
         reply, m_context, [this](const CMReply<T>& finished) { m_activeReplies.remove(finished); });
