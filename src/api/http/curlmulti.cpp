@@ -86,8 +86,8 @@ void CurlMulti::watch(curl_socket_t socket, int what)
         watch->read = notifier(socket, QSocketNotifier::Read, CURL_CSELECT_IN);
         watch->write = notifier(socket, QSocketNotifier::Write, CURL_CSELECT_OUT);
     }
-    watch->read->setEnabled(what & CURL_POLL_IN);
-    watch->write->setEnabled(what & CURL_POLL_OUT);
+    watch->read->setEnabled((what & CURL_POLL_IN) != 0);
+    watch->write->setEnabled((what & CURL_POLL_OUT) != 0);
 }
 
 std::unique_ptr<QSocketNotifier> CurlMulti::notifier(curl_socket_t socket, int type, int event)

@@ -10,7 +10,7 @@ namespace httpclient {
 namespace {
 
 // Bodies are reserved for as announced, up to this; what comes beyond it must really come.
-constexpr qint64 maxReserve = 1024 * 1024;
+constexpr qint64 maxReserve = 1024LL * 1024;
 
 curl_slist* append(curl_slist* list, const QByteArray& line)
 {

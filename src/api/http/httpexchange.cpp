@@ -235,7 +235,7 @@ void HttpExchange::fail(HttpClientStatus status, const QString& reason)
     finish({ m_request.url, status, 0, QByteArray(), HttpClientHeaders(), reason });
 }
 
-void HttpExchange::finish(HttpClient::Result result)
+void HttpExchange::finish(const HttpClient::Result& result)
 {
     m_deadline.stop();
     m_pause.stop();

@@ -61,7 +61,7 @@ private:
     HttpClient::Result resultOf(const Outcome& outcome);
     void learn(const Outcome& outcome);
     void fail(HttpClientStatus status, const QString& reason);
-    void finish(HttpClient::Result result);
+    void finish(const HttpClient::Result& result);
     void stopTransfer();
 
     Shared& m_shared;

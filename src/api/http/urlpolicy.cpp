@@ -27,7 +27,7 @@ QByteArray part(CURLU* url, CURLUPart which, unsigned flags = 0)
     char* text = nullptr;
     if (curl_url_get(url, which, &text, flags) != CURLUE_OK)
         return QByteArray();
-    const QByteArray copy(text);
+    QByteArray copy(text);
     curl_free(text);
     return copy;
 }
@@ -65,7 +65,7 @@ bool isLocal(const in_addr& address)
 
 bool isLocal(const in6_addr& address)
 {
-    in_addr mapped;
+    in_addr mapped{};
     std::memcpy(&mapped, address.s6_addr + 12, sizeof mapped);
     return IN6_IS_ADDR_LOOPBACK(&address) || IN6_IS_ADDR_UNSPECIFIED(&address)
         || IN6_IS_ADDR_LINKLOCAL(&address) || (IN6_IS_ADDR_V4MAPPED(&address) && isLocal(mapped));
@@ -73,8 +73,8 @@ bool isLocal(const in6_addr& address)
 
 bool isLocalName(const QByteArray& host)
 {
-    in_addr v4;
-    in6_addr v6;
+    in_addr v4{};
+    in6_addr v6{};
     if (inet_pton(AF_INET, host.constData(), &v4) == 1)
         return isLocal(v4);
     if (inet_pton(AF_INET6, host.constData(), &v6) == 1)
@@ -91,7 +91,7 @@ bool isMapped(const HttpClientConfig& config)
 bool isTokenCharacter(char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9')
-        || (c != '\0' && std::strchr("!#$%&'*+-.^_`|~", c));
+        || (c != '\0' && std::strchr("!#$%&'*+-.^_`|~", c) != nullptr);
 }
 
 bool isControlCharacter(char c)
@@ -108,7 +108,7 @@ QByteArray target(const TavuUrl& url)
         return QByteArray();
     TavuUrl withoutFragment = url;
     withoutFragment.setFragment(QString());
-    const QByteArray encoded = withoutFragment.toEncoded();
+    QByteArray encoded = withoutFragment.toEncoded();
     const QByteArray host = url.host().toLatin1();
     if (host.isEmpty() || encoded.size() > longestUrl || hostAsSent(encoded) != host)
         return QByteArray();
@@ -151,12 +151,12 @@ bool isLocalAddress(const sockaddr* address)
 {
     // Copied: a socket address need not lie as its family's type wants it aligned.
     if (address->sa_family == AF_INET) {
-        sockaddr_in v4;
+        sockaddr_in v4{};
         std::memcpy(&v4, address, sizeof v4);
         return isLocal(v4.sin_addr);
     }
     if (address->sa_family == AF_INET6) {
-        sockaddr_in6 v6;
+        sockaddr_in6 v6{};
         std::memcpy(&v6, address, sizeof v6);
         return isLocal(v6.sin6_addr);
     }

@@ -81,7 +81,7 @@ private:
     };
 
     void connectStreamer();
-    Item newItem(const TavuRoles& roles);
+    static Item newItem(const TavuRoles& roles);
     bool isPresent(quint64 id) const { return id != 0 && id == m_present.id; }
     void startPresent();
     void skipPresent(const CMError& error);

@@ -60,7 +60,7 @@ private:
     struct Mount
     {
         CMPath prefix;
-        CMAbstractWorker* worker;
+        CMAbstractWorker* worker = nullptr;
     };
 
     CMAbstractWorker* workerFor(const CMPath& path) const;

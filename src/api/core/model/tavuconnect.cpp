@@ -9,7 +9,7 @@
 QMetaObject::Connection tavuConnect(const QObject* sender, const char* signal,
     const QObject* receiver, const char* slot, Qt::ConnectionType type)
 {
-    const QMetaObject::Connection connection =
+    QMetaObject::Connection connection =
         QObject::connect(sender, signal, receiver, slot, type);
     Q_ASSERT_X(connection, "tavuConnect", slot);
     return connection;
