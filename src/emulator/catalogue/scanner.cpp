@@ -111,7 +111,7 @@ void Scanner::visit(const QFileInfo& info, const QString& path)
         m_listed.push_back(std::move(file));
     } else if (isPlaylistFile(name)) {
         QFile playlist(info.filePath());
-        constexpr qint64 readLimit = 4 * 1024 * 1024;
+        constexpr qint64 readLimit = 4LL * 1024 * 1024;
         if (playlist.open(QIODevice::ReadOnly))
             m_result.playlists.push_back(parsePlaylist(path, playlist.read(readLimit), m_root));
     }

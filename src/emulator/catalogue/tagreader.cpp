@@ -115,7 +115,7 @@ QByteArray pictureOf(TagLib::MPEG::File& file)
 
 QByteArray pictureOf(TagLib::MP4::File& file)
 {
-    if (!file.tag() || !file.tag()->contains("covr"))
+    if (file.tag() == nullptr || !file.tag()->contains("covr"))
         return {};
     const TagLib::MP4::CoverArtList covers = file.tag()->item("covr").toCoverArtList();
     return covers.isEmpty() ? QByteArray() : toByteArray(covers.front().data());

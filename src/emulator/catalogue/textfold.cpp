@@ -16,7 +16,7 @@ QString fold(const QString& text)
 
 QString sortKey(const QString& text)
 {
-    const QString folded = fold(text);
+    QString folded = fold(text);
     for (const auto& article :
         { QLatin1String("the "), QLatin1String("a "), QLatin1String("an ") }) {
         if (folded.startsWith(article))

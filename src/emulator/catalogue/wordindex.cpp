@@ -46,7 +46,7 @@ WordIndex::WordIndex(const std::vector<QStringList>& words)
         std::sort(m_thingWords.begin() + begin, m_thingWords.end());
         m_thingWords.erase(
             std::unique(m_thingWords.begin() + begin, m_thingWords.end()), m_thingWords.end());
-        for (size_t i = static_cast<size_t>(begin); i < m_thingWords.size(); ++i)
+        for (auto i = static_cast<size_t>(begin); i < m_thingWords.size(); ++i)
             ++m_wordStarts[at(m_thingWords[i]) + 1];
         m_thingStarts.push_back(static_cast<int>(m_thingWords.size()));
     }

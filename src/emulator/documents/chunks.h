@@ -26,7 +26,7 @@ public:
     /// Some of a station's tracks from `position` on in the order of the session.
     Document station(catalogue::Id id, quint64 session, int position) const;
 
-    Document instance(catalogue::Id track, const QString& context) const;
+    Document instance(catalogue::Id id, const QString& context) const;
 
 private:
     /// Adds the tracks as definitions and instances; gives the references of the instances.

@@ -14,7 +14,7 @@ struct Rules
     int stationLength = 0; ///< tracks after which a station ends; 0: never
     int keyHeadersEvery = 4; ///< each n-th track of an album needs key headers; 0: none
     int unratedEvery = 5; ///< each n-th track of an album cannot be rated; 0: all can
-    qint64 expiresAfterMs = 3600 * 1000; ///< how long a stream address holds
+    qint64 expiresAfterMs = 3600LL * 1000; ///< how long a stream address holds
 };
 
 /// What an answer needs to know of its request and its moment.

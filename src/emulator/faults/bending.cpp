@@ -43,7 +43,7 @@ QByteArray withBadTexts(const Effect& effect, QByteArray body)
 
 QByteArray withDuplicates(const Effect& effect, const QByteArray& body)
 {
-    const QByteArray pair = "\"" + effect.text("key", "result").toUtf8() + "\":[{\"a\":\"b\"}],";
+    const QByteArray pair = "\"" + effect.text("key", "result").toUtf8() + R"(":[{"a":"b"}],)";
     return "{" + pair.repeated(static_cast<int>(effect.number("count", 100000))) + body.mid(1);
 }
 
@@ -71,7 +71,7 @@ QByteArray bendJson(const Effect& effect, const QByteArray& body)
 
 http::Response padded(const Effect& effect, http::Response answer)
 {
-    const auto size = static_cast<int>(effect.number("bytes", 1024 * 1024));
+    const auto size = static_cast<int>(effect.number("bytes", 1024LL * 1024));
     answer.body = answer.body.leftJustified(size, ' ');
     return answer;
 }

@@ -51,7 +51,7 @@ struct ParsedRule
 
 /// Reads a rule as JSON has it: the fields of Rule and beside them "effect", its parameters, and
 /// "delay" in milliseconds. "times" may be "forever".
-ParsedRule parseRule(const QVariantHash& fields);
+ParsedRule parseRule(const QVariantHash& given);
 /// Reads a JSON object, or "name=value" pairs separated by blanks; a value with blanks stands in
 /// double quotes.
 ParsedRule parseRule(const QString& text);

@@ -1,6 +1,7 @@
 #include "certificates.h"
 
 #include <openssl/bn.h>
+#include <openssl/ec.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rand.h>
@@ -18,6 +19,7 @@ struct Free
 {
     void operator()(X509* certificate) const { X509_free(certificate); }
     void operator()(EVP_PKEY* key) const { EVP_PKEY_free(key); }
+    void operator()(EVP_PKEY_CTX* context) const { EVP_PKEY_CTX_free(context); }
     void operator()(BIO* bio) const { BIO_free(bio); }
     void operator()(X509_EXTENSION* extension) const { X509_EXTENSION_free(extension); }
     void operator()(BIGNUM* number) const { BN_free(number); }
@@ -93,6 +95,17 @@ Owned<X509> newCertificate(EVP_PKEY* key, const QByteArray& commonName, const Va
     return certificate;
 }
 
+EVP_PKEY* newKey()
+{
+    const Owned<EVP_PKEY_CTX> context(EVP_PKEY_CTX_new_id(EVP_PKEY_EC, nullptr));
+    EVP_PKEY* key = nullptr;
+    if (!context || EVP_PKEY_keygen_init(context.get()) != 1
+        || EVP_PKEY_CTX_set_ec_paramgen_curve_nid(context.get(), NID_X9_62_prime256v1) != 1
+        || EVP_PKEY_keygen(context.get(), &key) != 1)
+        return nullptr;
+    return key;
+}
+
 QByteArray alternativeNames(const QStringList& names)
 {
     QList<QByteArray> parts;
@@ -107,7 +120,7 @@ QByteArray alternativeNames(const QStringList& names)
 
 Identity makeAuthority()
 {
-    const Owned<EVP_PKEY> key(EVP_EC_gen("P-256"));
+    const Owned<EVP_PKEY> key(newKey());
     if (!key)
         return {};
     const Owned<X509> certificate =
@@ -127,7 +140,7 @@ Identity makeServerIdentity(
 {
     const Owned<X509> issuer = readCertificate(authority.certificate);
     const Owned<EVP_PKEY> issuerKey = readKey(authority.key);
-    const Owned<EVP_PKEY> key(EVP_EC_gen("P-256"));
+    const Owned<EVP_PKEY> key(newKey());
     if (!issuer || !issuerKey || !key || names.isEmpty())
         return {};
     const Owned<X509> certificate =
@@ -149,7 +162,7 @@ bool isUsable(const Identity& identity)
     const Owned<EVP_PKEY> key = readKey(identity.key);
     if (!certificate || !key || X509_check_private_key(certificate.get(), key.get()) != 1)
         return false;
-    time_t tomorrow = time(nullptr) + 24 * 3600;
+    time_t tomorrow = time(nullptr) + 24L * 3600;
     return X509_cmp_time(X509_get0_notAfter(certificate.get()), &tomorrow) > 0;
 }
 

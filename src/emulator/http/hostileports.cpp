@@ -5,6 +5,7 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -14,7 +15,7 @@ namespace emulator {
 
 namespace {
 
-constexpr long Day = 24 * 3600;
+constexpr long Day = 24L * 3600;
 
 QString hostName(const char* name, const QString& domain)
 {
@@ -101,11 +102,8 @@ bool HostilePorts::openBad(http::Server& server, const QHostAddress& address,
         listenWith(server, address,
             makeServerIdentity(authority, { QStringLiteral("someone-else.example") })));
     note("plain", domain, server.listen(address, 0));
-    for (const auto& port : m_ports) {
-        if (port.second == 0)
-            return false;
-    }
-    return true;
+    return std::all_of(
+        m_ports.begin(), m_ports.end(), [](const auto& port) { return port.second != 0; });
 }
 
 // The library refuses such old versions by itself, on the server's side too, unless it is told to

@@ -289,8 +289,8 @@ Answer MusicService::audio(Call& call)
         return QString::fromLatin1(call.request.headers.value(name.toLatin1()));
     };
     if (keyed == QLatin1String("1")
-        && (field(m_media.keyIdName()) != m_media.keyId(id)
-            || field(m_media.keyName()) != m_media.key(id)))
+        && (field(documents::MediaUrls::keyIdName()) != m_media.keyId(id)
+            || field(documents::MediaUrls::keyName()) != m_media.key(id)))
         return problem(403, QStringLiteral("the key headers are missing or wrong"));
     Answer answer;
     answer.file = m_library.absolutePath(track->path);
@@ -354,7 +354,7 @@ Answer MusicService::report(Call& call)
 
 Answer MusicService::rating(Call& call)
 {
-    if (!m_library.catalogue()->track(idOf(call)))
+    if (m_library.catalogue()->track(idOf(call)) == nullptr)
         return notFound();
     const TavuAmazonMusicTrackRatingRequest rating(TavuJson::parse(call.request.body).toHash());
     const bool up = rating.thumbRating()

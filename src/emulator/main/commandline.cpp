@@ -55,8 +55,7 @@ const OptionText Options[]{
     { "poll-interval", "Ask clients to poll every <seconds> (default 5).", "seconds" },
     { "code-lifetime", "Let login codes expire after <seconds> (default 600).", "seconds" },
     { "token-lifetime", "Let access tokens expire after <seconds> (default 3600).", "seconds" },
-    { "device-grant", "Take the device grant as \"short\", \"urn\" or \"both\" (default).",
-        "form" },
+    { "device-grant", "Take the device grant as short, urn or both (default).", "form" },
     { "auto-approve", "Approve every login by itself.", nullptr },
     { "fault",
         "Inject a fault, for example \"path=/albums/* effect=status status=503 times=2\", "

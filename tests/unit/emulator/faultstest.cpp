@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QSet>
 
 using namespace emulator::faults;
@@ -202,6 +203,24 @@ TEST(Effects, HaveNamesOfTheirOwnAndParametersThatCanBeSet)
         }
     }
     EXPECT_EQ(names.size(), int(effectKinds().size()));
+}
+
+// A recipe is a whole JSON object between backticks.
+TEST(Recipes, OfTheDocumentationAreRules)
+{
+    QFile file(text(DOCUMENTATION "/faults.md"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    int recipes = 0;
+    for (const QByteArray& line : file.readAll().split('\n')) {
+        const QList<QByteArray> parts = line.split('`');
+        for (int i = 1; i < parts.size(); i += 2) {
+            if (!line.startsWith('|') || !parts.at(i).startsWith('{'))
+                continue;
+            ++recipes;
+            EXPECT_EQ(problemOf(parts.at(i).constData()), "") << parts.at(i).toStdString();
+        }
+    }
+    EXPECT_GT(recipes, 80);
 }
 
 TEST(Replacement, StatusCarriesWhatItIsGiven)
