@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+namespace player {
+
+/// How streams are fetched.
+struct HttpOptions
+{
+    /// PEM file of certificate authorities trusted in addition to the system's; empty for none.
+    QString caFile;
+    /// "host:port:address:port" as curl's --connect-to takes it: where connections really go.
+    QList<QByteArray> connectTo;
+    int connectTimeoutMs = 5000;
+    /// A connection that sends nothing for so many seconds while it may is given up, and the
+    /// transfer goes on over another one.
+    int stallTimeoutS = 4;
+    /// A listener who has waited for so long for a byte is told that the stream is dead.
+    int giveUpMs = 8000;
+    /// The stream that is held in memory ahead of the decoder: so many milliseconds of it, within
+    /// bounds of memory.
+    int aheadMs = 20000;
+    qint64 aheadBytesAtMost = 4 * 1024 * 1024;
+    qint64 aheadBytesAtLeast = 256 * 1024;
+};
+
+} // namespace player
