@@ -42,7 +42,7 @@ void StreamerAudio::setMuted(bool muted)
 QVariantList StreamerAudio::outputs() const
 {
     const QString selected = selectedOutput();
-    QVariantList list { output(QStringLiteral("auto"), QStringLiteral("System default"), selected) };
+    QVariantList list{ output(QStringLiteral("auto"), QStringLiteral("System default"), selected) };
     bool found = selected == QLatin1String("auto");
     for (const OutputDevice& device : m_devices.devices()) {
         list.append(output(device.id, device.name, selected));

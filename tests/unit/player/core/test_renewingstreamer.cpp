@@ -4,6 +4,7 @@
 #include "cmroot.h"
 #include "cmuinode.h"
 #include "recordingstreamer.h"
+#include "streamfailure.h"
 #include "watchdog.h"
 
 #include <gtest/gtest.h>
@@ -104,7 +105,7 @@ protected:
     static CMError refusal(int code)
     {
         CMError error(TrString("refused"));
-        error.__set(QStringLiteral("httpCode"), code);
+        error.__set(player::streamErrorHttpStatus(), code);
         return error;
     }
 

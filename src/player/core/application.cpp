@@ -1,0 +1,253 @@
+#include "application.h"
+
+#include "cmroot.h"
+#include "cmvalueitem.h"
+#include "controlserver.h"
+#include "gststreamer.h"
+#include "httpclient.h"
+#include "oauth2service.h"
+#include "pictureclient.h"
+#include "player.h"
+#include "pluginhost.h"
+#include "redactor.h"
+#include "renewingstreamer.h"
+#include "savefile.h"
+#include "settingsvalues.h"
+#include "streameraudio.h"
+#include "tavupaths.h"
+#include "webpage.h"
+
+#include <QFile>
+#include <QHostAddress>
+#include <QRandomGenerator>
+
+namespace player {
+
+namespace {
+
+StreamerOptions streamerOptions(const Settings& settings)
+{
+    const HttpClientConfig shared = HttpClientConfig::shared();
+    StreamerOptions options;
+    options.http.caFile = shared.caFile;
+    options.http.connectTo = shared.connectTo;
+    options.output = settings.text("player.output");
+    return options;
+}
+
+CMPath accessTokenPath()
+{
+    return TavuOAuth2ServicePath()
+        .appendSubpath(TavuAmazonMusicName())
+        .appendSubpath(TavuOAuth2AccessTokenSubPath());
+}
+
+/// Tells the log of every access token, so that none stands in it.
+class TokenGuard : public QObject
+{
+    Q_OBJECT
+
+public:
+    TokenGuard()
+        : m_item(
+            this, accessTokenPath(), this, SLOT(on_token_changed(TavuValue)), Qt::AutoConnection)
+    {
+    }
+
+public Q_SLOTS:
+    void on_token_changed(const TavuValue& value) { addSecret(value.string().toStdString()); }
+
+private:
+    CMValueItem m_item;
+};
+
+} // namespace
+
+// In the order in which they are made; what comes later may use what came before.
+struct Application::Parts
+{
+    Parts(const Settings& settings, const QString& stateFolder)
+        : oauth2(stateFolder)
+        , gstreamer(streamerOptions(settings))
+        , streamer(&gstreamer)
+        , audio(&gstreamer)
+        , player(&audio)
+    {
+        Streamer::setInstance(&streamer);
+        player.setBeforeResume([this](const auto& done) { streamer.renewIfExpired(done); });
+    }
+
+    OAuth2Service oauth2;
+    TokenGuard tokenGuard;
+    GstStreamer gstreamer;
+    RenewingStreamer streamer;
+    StreamerAudio audio;
+    Player player;
+    PictureClient pictures;
+    std::unique_ptr<control::ControlServer> control;
+    PluginHost plugin;
+};
+
+Application::Application(const Settings& settings, const QString& stateFolder,
+    const QString& pluginFile, QObject* parent)
+    : QObject(parent)
+    , m_settings(settings)
+    , m_stateFolder(stateFolder)
+    , m_pluginFile(pluginFile)
+    , m_lock(stateFolder + QLatin1String("/lock"))
+{
+}
+
+Application::~Application() = default;
+
+void Application::start()
+{
+    if (!lockState() || !publish())
+        return;
+    makeParts();
+    if (listen())
+        loadPlugin();
+}
+
+void Application::giveUp(ExitCode code, const QString& message)
+{
+    Q_EMIT failed(code, message);
+}
+
+bool Application::lockState()
+{
+    m_lock.setStaleLockTime(0);
+    if (m_lock.tryLock())
+        return true;
+    giveUp(Failed,
+        m_lock.error() == QLockFile::LockFailedError
+            ? QStringLiteral("Another player uses the state folder %1. Stop it, or give this one a "
+                             "folder of its own with player.state-folder.")
+                  .arg(m_stateFolder)
+            : QStringLiteral("The state folder %1 cannot be written. Set player.state-folder to "
+                             "one that can.")
+                  .arg(m_stateFolder));
+    return false;
+}
+
+bool Application::publish()
+{
+    const QString problem = publishSettings(m_settings);
+    if (problem.isEmpty())
+        return true;
+    giveUp(NotConfigured, problem);
+    return false;
+}
+
+void Application::makeParts()
+{
+    m_parts = std::make_unique<Parts>(m_settings, m_stateFolder);
+    m_parts->audio.setVolume(qBound(0, m_settings.number("player.volume"), 100));
+    connect(&m_parts->gstreamer, &GstStreamer::outputLost, this, [this](const CMError& lost) {
+        m_parts->player.addMessage(
+            QStringLiteral("error"), lost.title(), lost.message(), QStringLiteral("output"));
+    });
+    if (!m_parts->oauth2.complaint().isEmpty())
+        m_parts->player.addMessage(QStringLiteral("error"), QStringLiteral("Please sign in again"),
+            m_parts->oauth2.complaint(), QStringLiteral("login"));
+}
+
+QString Application::makeToken()
+{
+    const QString configured = m_settings.text("control.token-file");
+    const QString name =
+        configured.isEmpty() ? m_stateFolder + QLatin1String("/control-token") : configured;
+    QFile file(name);
+    if (file.open(QIODevice::ReadOnly)) {
+        const QString token = QString::fromLatin1(file.readAll()).trimmed();
+        if (!token.isEmpty())
+            return token;
+    }
+    constexpr int words = 8;
+    quint32 random[words];
+    QRandomGenerator::system()->fillRange(random);
+    const QByteArray token =
+        QByteArray(reinterpret_cast<const char*>(random), sizeof random).toHex();
+    QString error;
+    if (!saveFile(name, token + '\n', privateFile, &error)) {
+        giveUp(NoPermission,
+            QStringLiteral("control.token-file: %1 cannot be written (%2).").arg(name, error));
+        return QString();
+    }
+    return QString::fromLatin1(token);
+}
+
+bool Application::listen()
+{
+    QHostAddress address;
+    if (!address.setAddress(m_settings.text("control.address"))) {
+        giveUp(BadArguments,
+            QStringLiteral("control.address: \"%1\" is no IP address.")
+                .arg(m_settings.text("control.address")));
+        return false;
+    }
+    if (!address.isLoopback()) {
+        m_token = makeToken();
+        if (m_token.isEmpty())
+            return false;
+        addSecret(m_token.toStdString());
+    }
+    initWebPage();
+    control::Options options;
+    options.hosts = m_settings.list("control.hosts");
+    options.token = m_token.toLatin1();
+    options.fetchArtwork = [this](const QString& url, const auto& done) {
+        m_parts->pictures.fetch(url, done);
+    };
+    m_parts->control = std::make_unique<control::ControlServer>(m_parts->player, options);
+    const auto wanted = static_cast<quint16>(m_settings.number("control.port"));
+    m_port = m_parts->control->listen(address, wanted);
+    if (m_port != 0)
+        return true;
+    giveUp(BadArguments,
+        QStringLiteral("Port %1 of %2 cannot be used (%3). Another program may hold it; \"ss -ltnp "
+                       "'sport = :%1'\" shows which. Choose another with control.port.")
+            .arg(wanted)
+            .arg(address.toString(), m_parts->control->errorString()));
+    return false;
+}
+
+void Application::loadPlugin()
+{
+    connect(&m_parts->plugin, &PluginHost::ready, this, &Application::on_plugin_ready);
+    connect(&m_parts->plugin, &PluginHost::failed, this,
+        [this](const QString& message) { giveUp(Failed, message); });
+    m_parts->plugin.load(m_pluginFile, {});
+}
+
+void Application::on_plugin_ready()
+{
+    m_parts->player.followService();
+    Q_EMIT ready();
+}
+
+QString Application::address() const
+{
+    const QHostAddress address(m_settings.text("control.address"));
+    const bool any = address == QHostAddress(QHostAddress::AnyIPv4)
+        || address == QHostAddress(QHostAddress::AnyIPv6)
+        || address == QHostAddress(QHostAddress::Any);
+    QString host = any ? QStringLiteral("localhost") : address.toString();
+    if (host.contains(QLatin1Char(':')))
+        host = QLatin1Char('[') + host + QLatin1Char(']');
+    return QStringLiteral("http://%1:%2/").arg(host).arg(m_port);
+}
+
+QString Application::token() const
+{
+    return m_token;
+}
+
+PlayerFacade& Application::player()
+{
+    return m_parts->player;
+}
+
+} // namespace player
+
+#include "application.moc"
