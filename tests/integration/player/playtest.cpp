@@ -1,0 +1,194 @@
+#include "house.h"
+#include "sound.h"
+#include "watchdog.h"
+
+#include <gtest/gtest.h>
+
+#include <QDirIterator>
+#include <QFile>
+
+namespace {
+
+constexpr int idle = 0;
+constexpr int playing = 2;
+constexpr int paused = 3;
+
+using Command = PlayerFacade::Command;
+
+QByteArray contentsOf(const QString& name)
+{
+    QFile file(name);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+    return file.readAll();
+}
+
+/// The FLAC files of the sample album that joins without gaps, in their order.
+QStringList gaplessAlbum(const QString& samples)
+{
+    QStringList files;
+    QDirIterator all(
+        samples, { QStringLiteral("*.flac") }, QDir::Files, QDirIterator::Subdirectories);
+    while (all.hasNext()) {
+        const QString file = all.next();
+        if (file.contains(QLatin1String("Harbour at First Light")))
+            files.append(file);
+    }
+    files.sort();
+    return files;
+}
+
+class Play : public ::testing::Test
+{
+protected:
+    void startInRealTime()
+    {
+        house.setOutput(QStringLiteral("audioconvert ! fakesink sync=true"));
+        house.startSignedIn();
+    }
+
+    House house;
+};
+
+TEST_F(Play, an_album_sample_by_sample_as_its_files_hold_it_joins_included)
+{
+    const QString captured = house.file("captured.raw");
+    house.setOutput(QStringLiteral("audioconvert ! "
+                                   "audio/x-raw,format=S16LE,rate=44100,channels=2,layout="
+                                   "interleaved ! filesink location=%1")
+                        .arg(captured));
+    house.startSignedIn();
+    house.play(QStringLiteral("Albums/Harbour at First Light"));
+    ASSERT_TRUE(house.waitForTitle(QStringLiteral("Evening Lamps")));
+    ASSERT_TRUE(house.waitForState(idle));
+    QByteArray expected;
+    const QStringList files = gaplessAlbum(house.samplesFolder());
+    ASSERT_GE(files.size(), 2);
+    for (const QString& file : files)
+        expected += decode(contentsOf(file));
+    EXPECT_EQ(contentsOf(captured).size(), expected.size());
+    EXPECT_TRUE(contentsOf(captured) == expected);
+    EXPECT_EQ(house.reportsWithoutPositions().mid(0, 3),
+        QStringList({ QStringLiteral("START CONTAINER_SELECTED"), QStringLiteral("STOP TRACK_END"),
+            QStringLiteral("START AUTO_NEXT") }));
+}
+
+TEST_F(Play, a_single_track_and_then_nothing)
+{
+    house.startSignedIn();
+    house.play(QStringLiteral("Albums/Night Trains/Sleeper Car"));
+    ASSERT_TRUE(waitUntil([&] { return house.reports().size() == 1; }));
+    ASSERT_TRUE(house.waitForState(idle));
+    EXPECT_EQ(
+        house.reportsWithoutPositions(), QStringList({ QStringLiteral("START TRACK_SELECTED") }));
+}
+
+TEST_F(Play, an_endless_station_over_several_chunks)
+{
+    house.startSignedIn();
+    house.play(QStringLiteral("Stations/"));
+    ASSERT_TRUE(waitUntil([&] { return house.requests("chunk") >= 3; }, 60000));
+    house.command(Command::Stop);
+    EXPECT_EQ(house.state(), idle);
+    EXPECT_GE(house.reports().size(), 20);
+    EXPECT_EQ(house.reportsWithoutPositions().first(), QStringLiteral("START TRACK_SELECTED"));
+}
+
+TEST_F(Play, pauses_and_goes_on_and_tells_the_service_of_both)
+{
+    startInRealTime();
+    house.play(QStringLiteral("Albums/Night Trains"));
+    ASSERT_TRUE(house.waitForState(playing));
+    house.command(Command::TogglePause);
+    ASSERT_TRUE(house.waitForState(paused));
+    house.command(Command::TogglePause);
+    ASSERT_TRUE(house.waitForState(playing));
+    house.command(Command::Stop);
+    ASSERT_TRUE(house.waitForState(idle));
+    ASSERT_TRUE(waitUntil([&] { return house.reports().size() == 4; }));
+    EXPECT_EQ(house.reportsWithoutPositions(),
+        QStringList({ QStringLiteral("START CONTAINER_SELECTED"), QStringLiteral("STOP PAUSE"),
+            QStringLiteral("START UNPAUSE"), QStringLiteral("STOP STOP") }));
+}
+
+TEST_F(Play, goes_to_the_next_track_and_back)
+{
+    startInRealTime();
+    house.play(QStringLiteral("Albums/Night Trains"));
+    ASSERT_TRUE(house.waitForState(playing));
+    const QString first = house.title();
+    house.command(Command::Next);
+    ASSERT_TRUE(waitUntil([&] { return house.title() != first && house.state() == playing; }));
+    house.command(Command::Previous);
+    ASSERT_TRUE(house.waitForTitle(first));
+    ASSERT_TRUE(waitUntil([&] { return house.reports().size() == 5; }));
+    EXPECT_EQ(house.reportsWithoutPositions(),
+        QStringList({ QStringLiteral("START CONTAINER_SELECTED"), QStringLiteral("STOP NEXT"),
+            QStringLiteral("START NEXT"), QStringLiteral("STOP PREVIOUS"),
+            QStringLiteral("START PREVIOUS") }));
+}
+
+TEST_F(Play, seeks_and_reports_where_it_was_and_where_it_is)
+{
+    startInRealTime();
+    house.play(QStringLiteral("Albums/Night Trains/Sleeper Car"));
+    ASSERT_TRUE(house.waitForState(playing));
+    valueOf(house.player().seek(8000));
+    ASSERT_TRUE(waitUntil([&] {
+        return house.player().player().value(QStringLiteral("position")).toLongLong() >= 8000;
+    }));
+    ASSERT_TRUE(waitUntil([&] { return house.reports().size() == 3; }));
+    const QStringList reports = house.reports();
+    EXPECT_TRUE(reports.at(1).startsWith(QStringLiteral("STOP SEEK ")));
+    EXPECT_TRUE(reports.at(2).startsWith(QStringLiteral("START SEEK 8")))
+        << reports.at(2).toStdString();
+    EXPECT_EQ(errorOf(house.player().seek(-1)),
+        QStringLiteral("The position must lie within the track."));
+}
+
+TEST_F(Play, answers_commands_when_nothing_plays_with_an_error_and_goes_on)
+{
+    house.startSignedIn();
+    for (const Command command : { Command::TogglePause, Command::Stop, Command::Next,
+             Command::Previous, Command::Like, Command::Dislike }) {
+        const CMReply<QVariant> reply = house.player().command(command);
+        EXPECT_TRUE(waitUntil([&] { return reply.isFinished(); }));
+    }
+    house.player().setPlayMode(5);
+    house.play(QStringLiteral("Albums/Night Trains"));
+    EXPECT_TRUE(house.waitForState(playing));
+}
+
+TEST_F(Play, shows_the_services_answer_to_a_thumb)
+{
+    startInRealTime();
+    house.play(QStringLiteral("Albums/Night Trains"));
+    ASSERT_TRUE(house.waitForState(playing));
+    const QVariantHash answer = valueOf(house.player().command(Command::Like)).toHash();
+    EXPECT_EQ(answer.value(QStringLiteral("xclass")), QStringLiteral("TavuActionReply"));
+    ASSERT_TRUE(waitUntil([&] { return !house.messageTexts().isEmpty(); }));
+    EXPECT_TRUE(house.messageTexts().last().startsWith(QStringLiteral("Thanks")));
+    EXPECT_EQ(house.requests("rating"), 1);
+}
+
+TEST_F(Play, stops_once_when_the_user_signs_out)
+{
+    startInRealTime();
+    house.play(QStringLiteral("Albums/Night Trains"));
+    ASSERT_TRUE(house.waitForState(playing));
+    house.player().logout();
+    ASSERT_TRUE(house.waitForState(idle));
+    ASSERT_TRUE(waitUntil([&] { return house.reports().size() == 2; }));
+    EXPECT_EQ(house.reportsWithoutPositions().last(), QStringLiteral("STOP STOP"));
+}
+
+TEST_F(Play, shuffles_an_album_and_plays_each_track_once)
+{
+    house.startSignedIn();
+    house.player().setPlayMode(1);
+    house.play(QStringLiteral("Albums/Harbour at First Light"));
+    ASSERT_TRUE(waitUntil([&] { return house.reports().size() >= 9; }));
+    ASSERT_TRUE(house.waitForState(idle));
+    EXPECT_EQ(house.reportsWithoutPositions().count(QStringLiteral("START AUTO_NEXT")), 4);
+}
+
+} // namespace
