@@ -1,5 +1,6 @@
 #include "house.h"
 #include "logsetup.h"
+#include "printers.h"
 #include "watchdog.h"
 
 #include <gtest/gtest.h>

@@ -1,11 +1,12 @@
 #include "house.h"
 
 #include "cmroot.h"
-#include "tavujson.h"
+#include "printers.h"
 #include "watchdog.h"
 
 #include <gtest/gtest.h>
 
+#include <QDateTime>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -115,8 +116,14 @@ void House::startSignedIn()
 
 void House::signIn()
 {
-    m_emulator.run([this] { service().authority().rules().autoApprove = true; });
     player().startLogin();
+    EXPECT_TRUE(
+        waitUntil([this] { return text(player().login(), "state") == QLatin1String("waiting"); },
+            patienceMs));
+    const QString code = text(player().login(), "userCode");
+    m_emulator.run([this, code] {
+        EXPECT_TRUE(service().authority().decide(code, true, QDateTime::currentMSecsSinceEpoch()));
+    });
     EXPECT_TRUE(
         waitUntil([this] { return text(player().login(), "state") == QLatin1String("loggedIn"); },
             patienceMs));

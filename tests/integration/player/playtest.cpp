@@ -1,4 +1,5 @@
 #include "house.h"
+#include "printers.h"
 #include "sound.h"
 #include "watchdog.h"
 
@@ -88,7 +89,7 @@ TEST_F(Play, an_endless_station_over_several_chunks)
     house.play(QStringLiteral("Stations/"));
     ASSERT_TRUE(waitUntil([&] { return house.requests("chunk") >= 3; }, 60000));
     house.command(Command::Stop);
-    EXPECT_EQ(house.state(), idle);
+    EXPECT_TRUE(house.waitForState(idle));
     EXPECT_GE(house.reports().size(), 20);
     EXPECT_EQ(house.reportsWithoutPositions().first(), QStringLiteral("START TRACK_SELECTED"));
 }
