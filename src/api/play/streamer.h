@@ -26,6 +26,10 @@ public:
     static Streamer* instance();
     static void setInstance(Streamer* streamer);
 
+    /// The name of errors that concern the sound's way out rather than the item: no other item
+    /// would fare better.
+    static QString outputErrorName() { return QStringLiteral("outputError"); }
+
     /// Ends what plays and starts `roles` (the first resource of their media data, at the meta
     /// data's start time). With the attribute TavuStreamerAttributesStartPaused() the item is first
     /// pre-rolled without a sound and begins by itself when it is ready.

@@ -273,7 +273,9 @@ void StreamerPlayLogic::skipPresent(const CMError& error)
         startPresent();
     if (!isPresent(id))
         return;
-    if (++m_failuresInARow >= failuresAtMost || !m_data.controls().next()) {
+    const bool hopeless = error.name() == Streamer::outputErrorName()
+        || ++m_failuresInARow >= failuresAtMost || !m_data.controls().next();
+    if (hopeless) {
         Q_EMIT playbackFailed(error);
         return;
     }

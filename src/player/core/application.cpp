@@ -5,6 +5,7 @@
 #include "controlserver.h"
 #include "gststreamer.h"
 #include "httpclient.h"
+#include "mpris.h"
 #include "oauth2service.h"
 #include "pictureclient.h"
 #include "player.h"
@@ -85,6 +86,7 @@ struct Application::Parts
     Player player;
     PictureClient pictures;
     std::unique_ptr<control::ControlServer> control;
+    std::unique_ptr<Mpris> mpris;
     PluginHost plugin;
 };
 
@@ -105,8 +107,12 @@ void Application::start()
     if (!lockState() || !publish())
         return;
     makeParts();
-    if (listen())
-        loadPlugin();
+    if (!listen())
+        return;
+    if (m_settings.boolean("player.mpris"))
+        m_parts->mpris = std::make_unique<Mpris>(
+            &m_parts->player, m_settings.text("player.name"), Mpris::findBus());
+    loadPlugin();
 }
 
 void Application::giveUp(ExitCode code, const QString& message)

@@ -66,6 +66,12 @@ void discard(GstElement* sink)
     gst_object_unref(gst_object_ref_sink(sink));
 }
 
+/// A sink that was described is what was asked for, be it a silent one.
+bool isAuto(const QString& setting)
+{
+    return setting == QLatin1String("auto") || setting == QLatin1String("autoaudiosink");
+}
+
 /// Where no device is to be had, autoaudiosink takes a sink that swallows everything.
 bool isSilentAuto(GstElement* sink)
 {
@@ -98,10 +104,9 @@ GstElement* makeOutput(const QString& setting, StreamFailure& failure)
         return nullptr;
     }
     const bool opened = open(sink, failure);
-    if (opened && !isSilentAuto(sink))
+    if (opened && !(isAuto(setting) && isSilentAuto(sink)))
         return sink;
-    failure.kind = opened || setting == QLatin1String("auto") ? StreamFailure::NoOutput
-                                                              : StreamFailure::OutputFailed;
+    failure.kind = isAuto(setting) ? StreamFailure::NoOutput : StreamFailure::OutputFailed;
     discard(sink);
     return nullptr;
 }

@@ -1,5 +1,7 @@
 #include "streamfailure.h"
 
+#include "streamer.h"
+
 #include <QHash>
 
 namespace player {
@@ -134,7 +136,7 @@ QString streamErrorHttpCode()
 
 QString outputErrorName()
 {
-    return QStringLiteral("outputError");
+    return Streamer::outputErrorName();
 }
 
 } // namespace player

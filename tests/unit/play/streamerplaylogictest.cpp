@@ -549,6 +549,17 @@ TEST_F(StreamerPlayLogicTest, passes_over_an_item_that_never_sounded)
     EXPECT_EQ(present(), QStringLiteral("two"));
 }
 
+TEST_F(StreamerPlayLogicTest, ends_when_the_output_fails_since_no_other_item_would_fare_better)
+{
+    playAndStart(item("one"));
+    CMError error(TrString("no device"));
+    error.setName(Streamer::outputErrorName());
+    m_streamer.tellFailed(error);
+    EXPECT_TRUE(m_skipped.isEmpty());
+    EXPECT_EQ(m_failures, QStringList{ QStringLiteral("no device") });
+    EXPECT_EQ(m_logic->state(), TavuPlayLogicState::Idle);
+}
+
 TEST_F(StreamerPlayLogicTest, passes_over_a_prepared_item_that_failed_when_its_turn_comes)
 {
     playAndStart(item("one"));

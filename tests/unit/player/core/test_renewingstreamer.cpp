@@ -105,7 +105,7 @@ protected:
     static CMError refusal(int code)
     {
         CMError error(TrString("refused"));
-        error.__set(player::streamErrorHttpStatus(), code);
+        error.__set(player::streamErrorHttpCode(), code);
         return error;
     }
 
