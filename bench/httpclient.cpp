@@ -125,12 +125,3 @@ BENCHMARK(get<BareCurl>)->Arg(20 * 1024)->UseRealTime();
 BENCHMARK(get<ThroughClient>)->Arg(20 * 1024)->UseRealTime();
 BENCHMARK(post<BareCurl>)->UseRealTime();
 BENCHMARK(post<ThroughClient>)->UseRealTime();
-
-int main(int argc, char** argv)
-{
-    QCoreApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
