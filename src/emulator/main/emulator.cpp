@@ -79,7 +79,7 @@ http::Limits limits()
 {
     http::Limits limits;
     limits.writeTimeoutMs = 0; // a paused player may leave its stream alone for hours
-    limits.bodyBytes = 1024 * 1024;
+    limits.bodyBytes = 1024LL * 1024;
     return limits;
 }
 
@@ -186,11 +186,11 @@ documents::Rules& Emulator::documentRules()
 std::optional<Emulator::Failure> Emulator::start()
 {
     for (const auto step : { &Emulator::makeFolders, &Emulator::makeSamples }) {
-        if (const auto failure = (this->*step)())
+        if (auto failure = (this->*step)())
             return failure;
     }
     makeServices();
-    if (const auto failure = listen())
+    if (auto failure = listen())
         return failure;
     connect(m_library.get(), &catalogue::Library::catalogueChanged, this, &Emulator::tellProgress);
     connect(m_library.get(), &catalogue::Library::scanned, this, &Emulator::tellScanned);

@@ -18,7 +18,7 @@ int signalSockets[2];
 void onSignal(int)
 {
     const char mark = 1;
-    (void)!write(signalSockets[0], &mark, 1);
+    static_cast<void>(write(signalSockets[0], &mark, 1) == 1);
 }
 
 // A signal handler may hardly do anything; so it wakes the event loop, which ends the program.
@@ -35,7 +35,7 @@ void quitOnSignals(QCoreApplication& application)
 
 void say(const QString& text)
 {
-    std::fprintf(stderr, "%s\n", qUtf8Printable(text));
+    std::fputs(qUtf8Printable(text + QLatin1Char('\n')), stderr);
 }
 
 void tellReady(const emulator::Emulator& emulator, const QString& readyFile)
@@ -57,7 +57,8 @@ int main(int argc, char** argv)
     QCoreApplication application(argc, argv);
     const emulator::CommandLine line = emulator::parseCommandLine(QCoreApplication::arguments());
     if (!line.settings) {
-        std::fprintf(line.exitCode == 0 ? stdout : stderr, "%s\n", qUtf8Printable(line.text));
+        std::fputs(
+            qUtf8Printable(line.text + QLatin1Char('\n')), line.exitCode == 0 ? stdout : stderr);
         return line.exitCode;
     }
     quitOnSignals(application);

@@ -16,7 +16,7 @@ QString saveFile(const QString& file, const QByteArray& bytes, Access access)
         out.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     // commit() alone does not notice that a full disk has swallowed the bytes.
     if (out.write(bytes) != bytes.size() || !out.flush() || out.error() != QFileDevice::NoError) {
-        const QString problem = failed();
+        QString problem = failed();
         out.cancelWriting();
         return problem;
     }

@@ -87,7 +87,7 @@ QByteArray ApprovalPage::form(const QByteArray& visitor, const QString& userCode
 {
     QByteArray content = "<h1>Connect your player</h1>";
     if (!problem.isEmpty())
-        content += "<p class=\"problem\" role=\"alert\">" + escaped(problem) + "</p>";
+        content += R"(<p class="problem" role="alert">)" + escaped(problem) + "</p>";
     if (asking)
         content += "<p>A player asks to use this music service in your name. Allow it only if the "
                    "code below is the one that your player shows.</p>";

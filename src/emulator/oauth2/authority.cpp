@@ -159,7 +159,7 @@ Answer Authority::deviceToken(const Form& form, qint64 nowMs)
     const auto found = m_pending.find(deviceCode);
     if (found == m_pending.end())
         return refusal("invalid_grant", "the device code is not known, or was used");
-    const Answer answer = pollOf(*found, form, nowMs);
+    Answer answer = pollOf(*found, form, nowMs);
     const QString error = answer.json.value(text("error")).toString();
     if (error != text("authorization_pending") && error != text("slow_down"))
         m_pending.remove(deviceCode);
@@ -242,7 +242,7 @@ bool Authority::decide(const QString& userCode, bool approve, qint64 nowMs)
 // A code that ran out is kept for a while, so that its device hears "expired_token".
 void Authority::forgetOld(qint64 nowMs)
 {
-    constexpr qint64 keepMs = 3600 * 1000;
+    constexpr qint64 keepMs = 3600LL * 1000;
     for (auto pending = m_pending.begin(); pending != m_pending.end();) {
         if (nowMs > pending->expiresMs + keepMs)
             pending = m_pending.erase(pending);

@@ -51,7 +51,7 @@ GstElement* append(GstElement* pipeline, GstElement* last, const QString& factor
     // Without an index of the whole file a reader knows the length only at a constant bit rate.
     if (factory == QLatin1String("lamemp3enc")) {
         gst_util_set_object_arg(G_OBJECT(element), "target", "bitrate");
-        g_object_set(element, "cbr", TRUE, nullptr);
+        gst_util_set_object_arg(G_OBJECT(element), "cbr", "true");
     }
     gst_bin_add(GST_BIN(pipeline), element);
     if (last && !gst_element_link(last, element))
@@ -59,13 +59,24 @@ GstElement* append(GstElement* pipeline, GstElement* last, const QString& factor
     return element;
 }
 
+void setText(GstElement* element, const char* property, const QByteArray& text)
+{
+    GValue value = G_VALUE_INIT;
+    g_value_init(&value, G_TYPE_STRING);
+    g_value_set_string(&value, text.constData());
+    g_object_set_property(G_OBJECT(element), property, &value);
+    g_value_unset(&value);
+}
+
 void feed(GstElement* source, const Sound& sound)
 {
-    GstCaps* caps = gst_caps_new_simple("audio/x-raw", "format", G_TYPE_STRING, "S16LE", "layout",
-        G_TYPE_STRING, "interleaved", "rate", G_TYPE_INT, sound.rate, "channels", G_TYPE_INT, 2,
-        nullptr);
-    g_object_set(source, "caps", caps, "format", GST_FORMAT_TIME, "block", FALSE, nullptr);
+    const QString format =
+        QStringLiteral("audio/x-raw,format=S16LE,layout=interleaved,channels=2,rate=%1")
+            .arg(sound.rate);
+    GstCaps* caps = gst_caps_from_string(format.toLatin1().constData());
+    gst_app_src_set_caps(GST_APP_SRC(source), caps);
     gst_caps_unref(caps);
+    gst_util_set_object_arg(G_OBJECT(source), "format", "time");
     const gsize bytes = sound.samples.size() * sizeof(int16_t);
     GstBuffer* buffer = gst_buffer_new_allocate(nullptr, bytes, nullptr);
     gst_buffer_fill(buffer, 0, sound.samples.data(), bytes);
@@ -202,7 +213,7 @@ QString encode(const Sound& sound, Format format, const QString& file)
                                   "gstreamer1.0-plugins-base, -good, -ugly and -libav")
                 .arg(factory);
     }
-    g_object_set(last, "location", QFile::encodeName(file).constData(), nullptr);
+    setText(last, "location", QFile::encodeName(file));
     feed(source, sound);
     return runToEnd(pipeline.get());
 }

@@ -87,7 +87,7 @@ public:
         if (!QDir().mkpath(m_folder))
             return QStringLiteral("cannot make the folder %1").arg(m_folder);
         if (!m_album.embeddedCover) {
-            const QString problem = saveFile(m_folder + QLatin1String("/cover.png"), m_cover.bytes);
+            QString problem = saveFile(m_folder + QLatin1String("/cover.png"), m_cover.bytes);
             if (!problem.isEmpty())
                 return problem;
         }
@@ -140,7 +140,7 @@ private:
                                  .arg(m_folder)
                                  .arg(tags.number, 2, 10, QLatin1Char('0'))
                                  .arg(tags.title, suffixOf(m_album.format));
-        const QString problem = encode(sound, m_album.format, file);
+        QString problem = encode(sound, m_album.format, file);
         if (!problem.isEmpty())
             return problem;
         return writeTags(
@@ -156,6 +156,7 @@ private:
 QString makeAlbums(const std::vector<Album>& wanted, const QString& folder)
 {
     std::vector<std::future<QString>> making;
+    making.reserve(wanted.size());
     for (const Album& album : wanted)
         making.push_back(std::async(
             std::launch::async, [&album, &folder] { return AlbumMaker(album, folder).make(); }));
