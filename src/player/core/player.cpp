@@ -116,10 +116,8 @@ CMReply<QVariant> Player::search(const QString& text, const QString& path)
         path.isEmpty() ? TavuAmazonMusicSearchPath() : CMPath::fromEncoded(path);
     const auto result = CMReply<QVariant>::create();
     const CMReply<QVariant> found = rows(container.toEncoded(), 0, 0);
-    found.addWatcher([this, found, result, text](const CMVoidReply& reply) {
-        if (reply.error().isSet())
-            return result.setError(reply.error());
-        const QVariantList list = found.value().toHash().value(QStringLiteral("rows")).toList();
+    cmchain::whenSucceeded(found, result, m_context, [this, result, text](const QVariant& screen) {
+        const QVariantList list = screen.toHash().value(QStringLiteral("rows")).toList();
         if (list.isEmpty())
             return result.setError(noService());
         const CMPath query = TavuRoles(list.first().toHash()).path();
@@ -206,7 +204,8 @@ CMReply<QVariant> Player::seek(qint64 positionMs)
 
 CMReply<QVariant> Player::observed(const CMReply<QVariant>& reply, const QString& source)
 {
-    reply.addWatcher([this, source](const CMVoidReply& finished) { showAnswer(finished, source); });
+    cmchain::whenFinished(reply, m_context,
+        [this, source](const CMReply<QVariant>& finished) { showAnswer(finished, source); });
     return reply;
 }
 
@@ -230,15 +229,13 @@ void Player::tellWithRows(const QString& kind, const CMPath& screen, const QStri
 {
     if (screen.isEmpty())
         return addMessage(kind, title, text, source);
-    const CMReply<QVariant> found = rows(screen.toEncoded(), 0, 49);
-    found.addWatcher([this, found, kind, title, text, source](const CMVoidReply& reply) {
-        const QVariantList list = reply.error().isSet()
-            ? QVariantList()
-            : found.value().toHash().value(QStringLiteral("rows")).toList();
-        const TavuRoles head(list.isEmpty() ? QVariantHash() : list.first().toHash());
-        addMessage(kind, title.isEmpty() ? head.title() : title,
-            text.isEmpty() ? head.longDescription() : text, source, list);
-    });
+    cmchain::whenFinished(rows(screen.toEncoded(), 0, 49), m_context,
+        [this, kind, title, text, source](const CMReply<QVariant>& reply) {
+            const QVariantList list = reply.value().toHash().value(QStringLiteral("rows")).toList();
+            const TavuRoles head(list.value(0).toHash());
+            addMessage(kind, title.isEmpty() ? head.title() : title,
+                text.isEmpty() ? head.longDescription() : text, source, list);
+        });
 }
 
 void Player::addMessage(const QString& kind, const QString& title, const QString& text,
@@ -286,8 +283,7 @@ void Player::logout()
 void Player::invokeOAuth(const QString& subpath)
 {
     const auto reply = CMReply<QVariant>::create();
-    reply.addWatcher(
-        [this](const CMVoidReply& finished) { showAnswer(finished, QStringLiteral("login")); });
+    observed(reply, QStringLiteral("login"));
     CMRoot()->invoke(oauthPath(subpath), QVariant(), reply);
 }
 

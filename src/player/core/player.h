@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audiocontrol.h"
+#include "cmchain.h"
 #include "messagelog.h"
 #include "playerfacade.h"
 #include "tavuoauth2devicecode.h"
@@ -89,6 +90,7 @@ private:
     TavuPlayerPlayMode::Enum m_mode = TavuPlayerPlayMode::Normal;
     bool m_loggedIn = false;
     TavuOAuth2DeviceCode m_deviceCode;
+    CMContext m_context; // Last: nothing of the above is touched once it has gone.
 };
 
 } // namespace player

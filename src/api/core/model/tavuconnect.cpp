@@ -9,8 +9,7 @@
 QMetaObject::Connection tavuConnect(const QObject* sender, const char* signal,
     const QObject* receiver, const char* slot, Qt::ConnectionType type)
 {
-    QMetaObject::Connection connection =
-        QObject::connect(sender, signal, receiver, slot, type);
+    QMetaObject::Connection connection = QObject::connect(sender, signal, receiver, slot, type);
     Q_ASSERT_X(connection, "tavuConnect", slot);
     return connection;
 }
