@@ -154,7 +154,8 @@ describe('browsing', () => {
     visit({}, async ({ page, person }) => {
       await person.row('Open New and noteworthy').click();
       const item = page.getByRole('listitem').filter({ hasText: 'Ferry Road' });
-      assert.match(await item.innerText(), /Ferry Road\s+Mira Lindqvist · Harbour Lights\s+1:35/);
+      // Not innerText: that is empty while the row waits for its first paint.
+      assert.match(await item.textContent(), /Ferry Road\s*Mira Lindqvist · Harbour Lights\s*1:35/);
       assert.equal(
         await item.getByRole('button').first().getAttribute('aria-label'),
         'Play Ferry Road, Mira Lindqvist · Harbour Lights, 1:35',
