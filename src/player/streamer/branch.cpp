@@ -38,19 +38,10 @@ GstElement* makeElement(const char* factory)
     return element;
 }
 
-StreamFailure::Kind decoderFailure(const GError* error)
+bool isOf(const GError* error, GQuark domain, std::initializer_list<int> codes)
 {
-    if (error->domain != GST_STREAM_ERROR)
-        return StreamFailure::Damaged;
-    switch (error->code) {
-    case GST_STREAM_ERROR_TYPE_NOT_FOUND:
-    case GST_STREAM_ERROR_WRONG_TYPE:
-        return StreamFailure::NotAudio;
-    case GST_STREAM_ERROR_CODEC_NOT_FOUND:
-        return StreamFailure::NoDecoder;
-    default:
-        return StreamFailure::Damaged;
-    }
+    const auto same = [error](int code) { return error->code == code; };
+    return error->domain == domain && std::any_of(codes.begin(), codes.end(), same);
 }
 
 GstElement* makeDecoder()
@@ -184,12 +175,13 @@ qint64 Branch::streamDurationMs() const
     return duration / GST_MSECOND;
 }
 
-StreamFailure Branch::failure(StreamFailure::Kind otherwise) const
+StreamFailure Branch::failure(StreamFailure otherwise) const
 {
-    StreamFailure failure = m_stream->progress().failure;
-    if (!failure.isSet())
-        failure.kind = otherwise;
-    return failure;
+    const StreamFailure own = m_stream->progress().failure;
+    if (own.isSet())
+        return own;
+    otherwise.host = own.host;
+    return otherwise;
 }
 
 bool Branch::isCutOff() const
@@ -211,8 +203,11 @@ void Branch::linkDecoded(GstPad* pad)
 
 GstBusSyncReply Branch::onMessage(GstBus*, GstMessage* message, gpointer self)
 {
+    auto* branch = static_cast<Branch*>(self);
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR)
-        static_cast<Branch*>(self)->takeError(message);
+        branch->takeError(message);
+    else if (gst_message_has_name(message, "missing-plugin"))
+        branch->takeMissing(message);
     gst_message_unref(message);
     return GST_BUS_DROP;
 }
@@ -225,7 +220,39 @@ void Branch::takeError(GstMessage* message)
     const GstOwned<GError> owned(error);
     const GstOwned<char> ownedDetails(details);
     LOG4CPLUS_DEBUG(logger, error->message << ' ' << (details ? details : ""));
-    m_watcher.branchFailed(m_number, decoderFailure(error));
+    StreamFailure failure;
+    failure.kind = StreamFailure::Damaged;
+    if (isOf(error, GST_STREAM_ERROR,
+            { GST_STREAM_ERROR_TYPE_NOT_FOUND, GST_STREAM_ERROR_WRONG_TYPE }))
+        failure.kind = StreamFailure::NotAudio;
+    else if (isOf(error, GST_STREAM_ERROR, { GST_STREAM_ERROR_CODEC_NOT_FOUND })
+        || isOf(error, GST_CORE_ERROR, { GST_CORE_ERROR_MISSING_PLUGIN }))
+        failure = missing();
+    m_watcher.branchFailed(m_number, failure);
+}
+
+void Branch::takeMissing(GstMessage* message)
+{
+    const GstStructure* told = gst_message_get_structure(message);
+    const gchar* name = gst_structure_get_string(told, "name");
+    const GValue* detail = gst_structure_get_value(told, "detail");
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_missingName = QString::fromUtf8(name);
+    if (detail && GST_VALUE_HOLDS_CAPS(detail)) {
+        const GstCaps* caps = gst_value_get_caps(detail);
+        m_missingType
+            = QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps, 0)));
+    }
+}
+
+StreamFailure Branch::missing() const
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    const bool audio = m_missingType.startsWith(QLatin1String("audio/"));
+    StreamFailure failure;
+    failure.kind = audio ? StreamFailure::NoDecoder : StreamFailure::NotAudio;
+    failure.detail = audio ? m_missingName : m_missingType;
+    return failure;
 }
 
 /// The sink sees which item's data follows.

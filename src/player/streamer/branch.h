@@ -51,13 +51,15 @@ public:
     /// From the stream itself, in milliseconds; 0 when it does not tell.
     qint64 streamDurationMs() const;
     /// Why the stream was cut off; `otherwise` when the stream itself is whole.
-    StreamFailure failure(StreamFailure::Kind otherwise) const;
+    StreamFailure failure(StreamFailure otherwise) const;
 
 private:
     void build(Access access);
     void watchQueue();
     void linkDecoded(GstPad* pad);
     void takeError(GstMessage* message);
+    void takeMissing(GstMessage* message);
+    StreamFailure missing() const;
     void namePart(GstPadProbeInfo* info) const;
     GstPadProbeReturn eventPassed(GstPadProbeInfo* info);
     GstPadProbeReturn bufferPassed(GstBuffer* buffer);
@@ -77,6 +79,10 @@ private:
     GstElement* m_queue = nullptr;
     std::atomic<bool> m_seeking{ false };
     std::atomic<bool> m_needsRandomAccess{ false };
+
+    mutable std::mutex m_mutex;
+    QString m_missingName; // What no decoder was found for; guarded by m_mutex.
+    QString m_missingType; // Its media type; guarded by m_mutex.
 
     // Written by the streaming threads.
     std::atomic<qint64> m_end{ 0 }; // Nanoseconds into the item up to which sound has passed.

@@ -32,6 +32,13 @@ constexpr qint64 nextUrgentMs = 8000;
 // Who was asked for the next item has answered by then, or never will.
 constexpr int nextDeadlineMs = 35000;
 
+StreamFailure endedEarly()
+{
+    StreamFailure failure;
+    failure.kind = StreamFailure::EndedEarly;
+    return failure;
+}
+
 double volumeFactor(int percent)
 {
     const double part = percent / 100.0;
@@ -411,8 +418,9 @@ void GstStreamer::planTurn()
 {
     if (!m_branch->isDrained() || !(m_branch->isCutOff() || m_nextBranch || m_strayBranch))
         return;
-    if (!m_prerolled && m_branch->isCutOff())
-        return failPresent(m_branch->failure(StreamFailure::EndedEarly));
+    // Without anything more to come the sink would wait for ever.
+    if (!m_plays && m_branch->isCutOff() && m_pipeline->isStarved())
+        return failPresent(m_branch->failure(endedEarly()));
     if (!m_plays)
         return;
     if (const qint64 wait = untilSilenceMs())
@@ -428,7 +436,7 @@ void GstStreamer::onTurn()
     if (untilSilenceMs() > 0)
         return planTurn();
     if (m_branch->isCutOff())
-        return failPresent(m_branch->failure(StreamFailure::EndedEarly));
+        return failPresent(m_branch->failure(endedEarly()));
     if (m_nextBranch)
         takeOver();
     else if (m_next)
@@ -802,13 +810,13 @@ void GstStreamer::branchCutOff(quint64 branch)
     branchDrained(branch);
 }
 
-void GstStreamer::branchFailed(quint64 branch, StreamFailure::Kind why)
+void GstStreamer::branchFailed(quint64 branch, const StreamFailure& failure)
 {
-    post([this, branch, why] {
+    post([this, branch, failure] {
         if (isPresent(branch))
-            failPresent(m_branch->failure(why));
+            failPresent(m_branch->failure(failure));
         else if (m_nextBranch && m_nextBranch->number() == branch)
-            failNext(m_nextBranch->failure(why));
+            failNext(m_nextBranch->failure(failure));
     });
 }
 

@@ -87,7 +87,7 @@ private:
     void branchDry(quint64 branch) override;
     void branchDrained(quint64 branch) override;
     void branchCutOff(quint64 branch) override;
-    void branchFailed(quint64 branch, StreamFailure::Kind why) override;
+    void branchFailed(quint64 branch, const StreamFailure& failure) override;
 
     // Commands, on the streamer's thread.
     void doPlay(quint64 id, const TavuRoles& roles);

@@ -14,9 +14,9 @@ struct HttpOptions
     /// "host:port:address:port" as curl's --connect-to takes it: where connections really go.
     QList<QByteArray> connectTo;
     int connectTimeoutMs = 5000;
-    /// A connection that sends nothing for so many seconds while it may is given up, and the
+    /// A connection that sends nothing for so long while it may is given up, and the
     /// transfer goes on over another one.
-    int stallTimeoutS = 4;
+    int stallTimeoutMs = 4000;
     /// A listener who has waited for so long for a byte is told that the stream is dead.
     int giveUpMs = 8000;
     /// The stream that is held in memory ahead of the decoder: so many milliseconds of it, within

@@ -40,14 +40,13 @@ StreamFailure::Kind failureKind(CURLcode code)
     case CURLE_COULDNT_RESOLVE_PROXY:
         return StreamFailure::NameNotResolved;
     case CURLE_COULDNT_CONNECT:
+    case CURLE_OPERATION_TIMEDOUT:
         return StreamFailure::ConnectFailed;
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_CACERT_BADFILE:
     case CURLE_SSL_INVALIDCERTSTATUS:
         return StreamFailure::TlsFailed;
-    case CURLE_OPERATION_TIMEDOUT:
-        return StreamFailure::Stalled;
     default:
         return StreamFailure::Interrupted;
     }
@@ -138,10 +137,15 @@ void HttpStream::resumeTransfer(Lock& lock)
         return;
     m_held = false;
     lock.unlock();
-    m_loop.post([self = shared_from_this()] {
-        if (self->m_transfer)
-            self->m_transfer->unpause();
-    });
+    post(&HttpStream::unpause);
+}
+
+void HttpStream::unpause()
+{
+    if (!m_transfer)
+        return;
+    m_transfer->unpause();
+    watchForStall();
 }
 
 void HttpStream::seek(qint64 offset)
@@ -206,6 +210,37 @@ void HttpStream::begin(const QByteArray& url)
     m_transfer.reset();
     m_transfer = std::make_unique<HttpTransfer>(m_loop, *this, m_options, url,
         ownOrigin ? m_request.keyHeaders : QList<QByteArray>(), offset);
+    watchForStall();
+}
+
+void HttpStream::watchForStall()
+{
+    m_lastNews = std::chrono::steady_clock::now();
+    if (m_watching)
+        return;
+    m_watching = true;
+    m_loop.postDelayed(std::chrono::milliseconds(m_options.stallTimeoutMs),
+        [self = shared_from_this()] { self->checkForStall(); });
+}
+
+void HttpStream::checkForStall()
+{
+    using namespace std::chrono;
+    m_watching = false;
+    const Lock lock(m_mutex);
+    if (!m_transfer || m_held || isStale() || isOver())
+        return;
+    const steady_clock::time_point due
+        = m_lastNews + milliseconds(m_options.stallTimeoutMs);
+    const auto left = ceil<milliseconds>(due - steady_clock::now());
+    // Connecting has a limit of its own.
+    if (left.count() <= 0 && m_transfer->hasConnected()) {
+        m_transfer.reset();
+        return retry(StreamFailure::Stalled);
+    }
+    m_watching = true;
+    m_loop.postDelayed(std::max(left, milliseconds(100)),
+        [self = shared_from_this()] { self->checkForStall(); });
 }
 
 bool HttpStream::headArrived(const HttpTransfer::Head& head)
@@ -281,6 +316,7 @@ bool HttpStream::refuse(const HttpTransfer::Head& head)
 
 bool HttpStream::dataArrived(const char* bytes, std::size_t size)
 {
+    m_lastNews = std::chrono::steady_clock::now();
     const Lock lock(m_mutex);
     if (isStale() || !m_bodyWanted || isOver())
         return true;
@@ -301,15 +337,16 @@ bool HttpStream::dataArrived(const char* bytes, std::size_t size)
 
 void HttpStream::transferFinished(CURLcode code)
 {
-    if (code == CURLE_OK && isRedirect(m_transfer->head()))
-        return follow(m_transfer->redirectUrl());
+    const std::unique_ptr<HttpTransfer> finished = std::move(m_transfer);
+    if (code == CURLE_OK && isRedirect(finished->head()))
+        return follow(finished->redirectUrl());
     const Lock lock(m_mutex);
     if (isStale() || m_closed || isOver())
         return;
     if (code == CURLE_OK)
         bodyEnded();
     else
-        brokenOff(code);
+        brokenOff(code, QString::fromUtf8(finished->errorText()));
 }
 
 void HttpStream::follow(const QByteArray& url)
@@ -348,14 +385,12 @@ void HttpStream::bodyEnded()
     post(&HttpStream::restart);
 }
 
-void HttpStream::brokenOff(CURLcode code)
+void HttpStream::brokenOff(CURLcode code, const QString& detail)
 {
     const StreamFailure::Kind kind = failureKind(code);
-    const QString detail = QString::fromUtf8(m_transfer->errorText());
     if (kind == StreamFailure::TlsFailed)
         return void(fail(kind, detail));
-    // A reader who waits decides by itself when a stall has lasted too long.
-    if (!m_answered && kind != StreamFailure::Stalled)
+    if (!m_answered)
         return void(fail(kind, detail));
     retry(kind);
 }

@@ -5,6 +5,7 @@
 #include "streamfailure.h"
 #include "streamrequest.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -62,6 +63,9 @@ private:
     // In the loop's thread, without the lock.
     void restart();
     void begin(const QByteArray& url);
+    void watchForStall();
+    void checkForStall();
+    void unpause();
     void follow(const QByteArray& url);
     bool mayFollow(const QByteArray& url);
 
@@ -75,7 +79,7 @@ private:
     bool refuse(const HttpTransfer::Head& head);
     bool takeSize(qint64 size);
     void bodyEnded();
-    void brokenOff(CURLcode code);
+    void brokenOff(CURLcode code, const QString& detail);
     void retry(StreamFailure::Kind trouble);
     void end(bool confirmed);
     bool fail(StreamFailure::Kind kind, const QString& detail = QString(), int httpStatus = 0);
@@ -92,6 +96,8 @@ private:
     int m_transferGeneration = 0;
     int m_redirects = 0;
     bool m_bodyWanted = false; // Of the present answer.
+    bool m_watching = false; // For a stall.
+    std::chrono::steady_clock::time_point m_lastNews; // When something came.
 
     mutable std::mutex m_mutex;
     // The rest is guarded by m_mutex.

@@ -79,8 +79,6 @@ void HttpTransfer::setOptions(const HttpOptions& options)
     curl_easy_setopt(handle(), CURLOPT_MAXAGE_CONN, 600L);
     curl_easy_setopt(
         handle(), CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(options.connectTimeoutMs));
-    curl_easy_setopt(handle(), CURLOPT_LOW_SPEED_LIMIT, 1L);
-    curl_easy_setopt(handle(), CURLOPT_LOW_SPEED_TIME, static_cast<long>(options.stallTimeoutS));
 }
 
 void HttpTransfer::setSecurity(const HttpOptions& options)
@@ -105,6 +103,13 @@ QByteArray HttpTransfer::redirectUrl() const
     char* url = nullptr;
     curl_easy_getinfo(handle(), CURLINFO_REDIRECT_URL, &url);
     return QByteArray(url);
+}
+
+bool HttpTransfer::hasConnected() const
+{
+    curl_off_t microseconds = 0;
+    curl_easy_getinfo(handle(), CURLINFO_PRETRANSFER_TIME_T, &microseconds);
+    return microseconds > 0;
 }
 
 QByteArray HttpTransfer::errorText() const

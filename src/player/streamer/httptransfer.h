@@ -48,6 +48,8 @@ public:
     Q_DISABLE_COPY_MOVE(HttpTransfer)
 
     void unpause();
+    /// Whether the request could be sent.
+    bool hasConnected() const;
     const Head& head() const { return m_head; }
     /// Where a redirect leads, absolute.
     QByteArray redirectUrl() const;

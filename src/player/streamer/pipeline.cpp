@@ -91,6 +91,11 @@ void Pipeline::reset()
     m_timeline.clear();
 }
 
+bool Pipeline::isStarved() const
+{
+    return gst_element_get_state(m_pipeline.get(), nullptr, nullptr, 0) == GST_STATE_CHANGE_ASYNC;
+}
+
 bool Pipeline::seek(qint64 positionMs)
 {
     return gst_element_seek(m_pipeline.get(), 1.0, GST_FORMAT_TIME,

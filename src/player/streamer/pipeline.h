@@ -34,6 +34,8 @@ public:
     /// Silence: data on its way is void, and news of the old epoch is stale.
     void reset();
     int epoch() const { return m_epoch; }
+    /// Whether it could not play now, since the sink has nothing in hand.
+    bool isStarved() const;
 
     /// Milliseconds into the item whose turn it is. False when that cannot be sought.
     bool seek(qint64 positionMs);

@@ -27,7 +27,7 @@ public:
     /// The same, but the stream failed there.
     virtual void branchCutOff(quint64 branch) = 0;
     /// What came cannot be decoded.
-    virtual void branchFailed(quint64 branch, StreamFailure::Kind why) = 0;
+    virtual void branchFailed(quint64 branch, const StreamFailure& failure) = 0;
 };
 
 } // namespace player

@@ -67,7 +67,7 @@ TEST_F(StreamerNext, isWantedOnceAndWellBeforeTheEnd)
     streamer().play(1, startingAt(flacRoles(QStringLiteral("a"), song), 3000), {});
     ASSERT_TRUE(ear().hears(QStringLiteral("wanted"), 1));
     EXPECT_GE(ear().position(1), 3900);
-    EXPECT_LE(ear().position(1), 4600);
+    EXPECT_LE(ear().position(1), 12000);
     streamer().seekTime(23700);
     streamer().setNoNextMedia();
     ASSERT_TRUE(ear().hears(QStringLiteral("ended"), 1));

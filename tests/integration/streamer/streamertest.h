@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gststreamer.h"
+#include "printers.h"
 #include "sound.h"
 #include "soundserver.h"
 #include "streamerear.h"
