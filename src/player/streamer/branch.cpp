@@ -240,8 +240,7 @@ void Branch::takeMissing(GstMessage* message)
     m_missingName = QString::fromUtf8(name);
     if (detail && GST_VALUE_HOLDS_CAPS(detail)) {
         const GstCaps* caps = gst_value_get_caps(detail);
-        m_missingType
-            = QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps, 0)));
+        m_missingType = QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps, 0)));
     }
 }
 

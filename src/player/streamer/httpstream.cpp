@@ -230,8 +230,7 @@ void HttpStream::checkForStall()
     const Lock lock(m_mutex);
     if (!m_transfer || m_held || isStale() || isOver())
         return;
-    const steady_clock::time_point due
-        = m_lastNews + milliseconds(m_options.stallTimeoutMs);
+    const steady_clock::time_point due = m_lastNews + milliseconds(m_options.stallTimeoutMs);
     const auto left = ceil<milliseconds>(due - steady_clock::now());
     // Connecting has a limit of its own.
     if (left.count() <= 0 && m_transfer->hasConnected()) {
@@ -239,8 +238,8 @@ void HttpStream::checkForStall()
         return retry(StreamFailure::Stalled);
     }
     m_watching = true;
-    m_loop.postDelayed(std::max(left, milliseconds(100)),
-        [self = shared_from_this()] { self->checkForStall(); });
+    m_loop.postDelayed(
+        std::max(left, milliseconds(100)), [self = shared_from_this()] { self->checkForStall(); });
 }
 
 bool HttpStream::headArrived(const HttpTransfer::Head& head)

@@ -82,14 +82,18 @@ TEST_P(StreamerRefusal, saysWhatFailedAndWhatToDo)
 
 INSTANTIATE_TEST_SUITE_P(Statuses, StreamerRefusal,
     ::testing::Values(
-        Refusal{ 401, "127.0.0.1 refused the stream (401 Unauthorized). Please play it again to "
-                      "renew the access." },
-        Refusal{ 403, "127.0.0.1 refused the stream (403 Forbidden). Please play it again to "
-                      "renew the access." },
-        Refusal{ 404, "127.0.0.1 does not have the stream (404 Not Found). Please choose "
-                      "something else." },
-        Refusal{ 410, "127.0.0.1 does not have the stream (410 Gone). Please choose something "
-                      "else." },
+        Refusal{ 401,
+            "127.0.0.1 refused the stream (401 Unauthorized). Please play it again to "
+            "renew the access." },
+        Refusal{ 403,
+            "127.0.0.1 refused the stream (403 Forbidden). Please play it again to "
+            "renew the access." },
+        Refusal{ 404,
+            "127.0.0.1 does not have the stream (404 Not Found). Please choose "
+            "something else." },
+        Refusal{ 410,
+            "127.0.0.1 does not have the stream (410 Gone). Please choose something "
+            "else." },
         Refusal{ 500, "127.0.0.1 answered 500 Internal Server Error. Please try again later." },
         Refusal{ 503, "127.0.0.1 answered 503 Service Unavailable. Please try again later." },
         Refusal{ 418, "127.0.0.1 answered 418. Please try again later." }));
@@ -111,11 +115,10 @@ TEST_F(StreamerFault, neverSendsMalformedKeyHeaders)
 {
     quint64 id = 0;
     const QChar null(QChar::Null);
-    for (const QString& header :
-        { QStringLiteral("X-Key: a\r\nHost: evil"), QStringLiteral("X-Key: a\nb"),
-            QStringLiteral("X-Key: a") + null, QStringLiteral("no colon"),
-            QStringLiteral(": nameless"), QStringLiteral("X Key: a"),
-            QStringLiteral("X-Key\r: a") }) {
+    for (const QString& header : { QStringLiteral("X-Key: a\r\nHost: evil"),
+             QStringLiteral("X-Key: a\nb"), QStringLiteral("X-Key: a") + null,
+             QStringLiteral("no colon"), QStringLiteral(": nameless"), QStringLiteral("X Key: a"),
+             QStringLiteral("X-Key\r: a") }) {
         const TavuRoles item = withKeys(served(song, {}), { QStringLiteral("Good: 1"), header });
         EXPECT_EQ(failureOf(item, ++id),
             QStringLiteral("Cannot play \"Song /a.flac\". Its key headers are malformed. Please "
@@ -156,9 +159,8 @@ TEST_F(StreamerFault, saysSoWhenNobodyListens)
     closed.listen(QHostAddress::LocalHost);
     const int port = closed.serverPort();
     closed.close();
-    EXPECT_EQ(
-        failureOf(roles(QStringLiteral("http://127.0.0.1:%1/a").arg(port), 3000))
-            .section(QStringLiteral("\". "), 1),
+    EXPECT_EQ(failureOf(roles(QStringLiteral("http://127.0.0.1:%1/a").arg(port), 3000))
+                  .section(QStringLiteral("\". "), 1),
         QStringLiteral("127.0.0.1 could not be reached. Please check the network."));
 }
 
@@ -208,8 +210,8 @@ TEST_P(StreamerCut, playsWhatCameToItsEndBeforeItFails)
     makeStreamer(Unsynced, 44100, quick);
     SoundServer::Manner manner = cutting(1);
     server.setHandler(QStringLiteral("/a.flac"),
-        [this, manner, file = flac(song)](const http::Request& request,
-            const http::Responder& responder) {
+        [this, manner, file = flac(song)](
+            const http::Request& request, const http::Responder& responder) {
             if (request.headers.contains("Range"))
                 return responder.reset();
             responder.shape(manner.shaping);
@@ -397,8 +399,8 @@ TEST_F(StreamerFault, followsRedirectsAndSendsKeysToTheItemsOwnHostAlone)
     server.setHandler(QStringLiteral("/a"), [&](const http::Request&, const auto& responder) {
         responder.send(http::Response::redirect(302, "/near"));
     });
-    const TavuRoles item
-        = withKeys(roles(QStringLiteral("/a"), 3000), { QStringLiteral("X-Key: secret") });
+    const TavuRoles item =
+        withKeys(roles(QStringLiteral("/a"), 3000), { QStringLiteral("X-Key: secret") });
     streamer().play(1, item, {});
     streamer().setNoNextMedia();
     ASSERT_TRUE(ear().hears(QStringLiteral("ended"), 1));
@@ -443,11 +445,8 @@ TEST_F(StreamerFault, toleratesDurationsThatAreWrong)
     quint64 id = 0;
     for (const qint64 duration : { 0LL, -5LL, 30000LL, 100LL }) {
         const int before = captured().size();
-        streamer().play(++id, roles(flacRoles(QStringLiteral("a"), song)
-                                        .mediaData()
-                                        .firstResource()
-                                        .uri(),
-                                  duration),
+        streamer().play(++id,
+            roles(flacRoles(QStringLiteral("a"), song).mediaData().firstResource().uri(), duration),
             {});
         ASSERT_TRUE(ear().hears(QStringLiteral("wanted"), id)) << duration;
         streamer().setNoNextMedia();
