@@ -9,15 +9,14 @@ namespace player {
 namespace {
 
 /// The decoders of libav share one library of tens of megabytes. They serve where nothing leaner
-/// does: the same rank would leave the choice to their names.
+/// does, and so these come first.
 void preferLeanDecoders()
 {
-    for (const char* name :
-        { "avdec_mp3", "avdec_mp3float", "avdec_flac", "avdec_opus", "avdec_vorbis" }) {
+    for (const char* name : { "flacdec", "mpg123audiodec", "opusdec", "vorbisdec" }) {
         GstPluginFeature* feature = gst_registry_lookup_feature(gst_registry_get(), name);
         if (!feature)
             continue;
-        gst_plugin_feature_set_rank(feature, GST_RANK_MARGINAL);
+        gst_plugin_feature_set_rank(feature, GST_RANK_PRIMARY + 1);
         gst_object_unref(feature);
     }
 }

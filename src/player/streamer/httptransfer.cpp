@@ -74,6 +74,7 @@ void HttpTransfer::setOptions(const HttpOptions& options)
     curl_easy_setopt(handle(), CURLOPT_USERAGENT, "tavu/" TAVU_VERSION);
     curl_easy_setopt(handle(), CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     curl_easy_setopt(handle(), CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle(), CURLOPT_PROXY, "");
     curl_easy_setopt(handle(), CURLOPT_TCP_KEEPALIVE, 1L);
     // An item's connection waits for the next item's turn.
     curl_easy_setopt(handle(), CURLOPT_MAXAGE_CONN, 600L);

@@ -1,5 +1,7 @@
 #include "sound.h"
 
+#include "gstruntime.h"
+
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtMath>
@@ -20,7 +22,7 @@ QString rawCaps(int rate)
 
 void run(const QString& description)
 {
-    gst_init(nullptr, nullptr);
+    player::initGStreamer();
     GError* error = nullptr;
     GstElement* pipeline = gst_parse_launch(description.toUtf8().constData(), &error);
     ASSERT_FALSE(error) << error->message;
