@@ -167,9 +167,8 @@ export class MockPlayer {
       commands[name]();
       return done();
     }
-    if (name === 'player/like') return done({ result: { path: '/amazonMusic/dialog/rated' } });
-    if (name === 'player/dislike')
-      return done({ result: { path: '/amazonMusic/dialog/rated-down' } });
+    if (name === 'player/like') return this.rated(true, response);
+    if (name === 'player/dislike') return this.rated(false, response);
     if (name === 'search') return done({ path: searchPath(body.text) });
     if (name === 'play') return this.play(body.ref, response);
     if (name === 'rows/activate') return this.activate(body, response);
@@ -188,12 +187,17 @@ export class MockPlayer {
     return problem(response, 409, 'Playback failed', text, { result: { path: sound.screen } });
   }
 
+  /** The service's word on a rating: a screen of its own, and a message that is kept. */
+  rated(up, response) {
+    const screen = up ? '/amazonMusic/dialog/rated' : '/amazonMusic/dialog/rated-down';
+    this.state.addMessage('info', pageOf(screen).rows[0].title, '');
+    return json(response, { result: { path: screen } });
+  }
+
   activate({ ref, path: target, role, value }, response) {
     if (role === 'likeIt') {
       this.ratings.push({ path: target, value });
-      return json(response, {
-        result: { path: value ? '/amazonMusic/dialog/rated' : '/amazonMusic/dialog/rated-down' },
-      });
+      return this.rated(value, response);
     }
     const does = this.refs.get(ref)?.does;
     if (!does) return problem(response, 404, 'This row is no longer known.');

@@ -2,8 +2,9 @@
 // music by `trails` only, so it runs against the mock and against a real player alike:
 //   TAVU_WEB_URL     address of the player's page; without it the mock is started
 //   TAVU_WEB_TRAILS  JSON file with the titles to press, as in mockTrails (support/catalogue.mjs):
-//                    album, more, station and error are lists of row titles from the root,
-//                    search is a title that a search for itself finds
+//                    album, more, station, error and ask are lists of row titles from the root,
+//                    search is a title that a search for itself finds; the first button of the
+//                    screen at ask is answered by closing it
 //   TAVU_WEB_APPROVE name (a regular expression) of the button on the service's sign-in page
 import assert from 'node:assert/strict';
 
@@ -108,6 +109,23 @@ export async function playAlbumAndSkip({ person, page, trails, name }) {
   await picture(page, `${name}-album`);
 }
 
+/** The thumb stays down, and what the service says is shown and kept to be read again. */
+export async function rate({ person, page, name }) {
+  await person.goTo('Now playing');
+  const up = person.now.getByRole('button', { name: 'Thumbs up' });
+  await person.waitFor(async () => (await up.getAttribute('aria-disabled')) !== 'true', startMs);
+  await up.click();
+  const said = page.locator('.toast strong').first();
+  await said.waitFor();
+  const words = await said.textContent();
+  await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'true');
+  await picture(page, `${name}-rated`);
+  await person.goTo('Messages');
+  const messages = page.getByRole('region', { name: 'Messages' });
+  await messages.getByRole('listitem').filter({ hasText: words }).first().waitFor();
+  await picture(page, `${name}-messages`);
+}
+
 export async function followMore({ person, trails }) {
   await person.walk(trails.more);
   const more = person.button('See more results');
@@ -116,10 +134,9 @@ export async function followMore({ person, trails }) {
   await more.focus();
   await person.page.keyboard.press('Enter');
   await person.waitFor(async () => (await person.rowCount()) > before);
-  const focused = await person.page.evaluate(() =>
-    Number(document.activeElement.closest('.row')?.dataset.at),
-  );
-  assert.ok(focused >= before, 'the focus goes on with the first new row');
+  const focused = () =>
+    person.page.evaluate(() => Number(document.activeElement.closest('.row')?.dataset.at));
+  await person.waitFor(async () => (await focused()) >= before); // on the first new row
 }
 
 export async function search({ person, page, trails, name }) {
@@ -166,6 +183,20 @@ export async function readErrorScreen({ person, page, trails, name }) {
   await person.row(named('Open', trails.error.at(-1))).waitFor();
 }
 
+/** Each button of a screen does what it says; what the service has to do is asked of it. */
+export async function pressScreenButtons({ person, page, trails }) {
+  const screen = page.getByRole('article');
+  const title = named('Open', trails.ask.at(-1));
+  await person.walk(trails.ask, false);
+  for (const which of ['first', 'last']) {
+    await (await person.find(title)).click();
+    await screen.waitFor();
+    await screen.getByRole('button')[which]().click();
+    await screen.waitFor({ state: 'detached', timeout: startMs });
+    await person.row(title).waitFor();
+  }
+}
+
 /** In this order; each step leaves the page where the next one can begin. */
 export const steps = [
   ['signs out, if somebody was signed in', signedOut],
@@ -174,9 +205,11 @@ export const steps = [
   ['plays a track', playTrack],
   ['pauses, seeks and goes on', pauseAndSeek],
   ['plays the album and goes to the next track and back', playAlbumAndSkip],
+  ['rates a track', rate],
   ['follows "See more results"', followMore],
   ['searches', search],
   ['stops', stop],
   ['plays a station', playStation],
   ['reads an error screen and closes it', readErrorScreen],
+  ['presses the buttons of a screen', pressScreenButtons],
 ];

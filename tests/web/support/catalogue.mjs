@@ -335,5 +335,6 @@ export const mockTrails = {
   more: ['All tracks'],
   station: ['Stations', 'Coastal folk'],
   error: ['New and noteworthy', 'The Vault Session'],
+  ask: ['New and noteworthy', 'The Vault Session'],
   search: 'Blue Hour',
 };
