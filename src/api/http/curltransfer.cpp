@@ -3,8 +3,6 @@
 #include "httpstatus.h"
 #include "urlpolicy.h"
 
-#include <sys/socket.h>
-
 namespace httpclient {
 
 namespace {
@@ -35,11 +33,12 @@ void setAuthorities(CURL* easy, const QString& caFile)
 
 } // namespace
 
-CurlTransfer::CurlTransfer(
-    const Attempt& attempt, const HttpClientConfig& config, CurlHandles& handles, Done done)
+CurlTransfer::CurlTransfer(const Attempt& attempt, const HttpClientConfig& config,
+    CurlHandles& handles, CurlSockets& sockets, Done done)
     : m_attempt(attempt)
     , m_config(config)
     , m_handles(handles)
+    , m_sockets(sockets)
     , m_easy(handles.take())
     , m_done(std::move(done))
 {
@@ -72,6 +71,7 @@ void CurlTransfer::setUpTarget()
         m_connectTo = append(m_connectTo, mapping);
     set(CURLOPT_CONNECT_TO, m_connectTo);
     set(CURLOPT_CONNECTTIMEOUT_MS, long(m_config.connectTimeoutMs));
+    set(CURLOPT_FRESH_CONNECT, long(m_attempt.fresh));
     set(CURLOPT_TCP_NODELAY, 1L);
     set(CURLOPT_NOSIGNAL, 1L);
     // A name lookup that hangs would hold up the thread at the transfer's end.
@@ -101,10 +101,6 @@ void CurlTransfer::setUpSecurity()
     set(CURLOPT_SSL_VERIFYHOST, 2L);
     set(CURLOPT_SSLVERSION, long(CURL_SSLVERSION_TLSv1_2));
     setAuthorities(m_easy, m_config.caFile);
-    if (refusesLocalAddresses(m_config)) {
-        set(CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
-        set(CURLOPT_OPENSOCKETDATA, this);
-    }
 }
 
 void CurlTransfer::setUpCallbacks()
@@ -115,6 +111,10 @@ void CurlTransfer::setUpCallbacks()
     set(CURLOPT_HEADERDATA, this);
     set(CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
     set(CURLOPT_WRITEDATA, this);
+    set(CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
+    set(CURLOPT_OPENSOCKETDATA, this);
+    set(CURLOPT_CLOSESOCKETFUNCTION, &CurlSockets::onClose);
+    set(CURLOPT_CLOSESOCKETDATA, &m_sockets);
     set(CURLOPT_PREREQFUNCTION, &CurlTransfer::onRequest);
     set(CURLOPT_PREREQDATA, this);
     set(CURLOPT_MAXFILESIZE_LARGE, curl_off_t(m_attempt.readSizeLimit));
@@ -130,25 +130,40 @@ size_t CurlTransfer::onBody(char* data, size_t, size_t count, void* self)
     return static_cast<CurlTransfer*>(self)->takeBody(data, int(count)) ? count : 0;
 }
 
-int CurlTransfer::onRequest(void* self, char*, char*, int, int)
+int CurlTransfer::onRequest(void* self, char*, char*, int, int localPort)
 {
+    return static_cast<CurlTransfer*>(self)->allowRequest(localPort);
+}
+
+int CurlTransfer::allowRequest(int localPort)
+{
+    m_unsent = m_requests == 0 && isReused() && m_sockets.hasUnasked(localPort);
+    if (m_unsent)
+        return CURL_PREREQFUNC_ABORT;
     // The library makes up for a dead kept connection by itself, also for a POST, which the server
     // may have carried out by then.
-    auto* transfer = static_cast<CurlTransfer*>(self);
-    if (transfer->m_requests++ <= transfer->m_attempt.resends) {
-        transfer->m_refusal = HttpClientStatus::Ok; // Another of the host's addresses served.
+    if (m_requests++ <= m_attempt.resends) {
+        m_refusal = HttpClientStatus::Ok; // Another of the host's addresses served.
         return CURL_PREREQFUNC_OK;
     }
-    transfer->refuse(HttpClientStatus::ConnectionClosed,
+    refuse(HttpClientStatus::ConnectionClosed,
         QStringLiteral("The connection was closed before an answer came."));
     return CURL_PREREQFUNC_ABORT;
 }
 
-curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype, curl_sockaddr* address)
+bool CurlTransfer::isReused() const
 {
-    if (!isLocalAddress(&address->addr))
-        return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-    static_cast<CurlTransfer*>(self)->refuse(HttpClientStatus::ConnectFailed,
+    long connected = 0;
+    curl_easy_getinfo(m_easy, CURLINFO_NUM_CONNECTS, &connected);
+    return connected == 0;
+}
+
+curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype type, curl_sockaddr* address)
+{
+    auto* transfer = static_cast<CurlTransfer*>(self);
+    if (!refusesLocalAddresses(transfer->m_config) || !isLocalAddress(&address->addr))
+        return CurlSockets::onOpen(&transfer->m_sockets, type, address);
+    transfer->refuse(HttpClientStatus::ConnectFailed,
         QStringLiteral("A public service may not lead to this machine or its link."));
     return CURL_SOCKET_BAD;
 }
@@ -198,6 +213,7 @@ Outcome CurlTransfer::outcome(CURLcode code) const
 {
     Outcome outcome;
     outcome.resends = qMax(0, m_requests - 1);
+    outcome.unsent = m_unsent;
     if (code == CURLE_OK) {
         long status = 0;
         curl_easy_getinfo(m_easy, CURLINFO_RESPONSE_CODE, &status);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "curlhandles.h"
+#include "curlsockets.h"
 #include "headerblock.h"
 #include "httpclient.h"
 
@@ -22,6 +23,8 @@ struct Attempt
     int readSizeLimit = 0;
     /// How often a kept connection that died before the first byte may be made up for.
     int resends = 0;
+    /// Not on a kept connection.
+    bool fresh = false;
 };
 
 /// What became of it. Headers and data are empty unless the answer came whole.
@@ -34,6 +37,8 @@ struct Outcome
     QString reason;
     /// Resends that it took.
     int resends = 0;
+    /// Nothing was sent: the kept connection had been closed by the server.
+    bool unsent = false;
 };
 
 /// One request on the wire and its answer. Run it with CurlMulti::add(); to end it early take it
@@ -43,9 +48,10 @@ class CurlTransfer
 public:
     using Done = std::function<void(const Outcome&)>;
 
-    /// `config` and `handles` must outlive the transfer. `done` is called once.
-    CurlTransfer(
-        const Attempt& attempt, const HttpClientConfig& config, CurlHandles& handles, Done done);
+    /// `config`, `handles` and `sockets` must outlive the transfer, and `sockets` its connection.
+    /// `done` is called once.
+    CurlTransfer(const Attempt& attempt, const HttpClientConfig& config, CurlHandles& handles,
+        CurlSockets& sockets, Done done);
     ~CurlTransfer();
     Q_DISABLE_COPY_MOVE(CurlTransfer)
 
@@ -56,7 +62,7 @@ public:
 private:
     static size_t onHeader(char* data, size_t size, size_t count, void* self);
     static size_t onBody(char* data, size_t size, size_t count, void* self);
-    static int onRequest(void* self, char*, char*, int, int);
+    static int onRequest(void* self, char*, char*, int, int localPort);
     static curl_socket_t onOpenSocket(void* self, curlsocktype, curl_sockaddr* address);
 
     template <class T>
@@ -65,6 +71,8 @@ private:
     void setUpRequest();
     void setUpSecurity();
     void setUpCallbacks();
+    int allowRequest(int localPort);
+    bool isReused() const;
     bool takeHeader(const char* line, int size);
     bool takeBody(const char* data, int size);
     bool refuse(HttpClientStatus status, const QString& reason);
@@ -75,6 +83,7 @@ private:
     const Attempt m_attempt;
     const HttpClientConfig& m_config;
     CurlHandles& m_handles;
+    CurlSockets& m_sockets;
     CURL* const m_easy;
     curl_slist* m_fields = nullptr;
     curl_slist* m_connectTo = nullptr;
@@ -83,6 +92,7 @@ private:
     HeaderBlock m_head;
     QByteArray m_data;
     int m_requests = 0;
+    bool m_unsent = false;
     HttpClientStatus m_refusal = HttpClientStatus::Ok;
     QString m_refusalReason;
     char m_errorText[CURL_ERROR_SIZE] = {};

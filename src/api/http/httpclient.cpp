@@ -55,7 +55,7 @@ public:
         , config(HttpClientConfig::shared())
         , multi(nullptr)
         , cache(&monotonicMs)
-        , shared{ config, multi, handles, useCache ? &cache : nullptr }
+        , shared{ config, multi, handles, sockets, useCache ? &cache : nullptr }
     {
     }
 
@@ -65,6 +65,7 @@ public:
 
     HttpClient* const q;
     const HttpClientConfig config;
+    httpclient::CurlSockets sockets; // Outlives the connections that the loop keeps.
     httpclient::CurlMulti multi;
     httpclient::CurlHandles handles; // Before the loop they ran on: connections know both.
     httpclient::HttpCache cache;

@@ -68,12 +68,17 @@ public:
     /// Milliseconds for the whole transfer, name lookup to last byte. 0 means no limit.
     void setTimeoutMs(int ms) { m_timeoutMs = ms; }
     int timeoutMs() const { return m_timeoutMs; }
+    /// Whether a POST may be carried out twice without harm. Then it is sent again as a GET is when
+    /// its kept connection dies before the first byte of an answer.
+    void setRepeatable(bool repeatable) { m_repeatable = repeatable; }
+    bool isRepeatable() const { return m_repeatable; }
 
 private:
     HttpClientHeaders m_headers;
     int m_maxRedirects = 0;
     int m_readSizeLimit = 0;
     int m_timeoutMs = 0;
+    bool m_repeatable = false;
 };
 
 /// What all clients of the process share. Set it before the first client is made.
@@ -98,8 +103,9 @@ struct TAVU_EXPORT HttpClientConfig
 /// verified. Connections are kept and used again; at most 16 are open, and further requests wait
 /// for their turn inside their time-outs. Proxies are not used. A GET that fails by 429 or 503 with
 /// a Retry-After of at most 2 s, or by a kept connection that died before the first byte, is sent
-/// again, at most twice, inside its time-out; a POST never is. Destroying the client ends its
-/// transfers without a call.
+/// again, at most twice, inside its time-out; a POST never is, unless its options say that a dead
+/// connection may be made up for. A kept connection that its server has closed meanwhile carries no
+/// request at all: a fresh one does. Destroying the client ends its transfers without a call.
 class TAVU_EXPORT HttpClient : public QObject
 {
     Q_OBJECT

@@ -119,6 +119,12 @@ HttpClientHeaders HttpExchange::fieldsToSend() const
 
 void HttpExchange::send()
 {
+    sendOn(false);
+}
+
+void HttpExchange::sendOn(bool freshConnection)
+{
+    const bool repeatable = !m_post || m_request.options.isRepeatable();
     Attempt attempt;
     attempt.url = m_target;
     attempt.post = m_post;
@@ -128,10 +134,11 @@ void HttpExchange::send()
         for (const HttpClientHeaders::Field& field : checkFields(m_kept->headers).fields())
             attempt.headers.insert(field.first, field.second);
     attempt.readSizeLimit = m_request.options.readSizeLimit();
-    attempt.resends = m_post ? 0 : maxResends - m_resends;
+    attempt.resends = repeatable ? maxResends - m_resends : 0;
+    attempt.fresh = freshConnection;
     stopTransfer();
     m_transfer = std::make_unique<CurlTransfer>(attempt, m_shared.config, m_shared.handles,
-        [this](const Outcome& outcome) { attemptDone(outcome); });
+        m_shared.sockets, [this](const Outcome& outcome) { attemptDone(outcome); });
     m_shared.multi.add(m_transfer.get());
 }
 
@@ -145,6 +152,8 @@ void HttpExchange::stopTransfer()
 
 void HttpExchange::attemptDone(const Outcome& outcome)
 {
+    if (outcome.unsent)
+        return sendOn(true);
     m_resends += outcome.resends;
     if (outcome.status != HttpClientStatus::Ok)
         return fail(outcome.status, outcome.reason);

@@ -20,6 +20,7 @@ struct Shared
     const HttpClientConfig& config;
     CurlMulti& multi;
     CurlHandles& handles;
+    CurlSockets& sockets;
     /// Null when the client keeps no answers.
     HttpCache* cache;
 };
@@ -54,6 +55,7 @@ private:
     bool isAcceptable();
     bool answerFromCache();
     HttpClientHeaders fieldsToSend() const;
+    void sendOn(bool freshConnection);
     void attemptDone(const Outcome& outcome);
     bool sendAgain(const Outcome& outcome);
     bool followRedirect(const Outcome& outcome);

@@ -39,6 +39,14 @@ OAuth2Client::Answer::Kind kindOfFailure(HttpClientStatus status)
     }
 }
 
+/// For use within a sentence of ours.
+QString withoutFullStop(QString reason)
+{
+    if (reason.endsWith(QLatin1Char('.')))
+        reason.chop(1);
+    return reason;
+}
+
 bool isPassing(int code)
 {
     return code >= 500 || code == 408 || code == 429;
@@ -48,7 +56,7 @@ OAuth2Client::Answer answerOf(const HttpClient::Result& result)
 {
     using Answer = OAuth2Client::Answer;
     if (result.error != HttpClientStatus::Ok)
-        return { kindOfFailure(result.error), {}, result.reason };
+        return { kindOfFailure(result.error), {}, withoutFullStop(result.reason) };
     const QVariant json = TavuJson::parse(result.data);
     const QVariantHash fields = json.toHash();
     const QString status = QStringLiteral("HTTP status %1").arg(result.code);
@@ -72,19 +80,19 @@ OAuth2Client::OAuth2Client(const TavuOAuth2ServiceInfo& info, HttpClient& http)
 void OAuth2Client::askForDeviceCode(
     const Parameters& parameters, const CMContext& context, Done done) const
 {
-    post(m_info.deviceCodeUrl(), parameters, context, std::move(done));
+    post(m_info.deviceCodeUrl(), parameters, Repeat::OnDeadConnection, context, std::move(done));
 }
 
 void OAuth2Client::askForToken(
     const Parameters& parameters, const CMContext& context, Done done) const
 {
-    post(m_info.tokenUrl(), parameters, context, std::move(done));
+    post(m_info.tokenUrl(), parameters, Repeat::Never, context, std::move(done));
 }
 
-void OAuth2Client::post(
-    const QString& url, const Parameters& parameters, const CMContext& context, Done done) const
+void OAuth2Client::post(const QString& url, const Parameters& parameters, Repeat repeat,
+    const CMContext& context, Done done) const
 {
-    m_http.post(TavuUrl(url), formOf(withClient(parameters)), options(),
+    m_http.post(TavuUrl(url), formOf(withClient(parameters)), options(repeat),
         [alive = context.token(), done = std::move(done)](const HttpClient::Result& result) {
             if (!alive.expired())
                 done(answerOf(result));
@@ -102,7 +110,7 @@ OAuth2Client::Parameters OAuth2Client::withClient(const Parameters& parameters) 
     return all;
 }
 
-HttpClientOptions OAuth2Client::options() const
+HttpClientOptions OAuth2Client::options(Repeat repeat) const
 {
     HttpClientHeaders headers;
     headers.insert("content-type", "application/x-www-form-urlencoded");
@@ -115,6 +123,7 @@ HttpClientOptions OAuth2Client::options() const
     made.setHeaders(headers);
     made.setTimeoutMs(timeoutMs);
     made.setReadSizeLimit(readLimit);
+    made.setRepeatable(repeat == Repeat::OnDeadConnection);
     return made;
 }
 

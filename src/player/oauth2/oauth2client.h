@@ -40,13 +40,15 @@ public:
 
     /// `done` is called once, from the event loop, unless the client or `context` has died by then.
     void askForDeviceCode(const Parameters& parameters, const CMContext& context, Done done) const;
+    /// Sent once: a refresh token is used up by its answer, and polls are not to come in pairs.
     void askForToken(const Parameters& parameters, const CMContext& context, Done done) const;
 
 private:
-    void post(const QString& url, const Parameters& parameters, const CMContext& context,
-        Done done) const;
+    enum class Repeat { Never, OnDeadConnection };
+    void post(const QString& url, const Parameters& parameters, Repeat repeat,
+        const CMContext& context, Done done) const;
     Parameters withClient(const Parameters& parameters) const;
-    HttpClientOptions options() const;
+    HttpClientOptions options(Repeat repeat) const;
 
     const TavuOAuth2ServiceInfo m_info;
     HttpClient& m_http;

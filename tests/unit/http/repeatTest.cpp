@@ -65,6 +65,41 @@ TEST_F(HttpClientRepeat, EmptyPostIsNotSentAgainEither)
     EXPECT_EQ(server.calls().size(), 2);
 }
 
+TEST_F(HttpClientRepeat, RepeatablePostIsSentAgainWhenAKeptConnectionDies)
+{
+    dieOnReuse();
+    HttpClientOptions repeatable = options();
+    repeatable.setRepeatable(true);
+    EXPECT_EQ(get(server.url("/")).data, "ok");
+    EXPECT_EQ(post(server.url("/"), "{}", repeatable).data, "ok");
+    EXPECT_EQ(server.calls().size(), 3);
+    EXPECT_EQ(server.calls().last().body, "{}");
+    EXPECT_EQ(server.connections(), 2);
+}
+
+TEST_F(HttpClientRepeat, RepeatablePostIsNotSentAgainOnAFreshConnectionThatDies)
+{
+    answer = [](const RawServer::Call& call) { call.reset(); };
+    HttpClientOptions repeatable = options();
+    repeatable.setRepeatable(true);
+    expectFailure(post(server.url("/"), "{}", repeatable), HttpClientStatus::ConnectionClosed);
+    EXPECT_EQ(server.calls().size(), 1);
+}
+
+TEST_F(HttpClientRepeat, PostGoesOnAFreshConnectionWhenTheKeptOneWasClosedMeanwhile)
+{
+    answer = [](const RawServer::Call& call) {
+        call.answer("ok");
+        call.close();
+    };
+    for (int round = 1; round <= 3; ++round) {
+        EXPECT_EQ(post(server.url("/"), "{}").data, "ok");
+        ASSERT_TRUE(waitUntil([&] { return server.ended() == round; }));
+    }
+    EXPECT_EQ(server.calls().size(), 3);
+    EXPECT_EQ(server.connections(), 3);
+}
+
 TEST_F(HttpClientRepeat, FreshConnectionThatDiesIsNotMadeUpFor)
 {
     answer = [](const RawServer::Call& call) { call.reset(); };

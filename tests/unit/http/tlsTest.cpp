@@ -200,3 +200,31 @@ TEST_F(HttpClientTls, ConnectLimitIsFiveSeconds)
 {
     EXPECT_EQ(HttpClientConfig().connectTimeoutMs, 5000);
 }
+
+TEST_F(HttpClientTls, PostIsSentOnceAlthoughTheKeptConnectionWasClosedMeanwhile)
+{
+    trust(authority);
+    QTcpSocket* last = nullptr;
+    RawServer server(authority.server("localhost"), [&last](const RawServer::Call& call) {
+        last = call.socket;
+        call.answer("heard");
+    });
+    const TavuUrl url = server.url("localhost", "/report");
+    for (int round = 1; round <= 3; ++round) {
+        EXPECT_EQ(post(url, "{}").data, "heard");
+        last->disconnectFromHost();
+        ASSERT_TRUE(waitUntil([&] { return server.ended() == round; }));
+    }
+    EXPECT_EQ(server.calls().size(), 3);
+    EXPECT_EQ(server.connections(), 3);
+}
+
+TEST_F(HttpClientTls, KeptConnectionIsUsedAgain)
+{
+    trust(authority);
+    RawServer server(authority.server("localhost"), answer);
+    const TavuUrl url = server.url("localhost", "/");
+    for (int round = 0; round < 5; ++round)
+        EXPECT_EQ(post(url, "{}").data, "secret");
+    EXPECT_EQ(server.connections(), 1);
+}

@@ -415,3 +415,31 @@ TEST_F(DeviceLogin, LogoutEndsALoginAndIgnoresItsLateAnswer)
     EXPECT_FALSE(QFile::exists(tokenFile()));
     EXPECT_EQ(server.polls(), 1);
 }
+
+TEST_F(DeviceLogin, KeptConnectionThatDiesDoesNotCostTheCode)
+{
+    showCode();
+    server.token = Server::error("access_denied");
+    expectPollAfter(5000);
+    ASSERT_TRUE(waitForState("failed"));
+    bool died = false;
+    server.device = [&died](const Server::Call& call) {
+        const auto script =
+            std::exchange(died, true) ? Server::json(200, Server::code()) : Server::lost();
+        script(call);
+    };
+    startLogin();
+    EXPECT_TRUE(waitForState("waiting")) << login().message().toStdString();
+    EXPECT_EQ(server.deviceCalls().size(), 3);
+}
+
+TEST_F(DeviceLogin, FailureToAskForACodeIsToldInOneSentence)
+{
+    server.device = Server::lost();
+    startLogin();
+    ASSERT_TRUE(waitForState("failed"));
+    const QString message = login().message();
+    EXPECT_TRUE(message.startsWith(text("The service cannot be asked for a code: ")));
+    EXPECT_TRUE(message.endsWith(text(". Get a new code to try again.")));
+    EXPECT_FALSE(message.contains(text(".."))) << message.toStdString();
+}
