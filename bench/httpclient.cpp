@@ -121,7 +121,7 @@ void post(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(get<BareCurl>)->Arg(20 * 1024)->UseRealTime();
-BENCHMARK(get<ThroughClient>)->Arg(20 * 1024)->UseRealTime();
+BENCHMARK(get<BareCurl>)->Arg(20L * 1024)->UseRealTime();
+BENCHMARK(get<ThroughClient>)->Arg(20L * 1024)->UseRealTime();
 BENCHMARK(post<BareCurl>)->UseRealTime();
 BENCHMARK(post<ThroughClient>)->UseRealTime();

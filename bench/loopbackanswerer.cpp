@@ -36,8 +36,8 @@ LoopbackAnswerer::LoopbackAnswerer(const QByteArray& body)
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     auto* const where = reinterpret_cast<sockaddr*>(&address);
-    ::bind(m_listener, where, size);
-    ::listen(m_listener, 16);
+    const bool listens = ::bind(m_listener, where, size) == 0 && ::listen(m_listener, 16) == 0;
+    Q_ASSERT_X(listens, "LoopbackAnswerer", "cannot listen on loopback");
     ::getsockname(m_listener, where, &size);
     m_port = ntohs(address.sin_port);
     m_accepting = std::thread([this] { accept(); });

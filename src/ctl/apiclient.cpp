@@ -59,17 +59,19 @@ Answer ApiClient::get(const QString& path, const QList<QPair<QString, QString>>&
     TavuUrl target = url(path);
     for (const auto& [name, value] : query)
         target.addQueryItem(name, value);
-    return wait([&](HttpClient::Callback callback) { m_http.get(target, options(), callback); });
+    return wait(
+        [&](const HttpClient::Callback& callback) { m_http.get(target, options(), callback); });
 }
 
 Answer ApiClient::post(const QString& path, const QVariantHash& body)
 {
     const QByteArray json = TavuJson::toJson(body);
-    return wait(
-        [&](HttpClient::Callback callback) { m_http.post(url(path), json, options(), callback); });
+    return wait([&](const HttpClient::Callback& callback) {
+        m_http.post(url(path), json, options(), callback);
+    });
 }
 
-Answer ApiClient::wait(const std::function<void(HttpClient::Callback)>& send)
+Answer ApiClient::wait(const std::function<void(const HttpClient::Callback&)>& send)
 {
     QEventLoop loop;
     Answer answer;

@@ -32,7 +32,7 @@ public:
 private:
     TavuUrl url(const QString& path) const;
     HttpClientOptions options() const;
-    Answer wait(const std::function<void(HttpClient::Callback)>& send);
+    Answer wait(const std::function<void(const HttpClient::Callback&)>& send);
 
     QString m_base;
     QString m_token;

@@ -370,7 +370,7 @@ void Connection::onTimeout()
 void Connection::onWriteTimeout()
 {
     const bool stalled = m_taken < leastProgress && backlog() > 0;
-    const bool exempt = m_answer && m_answer->isEventStream();
+    const bool exempt = m_answer != nullptr && m_answer->isEventStream();
     if (stalled && !exempt) {
         cut();
         return;

@@ -13,7 +13,7 @@ EventStream::EventStream(std::shared_ptr<Exchange> exchange)
 bool EventStream::isOpen() const
 {
     const Answer* answer = m_exchange ? m_exchange->answer() : nullptr;
-    return answer && answer->isOpen() && answer->isEventStream();
+    return answer != nullptr && answer->isOpen() && answer->isEventStream();
 }
 
 void EventStream::onClosed(std::function<void()> closed) const
@@ -30,7 +30,7 @@ bool EventStream::send(const QByteArray& id, const QByteArray& event, const QByt
 bool EventStream::send(const QByteArray& formatted) const
 {
     Answer* answer = m_exchange ? m_exchange->answer() : nullptr;
-    return answer && answer->sendEvent(formatted);
+    return answer != nullptr && answer->sendEvent(formatted);
 }
 
 void EventStream::close() const

@@ -64,7 +64,7 @@ static bool namesOtherVersion(const QByteArray& line)
 {
     const QByteArray version = line.mid(line.lastIndexOf(' ') + 1);
     const bool written = version.size() == 8 && version.startsWith("HTTP/") && version[6] == '.'
-        && std::isdigit(version[5]) && std::isdigit(version[7]);
+        && std::isdigit(version[5]) != 0 && std::isdigit(version[7]) != 0;
     return written && version != "HTTP/1.0" && version != "HTTP/1.1";
 }
 

@@ -16,7 +16,7 @@ Responder::Responder(std::shared_ptr<Exchange> exchange)
 bool Responder::isOpen() const
 {
     const Answer* answer = m_exchange->answer();
-    return answer && answer->isOpen();
+    return answer != nullptr && answer->isOpen();
 }
 
 void Responder::onClosed(std::function<void()> closed) const

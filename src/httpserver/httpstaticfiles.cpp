@@ -49,11 +49,10 @@ static bool isPlainName(const QString& name)
 {
     if (name.isEmpty() || name.startsWith(QLatin1Char('.')))
         return false;
-    for (const QChar c : name)
-        if (c < QLatin1Char(' ') || c == QLatin1Char('/') || c == QLatin1Char('\\')
-            || c == QLatin1Char(':'))
-            return false;
-    return true;
+    return std::none_of(name.begin(), name.end(), [](QChar c) {
+        return c < QLatin1Char(' ') || c == QLatin1Char('/') || c == QLatin1Char('\\')
+            || c == QLatin1Char(':');
+    });
 }
 
 /// The file's path below the root; empty when the components do not spell one.

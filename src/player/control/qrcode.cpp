@@ -40,9 +40,9 @@ QByteArray qrSvg(const QString& text)
     if (!code)
         return {};
     const QByteArray size = QByteArray::number(code->width + 2 * quietZone);
-    return "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + size + ' ' + size
-        + "\" shape-rendering=\"crispEdges\"><path fill=\"#fff\" d=\"M0 0h" + size + 'v' + size
-        + "H0z\"/><path d=\"" + darkModules(*code) + "\"/></svg>\n";
+    return R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 )" + size + ' ' + size
+        + R"(" shape-rendering="crispEdges"><path fill="#fff" d="M0 0h)" + size + 'v' + size
+        + R"(H0z"/><path d=")" + darkModules(*code) + "\"/></svg>\n";
 }
 
 } // namespace control

@@ -25,7 +25,7 @@ CMError noService()
 template <class T>
 CMReply<T> failedReply(const CMError& error)
 {
-    const auto reply = CMReply<T>::create();
+    auto reply = CMReply<T>::create();
     reply.setError(error);
     return reply;
 }
@@ -63,7 +63,7 @@ CMReply<QVariant> Player::rows(const QString& path, int from, int to)
     const CMPath asked = path.isEmpty() ? TavuAmazonMusicBrowsePath() : CMPath::fromEncoded(path);
     watchRows(asked);
     const CMGetRowsRequest request(asked, from, to, rowRoles());
-    const auto result = CMReply<QVariant>::create();
+    auto result = CMReply<QVariant>::create();
     withDeadline(request.reply()).addWatcher([result, asked, from](const CMVoidReply& reply) {
         if (reply.error().isSet())
             return result.setError(reply.error());
@@ -114,7 +114,7 @@ CMReply<QVariant> Player::search(const QString& text, const QString& path)
 {
     const CMPath container =
         path.isEmpty() ? TavuAmazonMusicSearchPath() : CMPath::fromEncoded(path);
-    const auto result = CMReply<QVariant>::create();
+    auto result = CMReply<QVariant>::create();
     const CMReply<QVariant> found = rows(container.toEncoded(), 0, 0);
     cmchain::whenSucceeded(found, result, m_context, [this, result, text](const QVariant& screen) {
         const QVariantList list = screen.toHash().value(QStringLiteral("rows")).toList();
@@ -148,7 +148,7 @@ CMReply<QVariant> Player::command(Command command)
         return failedReply<QVariant>(noService());
     const bool goesOn = m_data.state() != TavuPlayLogicState::Paused;
     if (command == Command::Resume && goesOn) {
-        const auto reply = CMReply<QVariant>::create();
+        auto reply = CMReply<QVariant>::create();
         reply.setValue(QVariant());
         return reply;
     }
@@ -180,7 +180,7 @@ CMReply<QVariant> Player::pauseOrResume()
 {
     if (m_data.state() != TavuPlayLogicState::Paused || !m_beforeResume)
         return playLogic()->pause();
-    const auto reply = CMReply<QVariant>::create();
+    auto reply = CMReply<QVariant>::create();
     // When the renewal fails the play logic is asked all the same: it judges the track by itself.
     m_beforeResume([reply](const CMError&) {
         if (PlayLogicInterface* logic = playLogic())

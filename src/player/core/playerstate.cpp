@@ -111,7 +111,7 @@ QString loginState(const TavuOAuth2DeviceCode& code, bool loggedIn)
 {
     if (loggedIn)
         return QStringLiteral("loggedIn");
-    const QString state = code.state();
+    QString state = code.state();
     if (state == QLatin1String("starting") || state == QLatin1String("waiting")
         || state == QLatin1String("failed"))
         return state;

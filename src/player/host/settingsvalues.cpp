@@ -26,7 +26,7 @@ QString readSecret(const QString& fileName, QString& secret)
             .arg(fileName, file.errorString());
     constexpr auto others =
         QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
-    if (file.permissions() & others)
+    if ((file.permissions() & others) != 0)
         return QStringLiteral("service.client-secret-file: %1 can be read by others; run "
                               "\"chmod 600 %1\".")
             .arg(fileName);
@@ -65,14 +65,14 @@ void configureHttp(const Settings& settings)
 
 QString publishSettings(const Settings& settings)
 {
-    const QString missing = missingSetting(settings);
+    QString missing = missingSetting(settings);
     if (!missing.isEmpty())
         return missing;
     const QString caFile = settings.text("service.ca-file");
     if (!caFile.isEmpty() && !QFile::exists(caFile))
         return QStringLiteral("service.ca-file: %1 does not exist.").arg(caFile);
     QString secret;
-    const QString unreadable = readSecret(settings.text("service.client-secret-file"), secret);
+    QString unreadable = readSecret(settings.text("service.client-secret-file"), secret);
     if (!unreadable.isEmpty())
         return unreadable;
 

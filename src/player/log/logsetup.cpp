@@ -35,7 +35,7 @@ public:
 
 log4cplus::SharedAppenderPtr makeAppender(const QString& fileName)
 {
-    constexpr long rotateAt = 10 * 1024 * 1024;
+    constexpr long rotateAt = 10L * 1024 * 1024;
     constexpr int kept = 3;
     if (fileName.isEmpty())
         return log4cplus::SharedAppenderPtr(new log4cplus::ConsoleAppender(true, true));

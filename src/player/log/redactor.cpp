@@ -87,7 +87,7 @@ void addSecret(const std::string& secret)
 
 std::string redacted(const std::string& text)
 {
-    const std::string cleaned = withoutKnownSecrets(text);
+    std::string cleaned = withoutKnownSecrets(text);
     if (!mayHoldSecrets(cleaned))
         return cleaned;
     QString result = QString::fromStdString(cleaned);

@@ -19,7 +19,7 @@ QString xdgFolder(const char* variable, const char* belowHome)
 
 QString stateFolder(const Settings& settings)
 {
-    const QString configured = settings.text("player.state-folder");
+    QString configured = settings.text("player.state-folder");
     if (!configured.isEmpty())
         return configured;
     const QString ofService =
@@ -38,7 +38,7 @@ QString defaultSettingsFile()
 
 QString makeStateFolder(const Settings& settings)
 {
-    const QString folder = stateFolder(settings);
+    QString folder = stateFolder(settings);
     if (QFileInfo::exists(folder))
         return QFileInfo(folder).isDir() && QFileInfo(folder).isWritable() ? folder : QString();
     if (!QDir().mkpath(folder))
@@ -49,7 +49,7 @@ QString makeStateFolder(const Settings& settings)
 
 QString pluginFile(const Settings& settings)
 {
-    const QString configured = settings.text("player.plugin");
+    QString configured = settings.text("player.plugin");
     if (!configured.isEmpty())
         return configured;
     const QString here = QCoreApplication::applicationDirPath();

@@ -21,7 +21,7 @@ QString text(const QVariantHash& hash, const char* key)
 
 bool isShuffle(int mode)
 {
-    return mode & 1;
+    return (mode & 1) != 0;
 }
 
 QString loopStatus(int mode)

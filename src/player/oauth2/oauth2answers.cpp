@@ -15,9 +15,9 @@ constexpr int longestUri = 2048;
 constexpr qint64 defaultIntervalS = 5;
 constexpr qint64 longestIntervalS = 300;
 constexpr qint64 defaultCodeLifetimeS = 600;
-constexpr qint64 longestCodeLifetimeS = 24 * 3600;
+constexpr qint64 longestCodeLifetimeS = qint64{ 24 } * 3600;
 constexpr qint64 defaultTokenLifetimeS = 3600;
-constexpr qint64 longestTokenLifetimeS = 20 * 24 * 3600;
+constexpr qint64 longestTokenLifetimeS = qint64{ 20 } * 24 * 3600;
 
 QString field(const QVariantHash& json, const char* name)
 {
