@@ -1,6 +1,6 @@
 #include "scanstate.h"
 
-#include "../main/savefile.h"
+#include "savefile.h"
 
 #include <QCryptographicHash>
 #include <QDataStream>
@@ -96,7 +96,11 @@ QString saveScan(const QString& stateFile, const QString& root, const ScanResult
     out << root << scan.folderPictures;
     write(out, scan.files);
     write(out, scan.playlists);
-    return saveFile(stateFile, Magic + digest(payload) + payload);
+    QString error;
+    const QByteArray state = Magic + digest(payload) + payload;
+    if (!files::replaceFile(stateFile, state, files::publicFile, &error))
+        return QStringLiteral("cannot write %1").arg(error);
+    return QString();
 }
 
 } // namespace emulator::catalogue

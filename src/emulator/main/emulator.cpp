@@ -69,8 +69,8 @@ Identity keptAuthority(const QString& certificateFile, const QString& keyFile)
     if (!kept.isEmpty() && isUsable(kept))
         return kept;
     kept = makeAuthority();
-    if (!saveFile(keyFile, kept.key, Access::OwnerOnly).isEmpty()
-        || !saveFile(certificateFile, kept.certificate).isEmpty())
+    if (!files::replaceFile(keyFile, kept.key, files::privateFile)
+        || !files::replaceFile(certificateFile, kept.certificate, files::publicFile))
         return {};
     return kept;
 }
@@ -232,7 +232,7 @@ QByteArray Emulator::secret() const
     while (secret.size() < 64)
         secret += QByteArray::number(QRandomGenerator::system()->generate64(), 16);
     secret.truncate(64);
-    saveFile(file, secret, Access::OwnerOnly);
+    files::replaceFile(file, secret, files::privateFile);
     return secret;
 }
 

@@ -41,11 +41,9 @@ void say(const QString& text)
 void tellReady(const emulator::Emulator& emulator, const QString& readyFile)
 {
     const QByteArray line = TavuJson::toJson(emulator.description()) + '\n';
-    if (!readyFile.isEmpty()) {
-        const QString problem = emulator::saveFile(readyFile, line);
-        if (!problem.isEmpty())
-            say(problem);
-    }
+    QString error;
+    if (!readyFile.isEmpty() && !files::replaceFile(readyFile, line, files::publicFile, &error))
+        say(QStringLiteral("cannot write %1").arg(error));
     std::fputs(line.constData(), stdout);
     std::fflush(stdout);
 }

@@ -1,6 +1,6 @@
 #include "tokens.h"
 
-#include "../main/savefile.h"
+#include "savefile.h"
 #include "tavujson.h"
 
 #include <QCryptographicHash>
@@ -135,10 +135,10 @@ void Tokens::save() const
     QVariantHash families;
     for (auto family = m_families.cbegin(); family != m_families.cend(); ++family)
         families.insert(family.key(), *family);
-    saveFile(m_stateFile,
+    files::replaceFile(m_stateFile,
         TavuJson::toJson(QVariantHash{ { SerialKey, m_serial }, { FirstGoodKey, m_firstGoodSerial },
             { FamiliesKey, families } }),
-        Access::OwnerOnly);
+        files::privateFile);
 }
 
 } // namespace emulator::oauth2

@@ -1,8 +1,8 @@
 #include "samplealbums.h"
 
-#include "../main/savefile.h"
 #include "cover.h"
 #include "encoder.h"
+#include "savefile.h"
 #include "score.h"
 
 #include <QCoreApplication>
@@ -72,6 +72,15 @@ std::vector<Album> albums()
     };
 }
 
+/// Returns an empty text, or what went wrong.
+QString keep(const QString& file, const QByteArray& bytes)
+{
+    QString error;
+    if (!files::replaceFile(file, bytes, files::publicFile, &error))
+        return QStringLiteral("cannot write %1").arg(error);
+    return QString();
+}
+
 class AlbumMaker
 {
 public:
@@ -87,7 +96,7 @@ public:
         if (!QDir().mkpath(m_folder))
             return QStringLiteral("cannot make the folder %1").arg(m_folder);
         if (!m_album.embeddedCover) {
-            QString problem = saveFile(m_folder + QLatin1String("/cover.png"), m_cover.bytes);
+            QString problem = keep(m_folder + QLatin1String("/cover.png"), m_cover.bytes);
             if (!problem.isEmpty())
                 return problem;
         }
@@ -180,7 +189,7 @@ QString writePlaylist(const std::vector<Album>& made, const QString& folder)
                         .arg(album.movements[i].title, suffixOf(album.format));
         }
     }
-    return saveFile(folder + QLatin1String("/Evening Mix.m3u8"), list.toUtf8());
+    return keep(folder + QLatin1String("/Evening Mix.m3u8"), list.toUtf8());
 }
 
 } // namespace

@@ -165,7 +165,7 @@ QString Application::makeToken()
         configured.isEmpty() ? m_stateFolder + QLatin1String("/control-token") : configured;
     QFile file(name);
     if (file.open(QIODevice::ReadOnly)) {
-        const QString token = QString::fromLatin1(file.readAll()).trimmed();
+        QString token = QString::fromLatin1(file.readAll()).trimmed();
         if (!token.isEmpty())
             return token;
     }
@@ -175,9 +175,11 @@ QString Application::makeToken()
     const QByteArray token =
         QByteArray(reinterpret_cast<const char*>(random), sizeof random).toHex();
     QString error;
-    if (!saveFile(name, token + '\n', privateFile, &error)) {
+    if (!files::saveFile(name, token + '\n', files::privateFile, &error)) {
         giveUp(NoPermission,
-            QStringLiteral("control.token-file: %1 cannot be written (%2).").arg(name, error));
+            QStringLiteral("The token cannot be kept (%1). Set control.token-file to a file that "
+                           "can be written.")
+                .arg(error));
         return QString();
     }
     return QString::fromLatin1(token);

@@ -13,7 +13,7 @@ namespace player {
 
 namespace {
 
-constexpr qint64 longestFile = 1024 * 1024;
+constexpr qint64 longestFile = qint64{ 1024 } * 1024;
 constexpr int fileVersion = 1;
 
 struct StoredLogin : public TavuHash
@@ -61,7 +61,7 @@ void TokenStore::mendMode()
         | QFileDevice::ExeOther;
     if (!(QFile::permissions(m_fileName) & others))
         return;
-    const bool mended = QFile::setPermissions(m_fileName, privateFile);
+    const bool mended = QFile::setPermissions(m_fileName, files::privateFile);
     LOG4CPLUS_WARN(oauth2Logger(),
         "Others could read " << m_fileName
                              << (mended ? "; its mode is now 0600"
@@ -117,7 +117,7 @@ bool TokenStore::save(const QString& service, const QString& refreshToken, QStri
 bool TokenStore::write(QString* error) const
 {
     if (m_tokens.isEmpty())
-        return removeSavedFile(m_fileName, error);
+        return files::removeSavedFile(m_fileName, error);
     QVariantHash services;
     for (auto token = m_tokens.begin(); token != m_tokens.end(); ++token) {
         StoredLogin login;
@@ -127,7 +127,8 @@ bool TokenStore::write(QString* error) const
     StoredLogins logins;
     logins.setVersion(fileVersion);
     logins.setServices(services);
-    return saveFile(m_fileName, TavuJson::toJson(logins.__variant()) + '\n', privateFile, error);
+    return files::saveFile(
+        m_fileName, TavuJson::toJson(logins.__variant()) + '\n', files::privateFile, error);
 }
 
 } // namespace player

@@ -3,7 +3,6 @@
 #include "emulator/catalogue/library.h"
 #include "emulator/catalogue/scanstate.h"
 #include "emulator/catalogue/tagreader.h"
-#include "emulator/main/savefile.h"
 #include "emulator/samples/cover.h"
 #include "watchdog.h"
 
@@ -20,6 +19,13 @@ using namespace emulator;
 using namespace emulator::catalogue;
 
 namespace {
+
+void writeFile(const QString& name, const QByteArray& bytes)
+{
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(bytes), bytes.size());
+}
 
 QString text(const char* utf8)
 {
@@ -118,7 +124,7 @@ TEST(TagReader, SaysWhyAFileCannotBePlayed)
     QTemporaryDir folder;
     for (const char* name : { "a.flac", "a.mp3", "a.ogg", "a.m4a" }) {
         const QString file = folder.filePath(text(name));
-        saveFile(file, "this is not music");
+        writeFile(file, "this is not music");
         EXPECT_NE(readTags(file).problem.toStdString(), "") << name;
     }
     EXPECT_NE(readTags(folder.filePath(text("none.flac"))).problem.toStdString(), "");
@@ -134,9 +140,9 @@ TEST(TagReader, TrustsThePictureNotItsLabel)
 TEST_F(Scan, FindsMusicPlaylistsAndPictures)
 {
     addTone("a/1.flac", tagged("A", "One", "x"));
-    saveFile(path("a/Folder.JPG"), "\xff\xd8\xff");
-    saveFile(path("list.m3u"), "a/1.flac\n");
-    saveFile(path("notes.txt"), "hello");
+    writeFile(path("a/Folder.JPG"), "\xff\xd8\xff");
+    writeFile(path("list.m3u"), "a/1.flac\n");
+    writeFile(path("notes.txt"), "hello");
     const auto library = scanned();
     EXPECT_EQ(library->catalogue()->tracks.size(), 1u);
     EXPECT_EQ(library->catalogue()->playlists.size(), 1u);
@@ -148,7 +154,7 @@ TEST_F(Scan, FindsMusicPlaylistsAndPictures)
 TEST_F(Scan, ListsWhatCannotBeReadAndServesTheRest)
 {
     addTone("good.flac", tagged("A", "One", "x"));
-    saveFile(path("bad.flac"), "nonsense");
+    writeFile(path("bad.flac"), "nonsense");
     const auto library = scanned();
     EXPECT_EQ(library->catalogue()->tracks.size(), 1u);
     ASSERT_EQ(library->status().problems.size(), 1u);
@@ -160,7 +166,7 @@ TEST_F(Scan, ReadsOnlyWhatChangedTheSecondTime)
 {
     addTone("1.flac", tagged("A", "One", "x", 1));
     addTone("2.flac", tagged("A", "One", "y", 2));
-    saveFile(path("bad.flac"), "nonsense");
+    writeFile(path("bad.flac"), "nonsense");
     EXPECT_EQ(scanned()->status().read, 3);
     EXPECT_EQ(scanned()->status().read, 0);
     EXPECT_EQ(scanned()->status().problems.size(), 1u);
@@ -198,13 +204,13 @@ TEST_F(Scan, TakesADamagedStateAsNone)
     ASSERT_TRUE(loadScan(stateFile(), root()).has_value());
     EXPECT_FALSE(loadScan(stateFile(), text("/elsewhere")).has_value());
     for (int cut = 0; cut < good.size(); cut += 7) {
-        saveFile(stateFile(), good.left(cut));
+        writeFile(stateFile(), good.left(cut));
         EXPECT_FALSE(loadScan(stateFile(), root()).has_value()) << cut;
     }
     for (int at = 0; at < good.size(); at += 5) {
         QByteArray bad = good;
         bad[at] = static_cast<char>(bad.at(at) ^ 0x10);
-        saveFile(stateFile(), bad);
+        writeFile(stateFile(), bad);
         EXPECT_FALSE(loadScan(stateFile(), root()).has_value()) << at;
     }
     EXPECT_EQ(scanned()->status().read, 1);

@@ -9,7 +9,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace player {
+namespace files {
 
 namespace {
 
@@ -52,57 +52,63 @@ bool writeAll(QSaveFile& file, const QByteArray& data, QString* error)
     return written;
 }
 
-bool replace(const QString& fileName, const QByteArray& data, QFileDevice::Permissions permissions,
-    QString* error)
+/// Returns an empty text, or why the file could not be replaced.
+QString replace(
+    const QString& fileName, const QByteArray& data, QFileDevice::Permissions permissions)
 {
     QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(permissions)) {
-        *error = file.errorString();
-        return false;
-    }
-    if (!writeAll(file, data, error)) {
+    if (!file.open(QIODevice::WriteOnly) || !file.setPermissions(permissions))
+        return file.errorString();
+    QString reason;
+    if (!writeAll(file, data, &reason)) {
         file.cancelWriting();
-        return false;
+        return reason;
     }
-    if (!file.commit()) {
-        *error = file.errorString();
-        return false;
-    }
+    if (!file.commit())
+        return file.errorString();
     forceFolderToDisk(fileName);
-    return true;
+    return QString();
+}
+
+bool succeeded(const QString& fileName, const QString& reason, QString* error)
+{
+    if (!reason.isEmpty() && error)
+        *error = QStringLiteral("%1: %2").arg(fileName, reason);
+    return reason.isEmpty();
 }
 
 /// A previous state that cannot be kept is no reason to lose the new one.
 void keepPrevious(const QString& fileName, QFileDevice::Permissions permissions)
 {
     QFile present(fileName);
-    QString ignored;
     if (present.open(QIODevice::ReadOnly))
-        replace(backupName(fileName), present.readAll(), permissions, &ignored);
+        replace(backupName(fileName), present.readAll(), permissions);
 }
 
 } // namespace
 
+bool replaceFile(const QString& fileName, const QByteArray& data,
+    QFileDevice::Permissions permissions, QString* error)
+{
+    return succeeded(fileName, replace(fileName, data, permissions), error);
+}
+
 bool saveFile(const QString& fileName, const QByteArray& data, QFileDevice::Permissions permissions,
     QString* error)
 {
-    QString ignored;
     keepPrevious(fileName, permissions);
-    return replace(fileName, data, permissions, error ? error : &ignored);
+    return replaceFile(fileName, data, permissions, error);
 }
 
 bool removeSavedFile(const QString& fileName, QString* error)
 {
     for (const QString& name : { fileName, backupName(fileName) }) {
         QFile file(name);
-        if (!file.exists() || file.remove())
-            continue;
-        if (error)
-            *error = file.errorString();
-        return false;
+        if (file.exists() && !file.remove())
+            return succeeded(name, file.errorString(), error);
     }
     forceFolderToDisk(fileName);
     return true;
 }
 
-} // namespace player
+} // namespace files

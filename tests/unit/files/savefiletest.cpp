@@ -14,9 +14,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-using player::privateFile;
-using player::removeSavedFile;
-using player::saveFile;
+using files::privateFile;
+using files::publicFile;
+using files::removeSavedFile;
+using files::replaceFile;
+using files::saveFile;
 
 namespace {
 
@@ -113,7 +115,7 @@ TEST_F(SaveFile, MissingFolderIsAnErrorWithAReason)
 {
     QString error;
     EXPECT_FALSE(saveFile(QStringLiteral("/nowhere/tokens.json"), "x", privateFile, &error));
-    EXPECT_TRUE(error.contains(QStringLiteral("No such file or directory"))) << error.toStdString();
+    EXPECT_EQ(error, QStringLiteral("/nowhere/tokens.json: No such file or directory"));
 }
 
 TEST_F(SaveFile, KillAtAnyInstantLeavesOneWholeState)
@@ -140,6 +142,15 @@ TEST_F(SaveFile, KillAtAnyInstantLeavesOneWholeState)
         }
         EXPECT_NE(contents(name), "(no file)");
     }
+}
+
+TEST_F(SaveFile, ReplacingKeepsNoPreviousContents)
+{
+    EXPECT_TRUE(replaceFile(name, "first", publicFile));
+    EXPECT_TRUE(replaceFile(name, "second", publicFile));
+    EXPECT_EQ(contents(name), "second");
+    EXPECT_EQ(mode(), 0644u);
+    EXPECT_EQ(files(), QStringList{ QStringLiteral("tokens.json") });
 }
 
 TEST_F(SaveFile, RemovalTakesThePreviousContentsAlong)
