@@ -109,6 +109,13 @@ TEST_F(AmazonMusicConnectRedirectTest, MovesTheBaseUrlToSchemeHttpsAndThePathOfT
     EXPECT_EQ(baseUrl(), movedHost + '/');
 }
 
+TEST_F(AmazonMusicConnectRedirectTest, MovesTheBaseUrlWithoutWhatTheOldOneHadMore)
+{
+    host.setBaseUrl(QString::fromLatin1(baseHost + ":443/old/?x=y#z"));
+    signIn();
+    EXPECT_EQ(baseUrlAfterRedirect(baseHost, movedHost), movedHost + '/');
+}
+
 TEST_F(AmazonMusicConnectRedirectTest, LeavesTheBaseUrlWhenTheServiceSendsElsewhere)
 {
     signIn();

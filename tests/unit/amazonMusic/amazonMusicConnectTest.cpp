@@ -2,6 +2,8 @@
 
 #include "tavujson.h"
 
+#include <functional>
+
 namespace {
 
 constexpr auto error = log4cplus::ERROR_LOG_LEVEL;
@@ -378,6 +380,22 @@ TEST_F(AmazonMusicConnectTest, SurvivesRequestsMadeWhileItFailsOthers)
     EXPECT_EQ(code(first), 503);
     EXPECT_EQ(code(second), 503);
     expectPending(nested);
+}
+
+TEST_F(AmazonMusicConnectTest, RefusesWhatIsAskedForWhileItClosesTheSession)
+{
+    const auto closeBy = [&](const std::function<void()>& close) {
+        connect().setLoggedIn(true);
+        const Reply waiting = get("/a");
+        Reply nested;
+        waiting.onSuccess([&](const HttpClient::Result&) { nested = get("/nested"); });
+        close();
+        EXPECT_EQ(code(waiting), 403);
+        EXPECT_TRUE(nested.isFinished());
+        EXPECT_EQ(code(nested), 403);
+    };
+    closeBy([&] { connect().setLoggedIn(false); });
+    closeBy([&] { QMetaObject::invokeMethod(&connect(), "on_invalidSessionTimer_timeout"); });
 }
 
 TEST_F(AmazonMusicConnectTest, FailsWhatWaitsWhenTheNetworkGoes)

@@ -101,6 +101,7 @@ TEST_F(AmazonMusicDialogTest, RemovesItsNodeOnceOnly)
     const CMPath path = dialog->path();
     QMetaObject::invokeMethod(dialog.get(), "on_timeout");
     ASSERT_FALSE(answers(path));
+    EXPECT_TRUE(dialog->path().isEmpty());
 
     // Another screen that has come to the same path meanwhile.
     CMListRowsNode::create(m_worker.nodes(), path);

@@ -288,7 +288,7 @@ TEST(AmazonMusicParserChunk, IsCalledChunkWhenTheUrlHasNoFragment)
             "firstTrackPointer": {"chunk": "first"},
             "lastTrackPointer": {"chunk": "last"},
             "nextTrackPointer": {"chunk": "next", "indexWithinChunk": 4},
-            "prevTrackPointer": {}}},
+            "prevTrackPointer": {"chunk": "prev"}}},
         "trackInstances": {"i1": {"trackDefinition": "#t"}, "i2": {"selfData": "self"}},
         "trackDefinitions": {"t": {"title": "Song"}, "": {}}
         })",
@@ -303,7 +303,7 @@ TEST(AmazonMusicParserChunk, IsCalledChunkWhenTheUrlHasNoFragment)
     EXPECT_EQ(chunk.lastTrackPointer().chunkUrl(), QStringLiteral("https://a.example/chunks/last"));
     EXPECT_EQ(chunk.nextTrackPointer().chunkUrl(), QStringLiteral("https://a.example/chunks/next"));
     EXPECT_EQ(chunk.nextTrackPointer().indexWithinChunk(), 4);
-    EXPECT_TRUE(chunk.prevTrackPointer().chunkUrl().isEmpty());
+    EXPECT_EQ(chunk.prevTrackPointer().chunkUrl(), QStringLiteral("https://a.example/chunks/prev"));
 }
 
 TEST(AmazonMusicParserChunk, IsFoundByItsFragmentAsItIs)

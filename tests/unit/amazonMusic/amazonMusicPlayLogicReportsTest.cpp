@@ -1,6 +1,9 @@
 #include "playLogicFixture.h"
 
 #include <QElapsedTimer>
+#include <QTimer>
+
+#include <algorithm>
 
 // Underruns, ratings and play modes.
 
@@ -190,6 +193,38 @@ TEST_F(AmazonMusicPlayLogicReportsTest, APlayStartsTheCountAnew)
                   .value(QStringLiteral("rebufferCount"))
                   .toInt(),
         1);
+}
+
+TEST_F(AmazonMusicPlayLogicReportsTest, APlayLeavesTheUnderrunBeforeItUnended)
+{
+    const LogCapture log;
+    settleIn();
+    streamer().tellBufferLevel(10.0);
+    allowReport(QStringLiteral("0"), "STOP", "BUFFER_UNDERFLOW");
+    playRow(TavuRolesAudioType::Station, QStringLiteral("/second#p"));
+    m_service.expectRequest("GET", "/second");
+    streamer().tellState(TavuPlayLogicState::Playing); // While the play is under way.
+    m_service.expectNoRequest();
+    EXPECT_FALSE(log.has(log4cplus::INFO_LOG_LEVEL, QStringLiteral("Underrun ended")));
+}
+
+TEST_F(AmazonMusicPlayLogicReportsTest, ADropWhileAPlayIsUnderWayIsNoUnderrun)
+{
+    const LogCapture log;
+    settleIn();
+    playRow(TavuRolesAudioType::Station, QStringLiteral("/second#p"));
+    m_service.expectRequest("GET", "/second");
+    streamer().tellBufferLevel(10.0);
+    EXPECT_EQ(underruns(log), 0);
+}
+
+TEST_F(AmazonMusicPlayLogicReportsTest, TheGraceIsOneSecondOnce)
+{
+    const QList<QTimer*> timers = m_logic->findChildren<QTimer*>();
+    const auto grace = std::find_if(timers.begin(), timers.end(),
+        [](const QTimer* timer) { return timer->interval() == 1000; });
+    ASSERT_NE(grace, timers.end());
+    EXPECT_TRUE((*grace)->isSingleShot());
 }
 
 TEST_F(AmazonMusicPlayLogicReportsTest, AnUnderrunDoesNotOutliveItsTrack)

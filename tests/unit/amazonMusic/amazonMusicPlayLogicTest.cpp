@@ -345,8 +345,8 @@ TEST_F(AmazonMusicPlayLogicTest, ARefusedRestartStopsPlayback)
     streamer().expect(Kind::SeekTime);
     expectReport(QStringLiteral("0"), "START", "SEEK").answer(409, refusal());
     streamer().expect(Kind::Stop);
-    EXPECT_EQ(log.countContaining(
-                  log4cplus::WARN_LOG_LEVEL, QStringLiteral("Cannot overtake playback, stoping: ")),
+    EXPECT_EQ(log.countContaining(log4cplus::WARN_LOG_LEVEL,
+                  QStringLiteral("Cannot overtake playback, stoping: {")),
         1);
 }
 
@@ -433,6 +433,36 @@ TEST_F(AmazonMusicPlayLogicTest, APlayCommandDropsWhatWasToFollow)
     EXPECT_EQ(playing(), QStringLiteral("Title 2"));
 }
 
+TEST_F(AmazonMusicPlayLogicTest, ASkipForgetsTheTrackThatWasHandedOver)
+{
+    startAlbum(tracks(4), 1);
+    prepareNext(QStringLiteral("2"));
+    m_logic->next();
+    allowReport(QStringLiteral("1"), "STOP", "NEXT");
+    const ServiceRequest report = expectReport(QStringLiteral("2"), "START", "NEXT");
+    streamer().startNext(); // The track ends while the report is under way.
+    m_service.expectNoRequest();
+    report.answer(200);
+    streamer().expect(Kind::Play);
+}
+
+TEST_F(AmazonMusicPlayLogicTest, APlayForgetsTheTrackThatWasHandedOver)
+{
+    startAlbum(tracks(3));
+    prepareNext(QStringLiteral("1"));
+    const Reply reply = playRow(TavuRolesAudioType::Station, QStringLiteral("/second#p"));
+    m_service.expectRequest("GET", "/second");
+    streamer().startNext(); // The track ends while the play is under way.
+    m_service.expectNoRequest();
+
+    const LogCapture log;
+    m_logic->stop(TavuPlayLogicStopReason::User);
+    streamer().expect(Kind::Stop);
+    expectCancelled(reply);
+    EXPECT_TRUE(
+        log.has(log4cplus::WARN_LOG_LEVEL, QStringLiteral("userReportStop empty report url")));
+}
+
 TEST_F(AmazonMusicPlayLogicTest, ANextTrackThatComesAfterAPlayCommandIsNotHandedOver)
 {
     startStation(tracks(2), 1, QStringLiteral("/chunks/2"));
@@ -462,7 +492,12 @@ TEST_F(AmazonMusicPlayLogicTest, ARefusedAutomaticChangeStopsEvenWithAnOffer)
     streamer().expect(Kind::Stop);
     EXPECT_EQ(m_logic->state(), TavuPlayLogicState::Idle);
     EXPECT_EQ(log.countContaining(log4cplus::WARN_LOG_LEVEL,
-                  QStringLiteral("Do not overtake playback on auto next, stopping, error: ")),
+                  QStringLiteral("Do not overtake playback on auto next, stopping, error: {")),
+        1);
+    EXPECT_EQ(log.texts(log4cplus::TRACE_LOG_LEVEL)
+                  .filter(QStringLiteral("autoNextReportFinished("))
+                  .filter(QStringLiteral("): Report error: 1"))
+                  .size(),
         1);
     ASSERT_EQ(m_failures.size(), 1);
     EXPECT_EQ(
@@ -546,8 +581,8 @@ TEST_F(AmazonMusicPlayLogicTest, ARefusedSeekStopsUnlessItIsOvertaken)
     allowReport(QStringLiteral("0"), "STOP", "SEEK");
     expectReport(QStringLiteral("0"), "START", "SEEK").answer(409, refusal());
     streamer().expect(Kind::Stop);
-    EXPECT_EQ(log.countContaining(
-                  log4cplus::WARN_LOG_LEVEL, QStringLiteral("Cannot overtake playback, stoping: ")),
+    EXPECT_EQ(log.countContaining(log4cplus::WARN_LOG_LEVEL,
+                  QStringLiteral("Cannot overtake playback, stoping: {")),
         1);
     EXPECT_EQ(m_failures.size(), 1);
 }

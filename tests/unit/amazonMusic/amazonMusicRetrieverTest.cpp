@@ -223,15 +223,24 @@ TEST_F(AmazonMusicRetrieverTest, TheFirstErrorOfAChainReachesTheEndUnchanged)
 TEST_F(AmazonMusicRetrieverTest, SaysWhatEachFetchBrought)
 {
     const LogCapture log;
-    const auto reply = m_retriever->fetchPlayable(m_service.url(QStringLiteral("/album#p")));
-    m_service.expectRequest("GET", "/album");
-    m_service.answer(200, "{}");
-    expectFinished(reply);
-    EXPECT_TRUE(log.has(log4cplus::TRACE_LOG_LEVEL,
-        QStringLiteral("Enter void AmazonMusicRetriever::fetchPlayableFinished(const "
-                       "HttpClient::Result&, const CMReply<TavuAmazonMusicPlayable>&): Status: ")
+    const TavuUrl url = m_service.url(QStringLiteral("/a"));
+    const QList<CMVoidReply> replies{ m_retriever->fetchPlayable(url),
+        m_retriever->fetchChunkDescription(url), m_retriever->fetchTrackInstance(url) };
+    for (int i = 0; i < replies.size(); ++i)
+        m_service.expectRequest("GET", "/a").answer(200, "{}");
+    for (const CMVoidReply& reply : replies)
+        expectFinished(reply);
+    for (const char* step : { "fetchPlayableFinished", "fetchChunkDescriptionFinished",
+             "fetchTrackInstanceFinished" }) {
+        const QStringList traces = log.texts(log4cplus::TRACE_LOG_LEVEL)
+                                       .filter(QStringLiteral("Enter void AmazonMusicRetriever::")
+                                           + QString::fromLatin1(step));
+        ASSERT_EQ(traces.size(), 1) << step;
+        EXPECT_TRUE(traces.first().endsWith(QStringLiteral("): Status: ")
             + HttpClient::toString(HttpClientStatus::Ok)
-            + QStringLiteral(" code: 200 output size: 2")));
+            + QStringLiteral(" code: 200 output size: 2")))
+            << traces.first().toStdString();
+    }
 }
 
 TEST_F(AmazonMusicRetrieverTest, SaysWhatItIsToPlay)

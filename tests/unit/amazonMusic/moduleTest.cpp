@@ -6,6 +6,7 @@
 #include "testhost.h"
 
 #include <QProcess>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
@@ -28,6 +29,27 @@ TEST(AmazonMusicModule, ExportsItsEntryAndNothingElse)
             symbols += QString::fromLatin1(line.left(line.indexOf(' ')));
     }
     EXPECT_EQ(symbols, QStringList{ QStringLiteral("worker_create") });
+}
+
+TEST(AmazonMusicModule, LinksTheHostTheCoreOfQtAndTheLogAlone)
+{
+    QProcess readelf;
+    readelf.start(QStringLiteral("readelf"),
+        { QStringLiteral("-d"), QStringLiteral("-W"), QStringLiteral(AMAZON_MUSIC_MODULE) });
+    ASSERT_TRUE(readelf.waitForFinished());
+    const QRegularExpression needed(QStringLiteral("\\(NEEDED\\).*\\[(lib[^.\\]]+)"));
+    QStringList libraries;
+    auto found = needed.globalMatch(QString::fromLatin1(readelf.readAllStandardOutput()));
+    while (found.hasNext())
+        libraries += found.next().captured(1);
+    // What the compiler itself asks for, with and without sanitizers.
+    for (const char* own : { "libstdc++", "libc++", "libm", "libgcc_s", "libc", "libpthread",
+             "libdl", "libasan", "libubsan", "libtsan" })
+        libraries.removeAll(QString::fromLatin1(own));
+    for (const char* allowed : { "libtavu_api", "libtavu_api_play", "libtavu_http_client",
+             "libtavu_thrift_api", "liboauth2UiHelper", "libQt5Core", "liblog4cplus-2" })
+        EXPECT_EQ(libraries.removeAll(QString::fromLatin1(allowed)), 1) << allowed;
+    EXPECT_TRUE(libraries.isEmpty()) << libraries.join(QStringLiteral(", ")).toStdString();
 }
 
 TEST(AmazonMusicModule, MakesAWorkerThatAnswers)
