@@ -100,6 +100,13 @@ bool saveFile(const QString& fileName, const QByteArray& data, QFileDevice::Perm
     return replaceFile(fileName, data, permissions, error);
 }
 
+QString setFileAside(const QString& fileName)
+{
+    const QString aside = fileName + QLatin1String(".bad");
+    QFile::remove(aside);
+    return QFile::rename(fileName, aside) ? aside : QString();
+}
+
 bool removeSavedFile(const QString& fileName, QString* error)
 {
     for (const QString& name : { fileName, backupName(fileName) }) {

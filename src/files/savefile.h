@@ -24,6 +24,10 @@ bool replaceFile(const QString& fileName, const QByteArray& data,
 bool saveFile(const QString& fileName, const QByteArray& data, QFileDevice::Permissions permissions,
     QString* error = nullptr);
 
+/// Moves a damaged file to "<name>.bad", in the place of an earlier one, so that a fresh start does
+/// not destroy what somebody may want to look at. Gives the new name; empty when it cannot be done.
+QString setFileAside(const QString& fileName);
+
 /// Removes the file and its .bak. A file that is not there is removed already.
 bool removeSavedFile(const QString& fileName, QString* error = nullptr);
 

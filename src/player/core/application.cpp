@@ -14,6 +14,7 @@
 #include "renewingstreamer.h"
 #include "savefile.h"
 #include "settingsvalues.h"
+#include "statekeeper.h"
 #include "streameraudio.h"
 #include "tavupaths.h"
 #include "webpage.h"
@@ -76,6 +77,8 @@ struct Application::Parts
     {
         Streamer::setInstance(&streamer);
         player.setBeforeResume([this](const auto& done) { streamer.renewIfExpired(done); });
+        player.setStartAt(
+            [this](const CMPath& path, qint64 position) { streamer.startAt(path, position); });
     }
 
     OAuth2Service oauth2;
@@ -88,6 +91,7 @@ struct Application::Parts
     std::unique_ptr<control::ControlServer> control;
     std::unique_ptr<Mpris> mpris;
     PluginHost plugin;
+    std::unique_ptr<StateKeeper> keeper; // First to end, while all is as it was.
 };
 
 Application::Application(const Settings& settings, const QString& stateFolder,
@@ -149,6 +153,9 @@ void Application::makeParts()
 {
     m_parts = std::make_unique<Parts>(m_settings, m_stateFolder);
     m_parts->audio.setVolume(qBound(0, m_settings.number("player.volume"), 100));
+    m_parts->keeper = std::make_unique<StateKeeper>(&m_parts->player,
+        m_stateFolder + QLatin1String("/state.json"), m_settings.text("service.base-url"));
+    m_parts->keeper->restore();
     connect(&m_parts->gstreamer, &GstStreamer::outputLost, this, [this](const CMError& lost) {
         m_parts->player.addMessage(
             QStringLiteral("error"), lost.title(), lost.message(), QStringLiteral("output"));
@@ -231,6 +238,8 @@ void Application::loadPlugin()
 void Application::on_plugin_ready()
 {
     m_parts->player.followService();
+    if (m_settings.boolean("player.resume") && m_parts->keeper->wasPlaying())
+        m_parts->player.command(PlayerFacade::Command::Resume);
     Q_EMIT ready();
 }
 

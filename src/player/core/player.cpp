@@ -128,7 +128,13 @@ CMReply<QVariant> Player::search(const QString& text, const QString& path)
 
 CMReply<QVariant> Player::play(const QVariantHash& row)
 {
-    const TavuRoles roles(row);
+    if (m_startAt)
+        m_startAt(CMPath(), 0);
+    return playRow(row);
+}
+
+CMReply<QVariant> Player::playRow(const TavuRoles& roles)
+{
     PlayLogicInterface* logic =
         PlayLogicInterface::instance(roles.mediaData().metaData().playLogicPath());
     if (!logic)
@@ -146,7 +152,7 @@ CMReply<QVariant> Player::command(Command command)
 {
     if (!playLogic())
         return failedReply<QVariant>(noService());
-    const bool goesOn = m_data.state() != TavuPlayLogicState::Paused;
+    const bool goesOn = shown().state() != TavuPlayLogicState::Paused;
     if (command == Command::Resume && goesOn) {
         auto reply = CMReply<QVariant>::create();
         reply.setValue(QVariant());
@@ -167,6 +173,7 @@ CMReply<QVariant> Player::transport(Command command)
     case Command::Previous:
         return logic->previous();
     case Command::Stop:
+        forgetRestored();
         return logic->stop(TavuPlayLogicStopReason::User);
     case Command::Like:
         return logic->like();
@@ -178,6 +185,8 @@ CMReply<QVariant> Player::transport(Command command)
 
 CMReply<QVariant> Player::pauseOrResume()
 {
+    if (waitsRestored())
+        return playRestored();
     if (m_data.state() != TavuPlayLogicState::Paused || !m_beforeResume)
         return playLogic()->pause();
     auto reply = CMReply<QVariant>::create();
@@ -195,10 +204,17 @@ CMReply<QVariant> Player::seek(qint64 positionMs)
 {
     if (!playLogic())
         return failedReply<QVariant>(noService());
-    const qint64 duration = m_data.trackRoles().mediaData().firstResource().duration();
+    const qint64 duration = shown().trackRoles().mediaData().firstResource().duration();
     if (positionMs < 0 || (duration > 0 && positionMs > duration))
         return failedReply<QVariant>(CMError(TrString(
             TrCharData(trExtractContext("player"), "The position must lie within the track."))));
+    if (waitsRestored()) {
+        auto reply = CMReply<QVariant>::create();
+        m_restoredPosition = positionMs;
+        setPosition(positionMs);
+        reply.setValue(QVariant());
+        return reply;
+    }
     return observed(withDeadline(playLogic()->seekTime(positionMs)), QStringLiteral("player"));
 }
 

@@ -32,6 +32,19 @@ public:
     using BeforeResume = std::function<void(const std::function<void(const CMError&)>&)>;
     void setBeforeResume(BeforeResume beforeResume) { m_beforeResume = std::move(beforeResume); }
 
+    /// Starts the next item that comes from the row of this path at a position, ms. Set by the one
+    /// who owns the streamer.
+    using StartAt = std::function<void(const CMPath&, qint64)>;
+    void setStartAt(StartAt startAt) { m_startAt = std::move(startAt); }
+
+    /// Shows the row as paused at the position, as if it had been played up to there; going on
+    /// plays it from there. Whatever is played instead takes its place.
+    void restore(const TavuRoles& row, qint64 position);
+    /// What plays or is paused, restored or not, with what it takes to play it again.
+    TavuRoles track() const { return shown().trackRoles(); }
+    /// Milliseconds into it, now.
+    qint64 position() const;
+
     /// Follows what the plug-in's play logic tells. Call it when the plug-in is ready.
     void followService();
     /// Tells people of something that concerns the player as a whole.
@@ -69,6 +82,13 @@ private:
     CMReply<QVariant> observed(const CMReply<QVariant>& reply, const QString& source);
     CMReply<QVariant> transport(Command command);
     CMReply<QVariant> pauseOrResume();
+    CMReply<QVariant> playRestored();
+    bool isRestored() const { return !m_restored.isEmpty(); }
+    /// Restored, and nothing has taken its place so far.
+    bool waitsRestored() const;
+    CMReply<QVariant> playRow(const TavuRoles& row);
+    TavuPlayLogicData shown() const;
+    void forgetRestored();
     void showAnswer(const CMVoidReply& reply, const QString& source);
     void tellWithRows(const QString& kind, const CMPath& screen, const QString& title,
         const QString& text, const QString& source);
@@ -80,9 +100,12 @@ private:
 
     AudioControl* m_audio;
     BeforeResume m_beforeResume;
+    StartAt m_startAt;
     MessageLog m_messages;
     QSet<QString> m_watchedRows;
     TavuPlayLogicData m_data;
+    TavuPlayLogicData m_restored; // Empty once something has started.
+    qint64 m_restoredPosition = 0;
     qint64 m_position = 0;
     qint64 m_positionAt = 0; // Milliseconds since the epoch.
     double m_bufferLevel = 100.0;

@@ -40,6 +40,8 @@ void Player::setPlayData(const TavuPlayLogicData& data)
     const bool sameItem = data.trackRoles() == m_data.trackRoles();
     const bool idle = data.state() == TavuPlayLogicState::Idle;
     m_data = data;
+    if (!data.trackRoles().isEmpty())
+        m_restored.clear();
     m_bufferLevel = data.state() == TavuPlayLogicState::Buffering ? m_bufferLevel : 100.0;
     if (idle || !sameItem) {
         m_position = 0;
@@ -66,17 +68,18 @@ void Player::fail(const CMError& error)
 
 QVariantHash Player::player() const
 {
-    const TavuRoles track = m_data.trackRoles();
+    const TavuPlayLogicData data = shown();
+    const TavuRoles track = data.trackRoles();
     const TavuMetaData meta = track.mediaData().metaData();
-    const TavuPlayLogicControls controls = m_data.controls();
-    const TavuPlayLogicPlayModesSupported modes = m_data.playModesSupported();
+    const TavuPlayLogicControls controls = data.controls();
+    const TavuPlayLogicPlayModesSupported modes = data.playModesSupported();
     const QVariant error = m_error.isSet()
         ? QVariant(QVariantHash{ { QStringLiteral("title"), m_error.title() },
             { QStringLiteral("detail"), m_error.message() } })
         : QVariant();
     return {
-        { QStringLiteral("state"), static_cast<int>(m_data.state()) },
-        { QStringLiteral("position"), m_position },
+        { QStringLiteral("state"), static_cast<int>(data.state()) },
+        { QStringLiteral("position"), position() },
         { QStringLiteral("at"), m_positionAt },
         { QStringLiteral("duration"), track.mediaData().firstResource().duration() },
         { QStringLiteral("title"), track.title() },

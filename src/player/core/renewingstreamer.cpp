@@ -81,9 +81,12 @@ void RenewingStreamer::onOwnThread(const std::function<void()>& function)
 void RenewingStreamer::play(quint64 id, const TavuRoles& roles, const QVariantHash& attributes)
 {
     onOwnThread([this, id, roles, attributes] {
-        m_present = { id, roles, attributes };
+        const bool goesOn = !m_startPath.isEmpty() && roles.path() == m_startPath;
+        const TavuRoles item = goesOn ? startingAt(roles, m_startPosition) : roles;
+        m_startPath = CMPath();
+        m_present = { id, item, attributes };
         m_next = Item();
-        m_position = roles.mediaData().metaData().startTime();
+        m_position = item.mediaData().metaData().startTime();
         m_reopenOnResume = false;
         handOver(m_present, false);
     });
@@ -96,6 +99,12 @@ void RenewingStreamer::setNextMedia(
         m_next = { id, roles, attributes };
         handOver(m_next, true);
     });
+}
+
+void RenewingStreamer::startAt(const CMPath& path, qint64 position)
+{
+    m_startPath = path;
+    m_startPosition = position;
 }
 
 void RenewingStreamer::handOver(Item& item, bool next)

@@ -31,6 +31,10 @@ public:
     void stop() override;
     void seekTime(qint64 position) override;
 
+    /// The next item that play() gets starts at the position, ms, if it is the item of this path;
+    /// an empty path takes that back. On this object's thread.
+    void startAt(const CMPath& path, qint64 position);
+
     /// Renews the present item if its resource has expired, and calls `done` then, with the error
     /// if that failed. rolesRenewed() has been sent before. Call it before a resume, on this
     /// object's thread.
@@ -64,6 +68,8 @@ private:
     Item m_next;
     qint64 m_position = 0;
     bool m_reopenOnResume = false;
+    CMPath m_startPath;
+    qint64 m_startPosition = 0;
     CMContext m_context;
 };
 

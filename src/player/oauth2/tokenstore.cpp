@@ -88,13 +88,11 @@ bool TokenStore::take(const QByteArray& text)
 
 void TokenStore::setAside()
 {
-    const QString bad = m_fileName + QLatin1String(".bad");
-    QFile::remove(bad);
-    const bool moved = QFile::rename(m_fileName, bad);
-    m_complaint = moved
-        ? QStringLiteral("The saved login was damaged and is set aside as %1. Sign in again.")
-              .arg(bad)
-        : QStringLiteral("The saved login in %1 is damaged. Sign in again.").arg(m_fileName);
+    const QString aside = files::setFileAside(m_fileName);
+    m_complaint = aside.isEmpty()
+        ? QStringLiteral("The saved login in %1 is damaged. Sign in again.").arg(m_fileName)
+        : QStringLiteral("The saved login was damaged and is set aside as %1. Sign in again.")
+              .arg(aside);
     LOG4CPLUS_ERROR(oauth2Logger(), m_complaint);
 }
 

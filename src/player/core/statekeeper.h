@@ -1,0 +1,46 @@
+#pragma once
+
+#include "player.h"
+#include "statefile.h"
+
+#include <QTimer>
+
+namespace player {
+
+/// Keeps what plays and how on the disk, so that neither a kill nor a power cut loses more than
+/// ten seconds of the position: each change is written a moment after it happens. Its end writes
+/// once more.
+class StateKeeper : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `player` must outlive the keeper. `origin` is the service's base URL.
+    StateKeeper(Player* player, const QString& fileName, const QString& origin);
+    ~StateKeeper() override;
+
+    /// Gives the player back what was kept, and begins to keep what it does from now on. Once.
+    void restore();
+    /// Whether something played, rather than was paused, when the player ended.
+    bool wasPlaying() const { return m_wasPlaying; }
+
+private:
+    void apply(const KeptState& state);
+    void chooseOutput(const QString& id);
+    void watch();
+    KeptState present() const;
+    void saveIfChanged();
+    void save();
+
+    Player* m_player;
+    const StateFile m_file;
+    const QString m_origin;
+    const QString m_configuredOutput;
+    bool m_wasPlaying = false;
+    bool m_told = false; // That saving fails.
+    KeptState m_saved;
+    QTimer m_soon;
+    QTimer m_positionDue; // Runs while something plays.
+};
+
+} // namespace player
