@@ -1,0 +1,109 @@
+// What the player keeps over its end, with the real program and its hardest end.
+import assert from 'node:assert/strict';
+import { readFileSync, statSync, writeFileSync, existsSync } from 'node:fs';
+import { join } from 'node:path';
+import { after, before, test } from 'node:test';
+import { House, State } from './support/house.mjs';
+
+let house;
+const file = () => join(house.folder, 'player', 'state.json');
+const written = () => JSON.parse(readFileSync(file(), 'utf8'));
+
+before(async () => { house = await House.open(); });
+after(() => house?.close());
+
+async function killAndStart(settings) {
+  assert.equal(house.player.findings, '');
+  await house.player.kill();
+  await house.startPlayer(settings);
+}
+
+test('a pause survives kill -9: track, position, mode, volume', async () => {
+  assert.equal((await house.play(await house.row('Albums', 'Night Trains'))).status, 200);
+  await house.waitForState(State.playing);
+  await house.command('next');
+  const second = await house.until(async () => {
+    const player = await house.now();
+    return player.state === State.playing && player.title === 'Sleeper Car' && player;
+  }, 'the second track');
+  await house.command('seek', { position: 4000 });
+  await house.command('mode', { mode: 4 });
+  await house.command('volume', { volume: 33, mute: true });
+  await house.command('pause');
+  const paused = await house.waitForState(State.paused);
+  await house.until(() => existsSync(file()) && written().position === paused.position, 'the file');
+
+  await killAndStart();
+  const back = await house.now();
+  assert.equal(back.state, State.paused);
+  for (const name of ['title', 'artist', 'album', 'duration']) assert.equal(back[name], second[name]);
+  assert.equal(back.position, paused.position);
+  await house.until(async () => (await house.now()).mode === 4, 'the mode');
+  assert.equal(back.volume, 33);
+  assert.equal(back.mute, true);
+});
+
+test('what is kept is no address, and for the owner alone', () => {
+  const text = readFileSync(file(), 'utf8');
+  assert.ok(!text.includes('://'), text);
+  assert.ok(!text.includes('signature'), text);
+  assert.equal(statSync(file()).mode & 0o077, 0);
+});
+
+test('it goes on where it was when it is asked to', async () => {
+  await house.signedIn();
+  const { position } = await house.now();
+  assert.equal((await house.command('resume')).status, 200);
+  const playing = await house.waitForState(State.playing);
+  assert.equal(playing.title, 'Sleeper Car');
+  const later = await house.until(async () => {
+    const now = await house.now();
+    return now.position > position && now;
+  }, 'the sound to go on');
+  assert.ok(later.position < position + 3000, `${position} -> ${later.position}`);
+});
+
+test('a kill while it plays loses ten seconds at most', async () => {
+  const { title, position } = await house.now();
+  await killAndStart();
+  const back = await house.now();
+  assert.equal(back.title, title);
+  assert.ok(back.position <= position && back.position > position - 10000);
+  assert.equal(back.state, State.paused);
+});
+
+test('told to, it goes on by itself', async () => {
+  await house.signedIn();
+  await house.command('resume');
+  await house.waitForState(State.playing);
+  await house.until(() => written().playing, 'the file');
+  await killAndStart({ 'player.resume': 'true' });
+  assert.equal((await house.waitForState(State.playing)).title, 'Sleeper Car');
+});
+
+test('a damaged state starts afresh, says so once, and is set aside', async () => {
+  await house.signedIn();
+  await house.player.kill();
+  writeFileSync(file(), '{"version":1,"volu');
+  await house.startPlayer();
+  const told = (await house.messages()).filter(({ title }) => title.includes('afresh'));
+  assert.equal(told.length, 1);
+  assert.ok(told[0].text.includes(`${file()}.bad`), told[0].text);
+  assert.equal(readFileSync(`${file()}.bad`, 'utf8'), '{"version":1,"volu');
+  assert.equal((await house.now()).state, State.idle);
+  await house.signedIn();
+  assert.equal(house.player.findings, '');
+});
+
+// Last, since a kill amid the renewal of a token may cost the login: the service has then given up
+// the old token, and nobody has the new one.
+test('no kill at any moment leaves half a state', async () => {
+  for (let round = 0; round < 15; ++round) {
+    for (let step = 0; step < 8; ++step) await house.command('volume', { volume: 10 + round + step });
+    const delay = performance.now() + round * 17;
+    while (performance.now() < delay) await house.command('volume', { volume: round });
+    await killAndStart();
+    const fresh = (await house.messages()).filter(({ title }) => title.includes('afresh'));
+    assert.deepEqual(fresh, []);
+  }
+});
