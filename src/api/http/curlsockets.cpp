@@ -1,5 +1,6 @@
 #include "curlsockets.h"
 
+#include <algorithm>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -45,11 +46,9 @@ int CurlSockets::onClose(void* self, curl_socket_t socket)
 
 bool CurlSockets::hasUnasked(int localPort) const
 {
-    for (const curl_socket_t socket : m_open) {
-        if (localPortOf(socket) == localPort && isReadable(socket))
-            return true;
-    }
-    return false;
+    return std::any_of(m_open.begin(), m_open.end(), [localPort](curl_socket_t socket) {
+        return localPortOf(socket) == localPort && isReadable(socket);
+    });
 }
 
 } // namespace httpclient

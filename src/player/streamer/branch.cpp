@@ -26,7 +26,7 @@ bool isSound(GstPad* pad)
     if (!caps)
         caps = gst_pad_query_caps(pad, nullptr);
     const gchar* name = gst_structure_get_name(gst_caps_get_structure(caps, 0));
-    const bool sound = g_str_has_prefix(name, "audio/x-raw");
+    const bool sound = g_str_has_prefix(name, "audio/x-raw") != FALSE;
     gst_caps_unref(caps);
     return sound;
 }

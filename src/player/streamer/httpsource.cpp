@@ -116,7 +116,9 @@ gboolean getSize(GstBaseSrc* object, guint64* size)
 gboolean isSeekable(GstBaseSrc* object)
 {
     const Source& source = of(object);
-    return source.access == Access::Random || (source.seekable && source.stream->isSeekable());
+    const bool seekable =
+        source.access == Access::Random || (source.seekable && source.stream->isSeekable());
+    return seekable ? TRUE : FALSE;
 }
 
 /// create() is told where to go on.

@@ -18,7 +18,7 @@ log4cplus::Logger logger = log4cplus::Logger::getInstance("player.streamer.http"
 
 constexpr int redirectsAtMost = 5;
 // A seek forward by less is read over rather than asked for anew.
-constexpr qint64 skipAtMost = 128 * 1024;
+constexpr qint64 skipAtMost = qint64{ 128 } * 1024;
 
 bool isRedirect(const HttpTransfer::Head& head)
 {

@@ -79,7 +79,7 @@ bool isSilentAuto(GstElement* sink)
         return false;
     const auto* child = static_cast<GstElement*>(GST_BIN_CHILDREN(sink)->data);
     const GstElementFactory* factory = gst_element_get_factory(const_cast<GstElement*>(child));
-    return factory && g_str_equal(GST_OBJECT_NAME(factory), "fakesink");
+    return factory != nullptr && g_str_equal(GST_OBJECT_NAME(factory), "fakesink") != FALSE;
 }
 
 bool keepsToClock(GstElement* element)
@@ -89,7 +89,7 @@ bool keepsToClock(GstElement* element)
         return false;
     gboolean sync = FALSE;
     g_object_get(element, "sync", &sync, nullptr);
-    return sync;
+    return sync != FALSE;
 }
 
 } // namespace

@@ -99,8 +99,9 @@ bool Pipeline::isStarved() const
 bool Pipeline::seek(qint64 positionMs)
 {
     return gst_element_seek(m_pipeline.get(), 1.0, GST_FORMAT_TIME,
-        GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), GST_SEEK_TYPE_SET,
-        positionMs * GST_MSECOND, GST_SEEK_TYPE_NONE, 0);
+               GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), GST_SEEK_TYPE_SET,
+               positionMs * GST_MSECOND, GST_SEEK_TYPE_NONE, 0)
+        != FALSE;
 }
 
 qint64 Pipeline::runningTime() const

@@ -68,7 +68,7 @@ private:
     bool m_playing = false;
     bool m_synced = true;
     Timeline m_timeline;
-    GstSegment m_segment; // The streaming thread's.
+    GstSegment m_segment{}; // The streaming thread's.
 };
 
 } // namespace player

@@ -12,7 +12,8 @@ namespace {
 bool isTokenCharacter(char c)
 {
     const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-    return letter || (c >= '0' && c <= '9') || (c != '\0' && strchr("!#$%&'*+-.^_`|~", c));
+    return letter || (c >= '0' && c <= '9')
+        || (c != '\0' && strchr("!#$%&'*+-.^_`|~", c) != nullptr);
 }
 
 QList<QByteArray> keyHeaders(const TavuResource& resource)

@@ -15,7 +15,7 @@ QByteArray part(CURLU* url, CURLUPart which, unsigned flags = 0)
     char* text = nullptr;
     if (curl_url_get(url, which, &text, flags) != CURLUE_OK)
         return {};
-    const QByteArray result(text);
+    QByteArray result(text);
     curl_free(text);
     return result;
 }
