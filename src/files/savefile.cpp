@@ -6,7 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
+#include <dirent.h>
 #include <unistd.h>
 
 namespace files {
@@ -33,11 +33,11 @@ bool forceToDisk(int descriptor)
 void forceFolderToDisk(const QString& fileName)
 {
     const QByteArray folder = QFile::encodeName(QFileInfo(fileName).absolutePath());
-    const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
+    DIR* opened = ::opendir(folder.constData());
+    if (!opened)
         return;
-    forceToDisk(descriptor);
-    ::close(descriptor);
+    forceToDisk(::dirfd(opened));
+    ::closedir(opened);
 }
 
 /// What a full disk does to the bytes shows at the flush, never at the commit. The first write to

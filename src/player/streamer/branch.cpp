@@ -1,5 +1,7 @@
 #include "branch.h"
 
+#include "gstproperty.h"
+
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
 
@@ -49,7 +51,8 @@ GstElement* makeDecoder()
     GstElement* decoder = makeElement("decodebin");
     GstCaps* caps = gst_caps_new_empty_simple("audio/x-raw");
     // Pictures and films in a container are left alone.
-    g_object_set(decoder, "caps", caps, "expose-all-streams", FALSE, nullptr);
+    setProperty(decoder, "caps", caps);
+    setProperty(decoder, "expose-all-streams", false);
     gst_caps_unref(caps);
     return decoder;
 }
@@ -57,8 +60,9 @@ GstElement* makeDecoder()
 GstElement* makeQueue()
 {
     GstElement* queue = makeElement("queue");
-    g_object_set(queue, "max-size-time", decodedAheadNs, "max-size-bytes", 0U, "max-size-buffers",
-        0U, nullptr);
+    setProperty(queue, "max-size-time", decodedAheadNs);
+    setProperty(queue, "max-size-bytes", guint64{ 0 });
+    setProperty(queue, "max-size-buffers", guint64{ 0 });
     return queue;
 }
 
@@ -102,7 +106,8 @@ void Branch::build(Access access)
     m_source = makeHttpSource(m_stream, access);
     GstElement* decoder = makeDecoder();
     m_queue = makeQueue();
-    gst_bin_add_many(GST_BIN(m_bin.get()), m_source, decoder, m_queue, nullptr);
+    for (GstElement* part : { m_source, decoder, m_queue })
+        gst_bin_add(GST_BIN(m_bin.get()), part);
     gst_element_link(m_source, decoder);
     if (access == Access::Linear)
         g_signal_connect(decoder, "element-added", G_CALLBACK(&Branch::onElementAdded), this);
@@ -149,8 +154,7 @@ qint64 Branch::bufferedMs() const
     const HttpStream::Progress progress = m_stream->progress();
     if (progress.complete)
         return std::numeric_limits<qint64>::max();
-    guint64 decodedNs = 0;
-    g_object_get(m_queue, "current-level-time", &decodedNs, nullptr);
+    const guint64 decodedNs = numberProperty(m_queue, "current-level-time");
     const qint64 durationMs = m_stream->request().durationMs;
     const double bytesPerMs = progress.size > 0 && durationMs > 0
         ? static_cast<double>(progress.size) / static_cast<double>(durationMs)
@@ -161,9 +165,8 @@ qint64 Branch::bufferedMs() const
 
 bool Branch::isDry() const
 {
-    guint buffers = 0;
-    g_object_get(m_queue, "current-level-buffers", &buffers, nullptr);
-    return buffers == 0 && !m_drained && !m_stream->progress().complete;
+    return numberProperty(m_queue, "current-level-buffers") == 0 && !m_drained
+        && !m_stream->progress().complete;
 }
 
 qint64 Branch::streamDurationMs() const
@@ -177,7 +180,7 @@ qint64 Branch::streamDurationMs() const
 
 StreamFailure Branch::failure(StreamFailure otherwise) const
 {
-    const StreamFailure own = m_stream->progress().failure;
+    StreamFailure own = m_stream->progress().failure;
     if (own.isSet())
         return own;
     otherwise.host = own.host;
@@ -238,7 +241,7 @@ void Branch::takeMissing(GstMessage* message)
     const GValue* detail = gst_structure_get_value(told, "detail");
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_missingName = QString::fromUtf8(name);
-    if (detail && GST_VALUE_HOLDS_CAPS(detail)) {
+    if (detail && g_type_check_value_holds(detail, GST_TYPE_CAPS) != FALSE) {
         const GstCaps* caps = gst_value_get_caps(detail);
         m_missingType = QString::fromUtf8(gst_structure_get_name(gst_caps_get_structure(caps, 0)));
     }
@@ -309,7 +312,7 @@ GstPadProbeReturn Branch::onPassed(GstPad*, GstPadProbeInfo* info, gpointer self
 
 void Branch::onElementAdded(GstBin*, GstElement* part, gpointer self)
 {
-    const GstElementFactory* factory = gst_element_get_factory(part);
+    GstElementFactory* factory = gst_element_get_factory(part);
     if (!factory || !g_str_equal(GST_OBJECT_NAME(factory), "oggdemux"))
         return;
     // Where it could seek it would leap to the stream's end and back before it plays, and lose

@@ -31,7 +31,7 @@ public:
     bool isEmpty() const { return m_size == 0; }
 
 private:
-    static constexpr std::size_t blockSize = 32 * 1024;
+    static constexpr std::size_t blockSize = std::size_t{ 32 } * 1024;
 
     ByteChunk popPart(std::size_t size);
 

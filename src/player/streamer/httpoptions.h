@@ -22,8 +22,8 @@ struct HttpOptions
     /// The stream that is held in memory ahead of the decoder: so many milliseconds of it, within
     /// bounds of memory.
     int aheadMs = 20000;
-    qint64 aheadBytesAtMost = 4 * 1024 * 1024;
-    qint64 aheadBytesAtLeast = 256 * 1024;
+    qint64 aheadBytesAtMost = qint64{ 4 } * 1024 * 1024;
+    qint64 aheadBytesAtLeast = qint64{ 256 } * 1024;
 };
 
 } // namespace player

@@ -201,7 +201,8 @@ GType httpSourceType()
 
 GstElement* makeHttpSource(const std::shared_ptr<HttpStream>& stream, Access access)
 {
-    auto* source = static_cast<HttpSource*>(g_object_new(httpSourceType(), nullptr));
+    auto* source = reinterpret_cast<HttpSource*>(
+        g_object_new_with_properties(httpSourceType(), 0, nullptr, nullptr));
     source->own->stream = stream;
     source->own->access = access;
     return &source->parent.element;

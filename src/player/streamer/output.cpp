@@ -1,6 +1,7 @@
 #include "output.h"
 
 #include "gstpointer.h"
+#include "gstproperty.h"
 #include "outputdevices.h"
 
 #include <QRegularExpression>
@@ -78,7 +79,7 @@ bool isSilentAuto(GstElement* sink)
     if (!GST_IS_BIN(sink) || GST_BIN_NUMCHILDREN(sink) != 1)
         return false;
     const auto* child = static_cast<GstElement*>(GST_BIN_CHILDREN(sink)->data);
-    const GstElementFactory* factory = gst_element_get_factory(const_cast<GstElement*>(child));
+    GstElementFactory* factory = gst_element_get_factory(const_cast<GstElement*>(child));
     return factory != nullptr && g_str_equal(GST_OBJECT_NAME(factory), "fakesink") != FALSE;
 }
 
@@ -87,9 +88,7 @@ bool keepsToClock(GstElement* element)
     if (!GST_OBJECT_FLAG_IS_SET(element, GST_ELEMENT_FLAG_SINK)
         || !g_object_class_find_property(G_OBJECT_GET_CLASS(element), "sync"))
         return false;
-    gboolean sync = FALSE;
-    g_object_get(element, "sync", &sync, nullptr);
-    return sync != FALSE;
+    return boolProperty(element, "sync");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "pipeline.h"
 
 #include "branch.h"
+#include "gstproperty.h"
 #include "output.h"
 
 namespace player {
@@ -41,9 +42,13 @@ void Pipeline::build(GstElement* sink)
     GstElement* convert = makeElement("audioconvert");
     GstElement* resample = makeElement("audioresample");
     m_volume = makeElement("volume");
-    gst_bin_add_many(
-        GST_BIN(m_pipeline.get()), m_concat, convert, resample, m_volume, sink, nullptr);
-    gst_element_link_many(m_concat, convert, resample, m_volume, sink, nullptr);
+    GstElement* before = nullptr;
+    for (GstElement* part : { m_concat, convert, resample, m_volume, sink }) {
+        gst_bin_add(GST_BIN(m_pipeline.get()), part);
+        if (before)
+            gst_element_link(before, part);
+        before = part;
+    }
 }
 
 void Pipeline::watchSink()
@@ -115,7 +120,8 @@ qint64 Pipeline::runningTime() const
 
 void Pipeline::setVolume(double factor, bool muted)
 {
-    g_object_set(m_volume, "volume", factor, "mute", gboolean{ muted }, nullptr);
+    setProperty(m_volume, "volume", factor);
+    setProperty(m_volume, "mute", muted);
 }
 
 GstPadProbeReturn Pipeline::onPassed(GstPad*, GstPadProbeInfo* info, gpointer self)
@@ -154,7 +160,7 @@ void Pipeline::eventPassed(GstEvent* event)
     }
 }
 
-void Pipeline::bufferPassed(const GstBuffer* buffer)
+void Pipeline::bufferPassed(GstBuffer* buffer)
 {
     if (!GST_BUFFER_PTS_IS_VALID(buffer) || !GST_BUFFER_DURATION_IS_VALID(buffer))
         return;

@@ -53,7 +53,7 @@ private:
     void watchSink();
     void passed(GstPadProbeInfo* info);
     void eventPassed(GstEvent* event);
-    void bufferPassed(const GstBuffer* buffer);
+    void bufferPassed(GstBuffer* buffer);
     void take(GstMessage* message);
     void takeError(GstMessage* message);
 

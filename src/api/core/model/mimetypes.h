@@ -2,8 +2,7 @@
 
 #include <QString>
 
-namespace MimeTypes {
-namespace Audio {
+namespace MimeTypes::Audio {
 
 /// Audio whose format the streamer is to detect.
 inline QString unknown()
@@ -11,5 +10,4 @@ inline QString unknown()
     return QStringLiteral("audio/unknown");
 }
 
-} // namespace Audio
-} // namespace MimeTypes
+} // namespace MimeTypes::Audio
