@@ -2,6 +2,7 @@
 
 #include "artworkstore.h"
 #include "httplimits.h"
+#include "playerfacade.h"
 
 #include <QByteArray>
 #include <QString>
@@ -27,8 +28,9 @@ struct Options
     /// What clients that are not on this machine have to present. Empty: they are refused.
     QByteArray token;
     ArtworkFetch fetchArtwork;
-    /// How long a client waits for the service, in milliseconds.
-    int deadlineMs = 35000;
+    /// How long a client waits for the player, in milliseconds. The player answers by itself within
+    /// its own deadline, in its own words; this only frees the client should that ever fail.
+    int deadlineMs = PlayerFacade::answerDeadlineMs + 3000;
     /// How many clients may listen to events.
     int eventClients = 1024;
     http::Limits limits = controlLimits();

@@ -1,5 +1,6 @@
 #include "pendinganswer.h"
 
+#include "playerfacade.h"
 #include "problem.h"
 
 namespace control {
@@ -47,6 +48,8 @@ http::Response PendingAnswer::failure(const CMError& error) const
     if (error.name() == CMVoidReply::ErrorCancel().name())
         return problem(409, QStringLiteral("Cancelled"),
             QStringLiteral("Something else has taken the place of this request."));
+    if (error.name() == PlayerFacade::noAnswerName())
+        return problem(504, QStringLiteral("No answer"), error.message());
     QVariantHash more;
     if (!error.actionReply().isEmpty())
         more.insert(QStringLiteral("actionReply"), m_view.actionReply(error.actionReply()));

@@ -1,24 +1,29 @@
 #pragma once
 
 #include "cmreply.h"
+#include "playerfacade.h"
 
 #include <QTimer>
 
 namespace player {
 
-/// No answer to a person takes longer: the plug-in gives up on the service after 30 s.
-constexpr int answerDeadlineMs = 35000;
+inline CMError noAnswer()
+{
+    CMError error(TrString(TrCharData(
+        trExtractContext("player"), "The service has not answered in time. Please try again.")));
+    error.setName(PlayerFacade::noAnswerName());
+    return error;
+}
 
-/// Fails `reply` when it is not finished in time. A plug-in may leave a request unanswered; the one
-/// who asked hears of it all the same.
+/// Fails `reply` with noAnswer() when it is not finished in time. A plug-in may leave a request
+/// unanswered; the one who asked hears of it all the same.
 template <class T>
-CMReply<T> withDeadline(const CMReply<T>& reply, int deadlineMs = answerDeadlineMs)
+CMReply<T> withDeadline(const CMReply<T>& reply, int deadlineMs = PlayerFacade::answerDeadlineMs)
 {
     auto* timer = new QTimer;
     timer->setSingleShot(true);
     QObject::connect(timer, &QTimer::timeout, timer, [reply, timer] {
-        reply.setError(CMError(TrString(TrCharData(trExtractContext("player"),
-            "The service has not answered in time. Please try again."))));
+        reply.setError(noAnswer());
         timer->deleteLater();
     });
     timer->start(deadlineMs);

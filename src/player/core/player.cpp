@@ -8,6 +8,7 @@
 #include "rowanswer.h"
 #include "tavuactionreply.h"
 #include "tavupaths.h"
+#include "words.h"
 
 namespace player {
 
@@ -33,6 +34,14 @@ CMReply<T> failedReply(const CMError& error)
 CMPath oauthPath(const QString& subpath)
 {
     return (TavuOAuth2ServicePath() + TavuAmazonMusicName()).appendSubpath(subpath);
+}
+
+/// The screen that an answer leads to; empty when there is none.
+CMPath screenOf(const CMReply<QVariant>& reply)
+{
+    if (reply.error().isSet())
+        return CMPath();
+    return TavuActionReply(tavuvariant::toHash(reply.value())).result().path();
 }
 
 PlayLogicInterface* playLogic()
@@ -114,7 +123,7 @@ CMReply<QVariant> Player::search(const QString& text, const QString& path)
 {
     const CMPath container =
         path.isEmpty() ? TavuAmazonMusicSearchPath() : CMPath::fromEncoded(path);
-    auto result = CMReply<QVariant>::create();
+    const auto result = withDeadline(CMReply<QVariant>::create());
     const CMReply<QVariant> found = rows(container.toEncoded(), 0, 0);
     cmchain::whenSucceeded(found, result, m_context, [this, result, text](const QVariant& screen) {
         const QVariantList list = screen.toHash().value(QStringLiteral("rows")).toList();
@@ -138,9 +147,10 @@ CMReply<QVariant> Player::playRow(const TavuRoles& roles)
     PlayLogicInterface* logic =
         PlayLogicInterface::instance(roles.mediaData().metaData().playLogicPath());
     if (!logic)
-        return failedReply<QVariant>(CMError(TrString(
-            TrCharData(trExtractContext("player"), "\"%1\" is nothing that can be played."),
-            { roles.title() })));
+        return refused(CMError(TrString(TrCharData(trExtractContext("player"),
+                                            "\"%1\" is nothing that can be played."),
+                           { roles.title() })),
+            QStringLiteral("play"));
     m_error.clear();
     TavuPlayLogicPlayArgs args;
     args.setMediaRoles(mediaRolesFor(roles));
@@ -151,7 +161,7 @@ CMReply<QVariant> Player::playRow(const TavuRoles& roles)
 CMReply<QVariant> Player::command(Command command)
 {
     if (!playLogic())
-        return failedReply<QVariant>(noService());
+        return refused(noService(), QStringLiteral("player"));
     const bool goesOn = shown().state() != TavuPlayLogicState::Paused;
     if (command == Command::Resume && goesOn) {
         auto reply = CMReply<QVariant>::create();
@@ -176,9 +186,9 @@ CMReply<QVariant> Player::transport(Command command)
         forgetRestored();
         return logic->stop(TavuPlayLogicStopReason::User);
     case Command::Like:
-        return logic->like();
+        return rate(logic->like(), Rating::Up);
     case Command::Dislike:
-        return logic->dislike();
+        return rate(logic->dislike(), Rating::Down);
     }
     return failedReply<QVariant>(noService());
 }
@@ -203,7 +213,7 @@ CMReply<QVariant> Player::pauseOrResume()
 CMReply<QVariant> Player::seek(qint64 positionMs)
 {
     if (!playLogic())
-        return failedReply<QVariant>(noService());
+        return refused(noService(), QStringLiteral("player"));
     const qint64 duration = shown().trackRoles().mediaData().firstResource().duration();
     if (positionMs < 0 || (duration > 0 && positionMs > duration))
         return failedReply<QVariant>(CMError(TrString(
@@ -218,10 +228,34 @@ CMReply<QVariant> Player::seek(qint64 positionMs)
     return observed(withDeadline(playLogic()->seekTime(positionMs)), QStringLiteral("player"));
 }
 
+CMReply<QVariant> Player::refused(const CMError& error, const QString& source)
+{
+    return observed(failedReply<QVariant>(error), source);
+}
+
 CMReply<QVariant> Player::observed(const CMReply<QVariant>& reply, const QString& source)
 {
     cmchain::whenFinished(reply, m_context,
         [this, source](const CMReply<QVariant>& finished) { showAnswer(finished, source); });
+    return reply;
+}
+
+/// The service's word on a rating is a screen of one row, whether it took the rating or not.
+CMReply<QVariant> Player::rate(const CMReply<QVariant>& reply, Rating rating)
+{
+    const TavuRoles track = m_data.trackRoles();
+    cmchain::whenFinished(
+        reply, m_context, [this, track, rating](const CMReply<QVariant>& finished) {
+            const CMPath screen = screenOf(finished);
+            if (screen.isEmpty())
+                return;
+            fetchScreen(screen, [this, track, rating](const QVariantList& rows) {
+                if (rows.isEmpty() || tellsOfFailure(TavuRoles(rows.first().toHash()).title()))
+                    return;
+                m_ratings.rate(track, rating);
+                Q_EMIT playerChanged();
+            });
+        });
     return reply;
 }
 
@@ -230,27 +264,41 @@ void Player::showAnswer(const CMVoidReply& reply, const QString& source)
     const CMError error = reply.error();
     if (error.name() == CMVoidReply::ErrorCancel().name())
         return;
-    if (error.isSet()) {
-        const CMPath screen = TavuActionReply(error.actionReply()).result().path();
-        return tellWithRows(
-            QStringLiteral("error"), screen, error.title(), error.message(), source);
-    }
-    const TavuActionReply answer(tavuvariant::toHash(CMReply<QVariant>(reply).value()));
-    if (!answer.result().path().isEmpty())
-        tellWithRows(QStringLiteral("info"), answer.result().path(), QString(), QString(), source);
+    if (error.isSet())
+        return showError(error, source);
+    const CMPath screen = screenOf(CMReply<QVariant>(reply));
+    if (screen.isEmpty())
+        return;
+    fetchScreen(screen, [this, source](const QVariantList& rows) {
+        const TavuRoles head(rows.value(0).toHash());
+        const QString kind =
+            tellsOfFailure(head.title()) ? QStringLiteral("error") : QStringLiteral("info");
+        if (!rows.isEmpty())
+            addMessage(kind, head.title(), head.longDescription(), source, rows);
+    });
 }
 
-void Player::tellWithRows(const QString& kind, const CMPath& screen, const QString& title,
-    const QString& text, const QString& source)
+void Player::showError(const CMError& error, const QString& source)
 {
+    if (!m_recentErrors.isNews(error))
+        return;
+    const auto tell = [this, error, source](const QVariantList& rows) {
+        const Words words = wordsOf(error, rows);
+        addMessage(QStringLiteral("error"), words.title, words.text, source, rows);
+    };
+    const CMPath screen = TavuActionReply(error.actionReply()).result().path();
     if (screen.isEmpty())
-        return addMessage(kind, title, text, source);
-    cmchain::whenFinished(rows(screen.toEncoded(), 0, 49), m_context,
-        [this, kind, title, text, source](const CMReply<QVariant>& reply) {
-            const QVariantList list = reply.value().toHash().value(QStringLiteral("rows")).toList();
-            const TavuRoles head(list.value(0).toHash());
-            addMessage(kind, title.isEmpty() ? head.title() : title,
-                text.isEmpty() ? head.longDescription() : text, source, list);
+        tell({});
+    else
+        fetchScreen(screen, tell);
+}
+
+void Player::fetchScreen(const CMPath& screen, const std::function<void(const QVariantList&)>& use)
+{
+    constexpr int lastRow = 49;
+    cmchain::whenFinished(
+        rows(screen.toEncoded(), 0, lastRow), m_context, [use](const CMReply<QVariant>& reply) {
+            use(reply.value().toHash().value(QStringLiteral("rows")).toList());
         });
 }
 

@@ -4,6 +4,8 @@
 #include "cmchain.h"
 #include "messagelog.h"
 #include "playerfacade.h"
+#include "ratinglog.h"
+#include "recenterrors.h"
 #include "tavuoauth2devicecode.h"
 #include "tavuplaylogic.h"
 #include "tavuvalue.h"
@@ -80,8 +82,10 @@ private Q_SLOTS:
 private:
     CMReply<QVariant> setData(const CMPath& path, const QVariant& value);
     CMReply<QVariant> observed(const CMReply<QVariant>& reply, const QString& source);
+    CMReply<QVariant> refused(const CMError& error, const QString& source);
     CMReply<QVariant> transport(Command command);
     CMReply<QVariant> pauseOrResume();
+    CMReply<QVariant> rate(const CMReply<QVariant>& reply, Rating rating);
     CMReply<QVariant> playRestored();
     bool isRestored() const { return !m_restored.isEmpty(); }
     /// Restored, and nothing has taken its place so far.
@@ -90,8 +94,9 @@ private:
     TavuPlayLogicData shown() const;
     void forgetRestored();
     void showAnswer(const CMVoidReply& reply, const QString& source);
-    void tellWithRows(const QString& kind, const CMPath& screen, const QString& title,
-        const QString& text, const QString& source);
+    void showError(const CMError& error, const QString& source);
+    /// Calls back with the rows of a screen; with none when they cannot be had.
+    void fetchScreen(const CMPath& screen, const std::function<void(const QVariantList&)>& use);
     void watchRows(const CMPath& path);
     void invokeOAuth(const QString& subpath);
     void setPlayData(const TavuPlayLogicData& data);
@@ -110,6 +115,8 @@ private:
     qint64 m_positionAt = 0; // Milliseconds since the epoch.
     double m_bufferLevel = 100.0;
     CMError m_error;
+    RecentErrors m_recentErrors;
+    RatingLog m_ratings;
     TavuPlayerPlayMode::Enum m_mode = TavuPlayerPlayMode::Normal;
     bool m_loggedIn = false;
     TavuOAuth2DeviceCode m_deviceCode;

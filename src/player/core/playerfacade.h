@@ -11,9 +11,10 @@
 ///
 /// Lives in the main thread; every call and every signal happens there, and no call blocks. What
 /// needs the plug-in or the network answers by a reply, which may be finished on any thread, in any
-/// order, and already when it is returned; the caller sets its own deadline and may cancel. A
-/// failed reply carries a CMError whose title and message are for people, and whose action reply,
-/// when there is one, names the screen to show.
+/// order, and already when it is returned, but within answerDeadlineMs whatever the plug-in does;
+/// the caller may cancel. A failed reply carries a CMError whose title and message are for people,
+/// and whose action reply, when there is one, names the screen to show. What a play command or an
+/// activation fails with is told by messageAdded(), too: nobody has to wait for the reply.
 ///
 /// Rows are role hashes as the plug-in made them, service URLs included; a row is passed back as a
 /// whole. Hashes use the framework's keys ("title", "path", "mediaData", ...).
@@ -26,6 +27,11 @@ public:
     Q_ENUM(Command)
 
     using QObject::QObject;
+
+    /// No answer to a person takes longer: the plug-in gives up on the service after 30 s.
+    static constexpr int answerDeadlineMs = 35000;
+    /// The name of the error of a reply that nobody answered in time.
+    static QString noAnswerName() { return QStringLiteral("noAnswer"); }
 
     // Browsing
 
@@ -66,7 +72,8 @@ public:
     /// since the epoch), "duration" (ms), "title", "artist", "album", "artwork" (URL or empty),
     /// "controls" {pause, next, previous, seek, like, dislike}, "playModes" {shuffle, repeatOne,
     /// repeatAll, shuffleRepeatOne, shuffleRepeatAll}, "mode", "volume", "mute", "bufferLevel",
-    /// "error" (null or {title, detail}), "output".
+    /// "error" (null or {title, detail}), "output", "rating" (of the track: "up", "down", or empty
+    /// while the listener has not said; known for the latest few hundred rated tracks).
     virtual QVariantHash player() const = 0;
 
     // Outputs

@@ -4,6 +4,7 @@
 #include "playlogicinterface.h"
 #include "streamerplaylogic.h"
 #include "tavupaths.h"
+#include "words.h"
 
 #include <QDateTime>
 
@@ -62,7 +63,7 @@ void Player::setPosition(qint64 position)
 void Player::fail(const CMError& error)
 {
     m_error = error;
-    addMessage(QStringLiteral("error"), error.title(), error.message(), QStringLiteral("player"));
+    showError(error, QStringLiteral("player"));
     Q_EMIT playerChanged();
 }
 
@@ -73,9 +74,10 @@ QVariantHash Player::player() const
     const TavuMetaData meta = track.mediaData().metaData();
     const TavuPlayLogicControls controls = data.controls();
     const TavuPlayLogicPlayModesSupported modes = data.playModesSupported();
+    const Words words = wordsOf(m_error);
     const QVariant error = m_error.isSet()
-        ? QVariant(QVariantHash{ { QStringLiteral("title"), m_error.title() },
-            { QStringLiteral("detail"), m_error.message() } })
+        ? QVariant(QVariantHash{
+            { QStringLiteral("title"), words.title }, { QStringLiteral("detail"), words.text } })
         : QVariant();
     return {
         { QStringLiteral("state"), static_cast<int>(data.state()) },
@@ -105,6 +107,7 @@ QVariantHash Player::player() const
         { QStringLiteral("bufferLevel"), m_bufferLevel },
         { QStringLiteral("error"), error },
         { QStringLiteral("output"), m_audio->selectedOutput() },
+        { QStringLiteral("rating"), m_ratings.ratingOf(track) },
     };
 }
 

@@ -46,6 +46,7 @@ protected:
         house.setOutput(QStringLiteral("audioconvert ! fakesink sync=true"));
         house.startSignedIn();
     }
+    QString rating() { return house.player().player().value(QStringLiteral("rating")).toString(); }
 
     House house;
 };
@@ -169,6 +170,61 @@ TEST_F(Play, shows_the_services_answer_to_a_thumb)
     ASSERT_TRUE(waitUntil([&] { return !house.messageTexts().isEmpty(); }));
     EXPECT_TRUE(house.messageTexts().last().startsWith(QStringLiteral("Thanks")));
     EXPECT_EQ(house.requests("rating"), 1);
+    EXPECT_TRUE(waitUntil([&] { return rating() == QLatin1String("up"); }));
+}
+
+TEST_F(Play, a_rating_stays_with_its_track)
+{
+    startInRealTime();
+    house.play(QStringLiteral("Albums/Night Trains"));
+    ASSERT_TRUE(house.waitForState(playing));
+    const QString rated = house.title();
+    valueOf(house.player().command(Command::Dislike));
+    EXPECT_TRUE(waitUntil([&] { return rating() == QLatin1String("down"); }));
+    house.command(Command::Next);
+    ASSERT_TRUE(waitUntil([&] { return house.title() != rated; }));
+    EXPECT_EQ(rating(), QString());
+    house.command(Command::Previous);
+    ASSERT_TRUE(house.waitForTitle(rated));
+    EXPECT_EQ(rating(), QStringLiteral("down"));
+}
+
+TEST_F(Play, a_rating_that_the_service_does_not_take_is_an_error_and_no_rating)
+{
+    startInRealTime();
+    house.play(QStringLiteral("Albums/Night Trains"));
+    ASSERT_TRUE(house.waitForState(playing));
+    house.fault("kind=rating effect=status status=500");
+    valueOf(house.player().command(Command::Like));
+    ASSERT_TRUE(waitUntil([&] { return !house.player().messages().isEmpty(); }));
+    const QVariantHash message = house.player().messages().last().toHash();
+    EXPECT_EQ(message.value(QStringLiteral("kind")), QStringLiteral("error"));
+    settle();
+    EXPECT_EQ(rating(), QString());
+}
+
+TEST_F(Play, a_play_that_the_player_refuses_by_itself_is_told_to_everybody)
+{
+    house.startSignedIn();
+    const QVariantHash row = house.row(QStringLiteral("Messages/A song outside your plan"));
+    EXPECT_FALSE(errorOf(house.player().play(row)).isEmpty());
+    EXPECT_EQ(house.messageTexts(),
+        QStringList{
+            QStringLiteral("\"A song outside your plan\" is nothing that can be played.: ") });
+}
+
+TEST_F(Play, a_start_that_is_refused_is_told_once_with_the_services_words_and_buttons)
+{
+    startInRealTime();
+    const QVariantHash row = house.row(QStringLiteral("Messages/Is refused when it starts"));
+    errorOf(house.player().play(row));
+    ASSERT_TRUE(waitUntil([&] { return !house.messageTexts().isEmpty(); }));
+    settle();
+    EXPECT_EQ(house.messageTexts(),
+        QStringList{
+            QStringLiteral("Withdrawn: It was taken out of the catalogue a moment ago.") });
+    EXPECT_EQ(
+        house.player().messages().last().toHash().value(QStringLiteral("rows")).toList().size(), 2);
 }
 
 TEST_F(Play, stops_once_when_the_user_signs_out)

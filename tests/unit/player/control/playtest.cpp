@@ -65,6 +65,18 @@ TEST_F(Play, EndsACommandAtTheDeadline)
     EXPECT_EQ(post("/api/v1/player/next").status, 504);
 }
 
+TEST_F(Play, TellsThePlayersOwnDeadlineInThePlayersWords)
+{
+    CMError late(hash(R"({"title": "Error", "message": "Not in time"})"));
+    late.setName(PlayerFacade::noAnswerName());
+    player.failWith(late);
+    const RawPeer::Answer answer = post("/api/v1/player/next");
+    EXPECT_EQ(answer.status, 504);
+    EXPECT_EQ(at(object(answer), "title").toString(), QStringLiteral("No answer"));
+    EXPECT_EQ(at(object(answer), "detail").toString(), QStringLiteral("Not in time"));
+    EXPECT_GT(control::Options().deadlineMs, PlayerFacade::answerDeadlineMs);
+}
+
 TEST_F(Play, SeeksToWholeMilliseconds)
 {
     EXPECT_EQ(post("/api/v1/player/seek", R"({"position": 90500})").status, 200);
