@@ -1,5 +1,6 @@
 #include "apiclient.h"
 
+#include "messages.h"
 #include "tavujson.h"
 
 #include <QEventLoop>
@@ -24,7 +25,7 @@ QString problemOf(const HttpClient::Result& result, const QVariantHash& body, co
     const QString detail = body.value(QStringLiteral("detail")).toString();
     if (title.isEmpty() && detail.isEmpty())
         return QStringLiteral("The player answered with code %1.").arg(result.code);
-    return detail.isEmpty() || detail == title ? title : title + QLatin1String(": ") + detail;
+    return words(title, detail);
 }
 
 } // namespace

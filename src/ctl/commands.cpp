@@ -1,8 +1,11 @@
 #include "commands.h"
 
 #include "browse.h"
+#include "messages.h"
 #include "print.h"
+#include "tavuenums.h"
 
+#include <QElapsedTimer>
 #include <QThread>
 
 #include <functional>
@@ -22,6 +25,10 @@ struct Context
 };
 
 using Run = std::function<int(Context&)>;
+
+constexpr unsigned long pollMs = 250;
+// The player gives up on a stream sooner.
+constexpr qint64 soundAtMostMs = 60000;
 
 struct Command
 {
@@ -46,6 +53,20 @@ int finish(const Context& context, const Answer& answer, const QVariant& value)
     if (code == Done && context.options.json)
         printJson(value);
     return code;
+}
+
+/// As finish(); where the answer or the failure leads to a screen of the service, shows that.
+int finishAction(const Context& context, const Answer& answer)
+{
+    const QVariantList rows =
+        context.options.json ? QVariantList() : resultRows(context.api, answer);
+    if (rows.isEmpty())
+        return finish(context, answer, answer.body);
+    const auto print = answer.ok() ? printLine : printError;
+    print(screenText(rows));
+    if (!buttonsOf(rows).isEmpty())
+        print(QStringLiteral("To press a button: tavu-ctl press NUMBER"));
+    return answer.ok() ? Done : Failed;
 }
 
 int list(Context& context)
@@ -82,6 +103,30 @@ int search(Context& context)
     return Done;
 }
 
+/// A play command is answered when the player has a stream to open; whether it sounds shows later.
+int waitForSound(Context& context)
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (!waited.hasExpired(soundAtMostMs)) {
+        const Answer answer = context.api.get(QStringLiteral("/state"));
+        if (const int code = report(answer))
+            return code;
+        const QVariantHash player = answer.body.value(QStringLiteral("player")).toHash();
+        const QVariantHash error = player.value(QStringLiteral("error")).toHash();
+        if (!error.isEmpty()) {
+            printError(words(error.value(QStringLiteral("title")).toString(),
+                error.value(QStringLiteral("detail")).toString()));
+            return Failed;
+        }
+        if (player.value(QStringLiteral("state")).toInt() == TavuPlayLogicState::Playing)
+            return Done;
+        QThread::msleep(pollMs);
+    }
+    printError(QStringLiteral("The player has not begun to play. See \"tavu-ctl messages\"."));
+    return Failed;
+}
+
 int play(Context& context)
 {
     QVariantHash row;
@@ -90,7 +135,15 @@ int play(Context& context)
         return code;
     const Answer answer = context.api.post(
         QStringLiteral("/play"), { { QStringLiteral("ref"), row.value(QStringLiteral("ref")) } });
-    return finish(context, answer, answer.body);
+    const int code = finishAction(context, answer);
+    return code == Done ? waitForSound(context) : code;
+}
+
+int activate(const Context& context, const QVariantHash& row)
+{
+    return finishAction(context,
+        context.api.post(QStringLiteral("/rows/activate"),
+            { { QStringLiteral("ref"), row.value(QStringLiteral("ref")) } }));
 }
 
 int open(Context& context)
@@ -99,9 +152,7 @@ int open(Context& context)
     const Answer walked = Browse(context.api).walk(context.rest(), row);
     if (const int code = report(walked))
         return code;
-    const Answer answer = context.api.post(QStringLiteral("/rows/activate"),
-        { { QStringLiteral("ref"), row.value(QStringLiteral("ref")) } });
-    return finish(context, answer, answer.body);
+    return activate(context, row);
 }
 
 int status(Context& context)
@@ -145,7 +196,7 @@ int login(Context& context)
             printCode(answer.body);
             shownCode = code;
         }
-        QThread::msleep(500);
+        QThread::msleep(pollMs);
     }
     if (answer.ok() && !context.options.json)
         printLine(QStringLiteral("Signed in."));
@@ -154,10 +205,8 @@ int login(Context& context)
 
 Run post(const char* path)
 {
-    return [target = QString::fromLatin1(path)](Context& context) {
-        const Answer answer = context.api.post(target);
-        return finish(context, answer, answer.body);
-    };
+    return [target = QString::fromLatin1(path)](
+               Context& context) { return finishAction(context, context.api.post(target)); };
 }
 
 /// Posts one number under a name. Numbers are checked by the player, which knows the bounds.
@@ -179,17 +228,42 @@ Run postNumber(const char* path, const char* name, qint64 factor = 1)
 
 int messages(Context& context)
 {
-    const Answer answer = context.api.get(QStringLiteral("/messages"));
-    const QVariantList list = answer.body.value(QStringLiteral("messages")).toList();
+    QVariantList list;
+    const Answer answer = readMessages(context.api, list);
     if (context.options.json || !answer.ok())
         return finish(context, answer, list);
-    for (const QVariant& entry : list) {
-        const QVariantHash message = entry.toHash();
-        printLine(QStringLiteral("%1  %2: %3")
-                      .arg(message.value(QStringLiteral("at")).toString(),
-                          message.value(QStringLiteral("title")).toString(),
-                          message.value(QStringLiteral("text")).toString()));
+    for (const QVariant& message : qAsConst(list))
+        printLine(messageText(message.toHash()));
+    return Done;
+}
+
+/// The buttons of the latest message that has any.
+QVariantList latestButtons(const QVariantList& messages)
+{
+    for (auto message = messages.crbegin(); message != messages.crend(); ++message) {
+        const QVariantList buttons =
+            buttonsOf(message->toHash().value(QStringLiteral("rows")).toList());
+        if (!buttons.isEmpty())
+            return buttons;
     }
+    return {};
+}
+
+int press(Context& context)
+{
+    QVariantList list;
+    const Answer answer = readMessages(context.api, list);
+    if (const int code = report(answer))
+        return code;
+    const QVariantHash button = pickRow(latestButtons(list), context.rest());
+    if (button.isEmpty()) {
+        printError(QStringLiteral("There is no button \"%1\".").arg(context.rest()));
+        return Failed;
+    }
+    const QString link = button.value(QStringLiteral("link")).toString();
+    if (link.isEmpty())
+        return activate(context, button);
+    printLine(link);
     return Done;
 }
 
@@ -222,7 +296,9 @@ const std::vector<Command>& commands()
         command("like", "", 0, "thumb up", post("/player/like")),
         command("dislike", "", 0, "thumb down", post("/player/dislike")),
         command("status", "", 0, "what plays", status),
-        command("messages", "", 0, "the last messages", messages),
+        command("messages", "", 0, "the last messages, with their buttons", messages),
+        command("press", "BUTTON", 1, "press a button of the latest message, by number or title",
+            press),
     };
     return all;
 }

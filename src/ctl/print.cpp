@@ -1,5 +1,6 @@
 #include "print.h"
 
+#include "messages.h"
 #include "tavuenums.h"
 #include "tavujson.h"
 
@@ -108,9 +109,12 @@ QString statusText(const QVariantHash& player)
                     TavuPlayerPlayMode::toString(mode));
     const QVariantHash error = player.value(QStringLiteral("error")).toHash();
     if (!error.isEmpty())
-        text += QStringLiteral("\n%1: %2")
-                    .arg(error.value(QStringLiteral("title")).toString(),
-                        error.value(QStringLiteral("detail")).toString());
+        text += QLatin1Char('\n')
+            + words(error.value(QStringLiteral("title")).toString(),
+                error.value(QStringLiteral("detail")).toString());
+    const QString rating = player.value(QStringLiteral("rating")).toString();
+    if (!rating.isEmpty())
+        text += QStringLiteral("\nrated %1").arg(rating);
     return text;
 }
 
