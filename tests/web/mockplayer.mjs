@@ -188,7 +188,8 @@ export class MockPlayer {
   }
 
   /** The service's word on a rating: a screen of its own, and a message that is kept. */
-  rated(up, response) {
+  rated(up, response, ofTrack = true) {
+    if (ofTrack) this.state.rate(up ? 'up' : 'down');
     const screen = up ? '/amazonMusic/dialog/rated' : '/amazonMusic/dialog/rated-down';
     this.state.addMessage('info', pageOf(screen).rows[0].title, '');
     return json(response, { result: { path: screen } });
@@ -197,7 +198,7 @@ export class MockPlayer {
   activate({ ref, path: target, role, value }, response) {
     if (role === 'likeIt') {
       this.ratings.push({ path: target, value });
-      return this.rated(value, response);
+      return this.rated(value, response, false);
     }
     const does = this.refs.get(ref)?.does;
     if (!does) return problem(response, 404, 'This row is no longer known.');

@@ -11,7 +11,7 @@ import assert from 'node:assert/strict';
 import { named, picture } from './support/person.mjs';
 
 const approveName = new RegExp(process.env.TAVU_WEB_APPROVE ?? 'allow|approve|yes|sign in', 'i');
-const startMs = 20000;
+const startMs = 40000;
 
 /** Signs out first if somebody is signed in, so that the scenario can be repeated. */
 export async function signedOut({ person, page }) {

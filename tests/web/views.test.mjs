@@ -446,6 +446,10 @@ describe('the player', () => {
       assert.equal(await up.getAttribute('aria-pressed'), 'true');
       await person.now.getByRole('button', { name: 'Next track' }).click();
       await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'false');
+      await person.now.getByRole('button', { name: 'Previous track' }).click();
+      await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'true');
+      await person.now.getByRole('button', { name: 'Thumbs down' }).click();
+      await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'false');
     }));
 
   it("says the new title once, politely, and in the window's title", () =>

@@ -16,6 +16,9 @@ const args = [
   '--disable-sync',
 ];
 
+/** A watchdog for states, not a measure: machines that build beside the tests are slow. */
+export const patienceMs = 30000;
+
 export const widths = { phone: { width: 390, height: 844 }, desktop: { width: 1280, height: 800 } };
 
 export const launch = () => chromium.launch({ executablePath, args });
@@ -33,7 +36,7 @@ export async function openPage(browser, base, { viewport = widths.desktop, ...op
   });
   await context.grantPermissions(['clipboard-read', 'clipboard-write']);
   const page = await context.newPage();
-  page.setDefaultTimeout(8000);
+  page.setDefaultTimeout(patienceMs);
   page.faults = [];
   page.on('pageerror', (error) => page.faults.push(String(error)));
   page.on('console', (message) => {

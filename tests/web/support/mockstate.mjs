@@ -25,6 +25,7 @@ export class MockState {
     this.volume = 62;
     this.mute = false;
     this.mode = 0;
+    this.ratings = new Map();
     this.reset();
   }
 
@@ -36,6 +37,11 @@ export class MockState {
     this.since = 0;
     this.kind = '';
     this.error = null;
+  }
+
+  rate(rating) {
+    this.ratings.set(this.track?.title, rating);
+    this.told();
   }
 
   get track() {
@@ -80,6 +86,7 @@ export class MockState {
       bufferLevel: 100,
       error: this.error,
       output: 'auto',
+      rating: this.ratings.get(track?.title) ?? '',
     };
   }
 

@@ -3,6 +3,8 @@ import assert from 'node:assert/strict';
 import { mkdirSync } from 'node:fs';
 import path from 'node:path';
 
+import { patienceMs } from './browser.mjs';
+
 const escaped = (text) => text.replace(/[.*+?^${}()|[\]\\]/g, '\\$&');
 
 /** Names begin with the title and may go on with artist and time. */
@@ -76,7 +78,7 @@ export class Person {
   }
 
   /** Waits on a state instead of a time. */
-  async waitFor(state, ms = 8000) {
+  async waitFor(state, ms = patienceMs) {
     const end = Date.now() + ms;
     for (;;) {
       if (await state()) return;

@@ -86,7 +86,7 @@ function playerOptions(service, folder) {
 }
 
 /** Both programs, running: { url, control, close }. `control` is the address of the fault dial. */
-export async function startPrograms({ pageSize = 8 } = {}) {
+export async function startPrograms({ pageSize = 8, autoApprove = false } = {}) {
   const folder = mkdtempSync(join(tmpdir(), 'tavu-'));
   const running = [];
   const close = async () => {
@@ -102,6 +102,7 @@ export async function startPrograms({ pageSize = 8 } = {}) {
     const emulator = start(process.env.TAVU_EMULATOR, [
       ...['--state', join(folder, 'emulator'), '--samples', process.env.TAVU_SAMPLES],
       ...['--page-size', String(pageSize), '--poll-interval', '1', '--seed', '1'],
+      ...(autoApprove ? ['--auto-approve'] : []),
     ]);
     const service = await emulator.says(ready);
     const player = start(process.env.TAVU_PLAYER, playerOptions(service, folder));

@@ -92,6 +92,14 @@ test('a failure that a dialog shows does not also pass by as a note', () => {
   assert.equal(run([toast, screen]).messages.length, 1, 'but it is kept');
 });
 
+test('what an answer and an event tell is one note, however far apart they come', () => {
+  const own = (now) => ({ type: 'toast', now, toast: { id: `own-${now}`, title: 'T', text: 'x' } });
+  const told = (now, id) => ({ type: 'message', now, data: message(id, { title: 'T', text: 'x' }) });
+  assert.equal(run([told(0, 1), own(9000)]).toasts.length, 1);
+  assert.equal(run([own(0), told(9000, 1)]).toasts.length, 1);
+  assert.equal(run([told(0, 1), own(9000), told(18000, 2)]).toasts.length, 2, 'pressed again');
+});
+
 test('the same note twice in a row is one note, later it is another', () => {
   const toast = (now) => ({ type: 'toast', now, toast: { id: now, title: 'T', text: 'x' } });
   assert.equal(run([toast(0), toast(1000)]).toasts.length, 1);
@@ -105,17 +113,6 @@ test('messages count as unread until they were read', () => {
     { type: 'message', now: 0, data: message(2) },
   ]);
   assert.equal(unreadCount(state), 1);
-});
-
-test('a rating belongs to its track and goes with it', () => {
-  const rated = run([
-    { type: 'player', now: 0, data: player() },
-    { type: 'rated', rating: 'up' },
-  ]);
-  const same = reduce(rated, { type: 'player', now: 1, data: player({ state: 3 }) });
-  const other = reduce(rated, { type: 'player', now: 1, data: player({ title: 'B' }) });
-  assert.equal(same.rating, 'up');
-  assert.equal(other.rating, '');
 });
 
 test('an event of an unknown kind changes nothing', () => {

@@ -183,9 +183,7 @@ export function createActions({ api, store, listings, router, now = () => perfor
     setMode: (mode) => command('mode', { mode }),
     setVolume: (volume) => command('volume', { volume }),
     setMute: (mute) => command('volume', { mute }),
-    async rate(rating) {
-      if (await command(rating === 'up' ? 'like' : 'dislike')) dispatch({ type: 'rated', rating });
-    },
+    rate: (rating) => command(rating === 'up' ? 'like' : 'dislike'),
 
     startLogin: () => attempt(() => api.startLogin()),
     logout: () => attempt(() => api.logout()),

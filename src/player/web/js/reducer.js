@@ -6,7 +6,7 @@ import { wordsOf } from './words.js';
 export const PlayState = { idle: 0, buffering: 1, playing: 2, paused: 3 };
 export const keptMessages = 20;
 const shownToasts = 3;
-const echoMs = 4000;
+const impatientMs = 4000;
 
 export const initialState = {
   connection: 'connecting', // connecting, live, lost, refused (an access code is wanted)
@@ -20,19 +20,9 @@ export const initialState = {
   rowMenu: null, // the row whose further actions are offered
   starting: '', // ref of the row that is being started
   announcement: '', // spoken by screen readers, not shown
-  rating: '', // "up" or "down": what the listener last said of this very track
 };
 
-const trackKey = (player) => [player?.title, player?.artist, player?.album].join('\n');
-
-function withPlayer(state, player, now) {
-  const sameTrack = trackKey(state.player) === trackKey(player);
-  return {
-    ...state,
-    player: { ...player, receivedAt: now },
-    rating: sameTrack ? state.rating : '',
-  };
-}
+const withPlayer = (state, player, now) => ({ ...state, player: { ...player, receivedAt: now } });
 
 const withLogin = (state, login, now) => ({
   ...state,
@@ -44,15 +34,23 @@ const sameText = (a, b) => a.title === b.title && (a.text ?? '') === (b.text ?? 
 const isTold = (screen, toast) =>
   sameText(screen, toast) || Boolean(toast.text && screen.text === toast.text);
 
-/** A failed press is told twice: by its answer and by an event. The listener sees it once. */
-function isEcho(state, toast, now) {
-  if (state.screen && isTold(state.screen, toast)) return true;
-  return state.toasts.some((t) => sameText(t, toast) && now - t.at < echoMs);
+/**
+ * A failed press is told twice, by its answer and by an event (`told`), however far apart these
+ * arrive; and an impatient hand presses twice. The listener sees one note.
+ */
+function echoedBy(state, toast, now) {
+  return state.toasts.find((t) => {
+    const otherWay = Boolean(t.told) !== Boolean(toast.told);
+    return sameText(t, toast) && (otherWay ? !t.twice : now - t.at < impatientMs);
+  });
 }
 
 function withToast(state, toast, now) {
-  if (isEcho(state, toast, now)) return state;
-  return { ...state, toasts: [...state.toasts, { ...toast, at: now }].slice(-shownToasts) };
+  if (state.screen && isTold(state.screen, toast)) return state;
+  const echoed = echoedBy(state, toast, now);
+  if (!echoed)
+    return { ...state, toasts: [...state.toasts, { ...toast, at: now }].slice(-shownToasts) };
+  return { ...state, toasts: state.toasts.map((t) => (t === echoed ? { ...t, twice: true } : t)) };
 }
 
 const worded = (message) => ({ ...message, ...wordsOf(message.title, message.text) });
@@ -61,7 +59,7 @@ function withMessage(state, message, now) {
   const known = state.messages.some((m) => m.id === message.id);
   if (known) return state;
   const messages = [...state.messages, worded(message)].slice(-keptMessages);
-  const toast = { ...worded(message), id: `message-${message.id}` };
+  const toast = { ...worded(message), id: `message-${message.id}`, told: true };
   return withToast({ ...state, messages }, toast, now);
 }
 
@@ -97,7 +95,6 @@ const handlers = {
   rowMenu: (state, e) => ({ ...state, rowMenu: e.row }),
   starting: (state, e) => ({ ...state, starting: e.ref }),
   announce: (state, e) => ({ ...state, announcement: e.text }),
-  rated: (state, e) => ({ ...state, rating: e.rating }),
   readAll: (state) => ({ ...state, read: state.messages.map((m) => m.id) }),
 };
 

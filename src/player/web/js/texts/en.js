@@ -63,6 +63,7 @@ export default {
   'player.rating': 'Rating',
   'player.like': 'Thumbs up',
   'player.dislike': 'Thumbs down',
+  'player.rated': 'This is how you rated it. The other thumb changes that.',
   'player.volume': 'Volume',
   'player.volumeOf': '{volume} %',
   'player.mute': 'Mute',

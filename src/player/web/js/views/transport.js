@@ -99,9 +99,10 @@ export function Transport() {
 export function Rating({ which }) {
   const { actions } = useApp();
   const can = useStore((s) => Boolean(s.player?.controls?.[which === 'up' ? 'like' : 'dislike']));
-  const rated = useStore((s) => s.rating);
+  const rated = useStore((s) => s.player?.rating);
   return html`<${Button} kind="round" icon=${which} pressed=${rated === which} unavailable=${!can}
     label=${t(which === 'up' ? 'player.like' : 'player.dislike')}
+    tip=${rated === which ? t('player.rated') : null}
     onClick=${() => actions.rate(which)} />`;
 }
 
