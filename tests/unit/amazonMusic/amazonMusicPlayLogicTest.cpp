@@ -32,6 +32,17 @@ TEST_F(AmazonMusicPlayLogicTest, PlaysARowOnceTheServiceHasTakenTheReport)
     EXPECT_EQ(m_logic->state(), TavuPlayLogicState::Buffering);
 }
 
+TEST_F(AmazonMusicPlayLogicTest, APlayIsAnsweredAfterItsCommand)
+{
+    offer(tracks(1));
+    const Reply reply = playStation();
+    int commandsBefore = -1;
+    reply.addWatcher([&](const CMVoidReply&) { commandsBefore = streamer().count(Kind::Play); });
+    allowReport(QStringLiteral("0"), "START", "TRACK_SELECTED");
+    expectValue(reply);
+    EXPECT_EQ(commandsBefore, 1);
+}
+
 TEST_F(AmazonMusicPlayLogicTest, AContainerSaysThatItWasChosenAsOne)
 {
     offer(tracks(1));

@@ -83,6 +83,18 @@ TEST_F(BrowseActionsTest, CloseTheScreenWhenNothingCanBePosted)
     expectCloseReply(activate(TavuAmazonMusicBrowsePostActionPath(), QVariant()));
 }
 
+TEST_F(BrowseActionsTest, RunFromTheEventLoop)
+{
+    const LogCapture log;
+    const auto posted = post();
+    const auto rated = rate(true);
+    EXPECT_FALSE(log.mentions(QStringLiteral("_activated(")));
+    service.expectRequest("POST", "/buy?x=%2F").answer(200);
+    service.expectRequest("POST", "/rate").answer(200, thanks);
+    expectCloseReply(posted);
+    endDialog(actionReply(rated).result().path());
+}
+
 TEST_F(BrowseActionsTest, LogThePostAndItsAnswer)
 {
     const LogCapture log;

@@ -2,6 +2,7 @@
 
 #include "amazonMusicReporter.h"
 #include "amazonMusicSearchNode.h"
+#include "cmnodes.h"
 #include "cmplugin.h"
 #include "cmroot.h"
 #include "cmuinode.h"
@@ -10,6 +11,7 @@
 #include "tavuoauth2serviceinfo.h"
 
 #include <QPointer>
+#include <QRegularExpression>
 #include <QThread>
 
 extern "C" CMWorkerCreate worker_create;
@@ -109,6 +111,54 @@ TEST_F(CbAmazonMusicTest, HasItsPlayLogicAtItsPath)
     EXPECT_NE(node(TavuAmazonMusicPlayLogicPath()), nullptr);
 }
 
+TEST_F(CbAmazonMusicTest, MakesItsPartsInTheOrderInWhichTheyNeedEachOther)
+{
+    const LogCapture log;
+    worker();
+    const QStringList traces = log.texts(trace);
+    int last = -1;
+    for (const char* part : { "CMAmazonMusicWorker::CMAmazonMusicWorker(",
+             "AmazonMusicConnect::AmazonMusicConnect(", "AmazonMusicBrowser::AmazonMusicBrowser(",
+             "AmazonMusicRetriever::AmazonMusicRetriever(",
+             "AmazonMusicReporter::AmazonMusicReporter(",
+             "AmazonMusicPlayLogic::AmazonMusicPlayLogic(",
+             "CMAmazonMusicSearchQueryNode::CMAmazonMusicSearchQueryNode(",
+             "AmazonMusicBrowser::setSeachNode(", "CMAmazonMusicWorker::createCloseReply(",
+             "serviceInfo()", "AmazonMusicConnect::setLoggedIn(" }) {
+        const int place = traces.indexOf(QRegularExpression(QStringLiteral("^Enter .*\\b")
+            + QRegularExpression::escape(QString::fromLatin1(part)) + QStringLiteral(".*$")));
+        EXPECT_GT(place, last) << part;
+        last = place;
+    }
+}
+
+TEST_F(CbAmazonMusicTest, PlaysWhatItsPlayLogicIsTold)
+{
+    signIn();
+    TavuResource resource;
+    resource.setUri(service.url(QStringLiteral("/station#p")).toString());
+    TavuList<TavuResource> resources;
+    resources.append(resource);
+    TavuMediaData mediaData;
+    mediaData.setResources(resources);
+    TavuRoles row;
+    row.setAudioType(TavuRolesAudioType::Station);
+    row.setMediaData(mediaData);
+    TavuPlayLogicPlayArgs args;
+    args.setMediaRoles(row);
+    const auto reply = PlayLogicInterface::instance(TavuAmazonMusicPlayLogicPath())->play(args);
+    service.expectRequest("GET", "/station")
+        .answer(200, R"({"playables": {"p": {"naturalTrackPointer": {"chunk": "/chunk"}}}})");
+    service.expectRequest("GET", "/chunk")
+        .answer(409, R"({"result": "#e", "generalErrorReports": {"e": {"brief": "Full"}}})");
+
+    // The message stands in the worker's list of station errors.
+    const TavuActionReply action(expectError(reply).actionReply());
+    EXPECT_EQ(action.result().path(), worker().addPrefix(QStringLiteral("stationsError")));
+    EXPECT_EQ(
+        titles(expectValue(rows(action.result().path()))), QStringList{ QStringLiteral("Full") });
+}
+
 TEST_F(CbAmazonMusicTest, ClosesAScreenByItsCloseAction)
 {
     expectCloseReply(activate(TavuAmazonMusicBrowseCloseActionPath(), QVariant()));
@@ -186,6 +236,29 @@ TEST_F(CbAmazonMusicTest, RegistersMissingSettingsAsEmptyTexts)
     EXPECT_TRUE(registered.__contains(TavuOAuth2ServiceInfo::ClientId()));
     EXPECT_TRUE(registered.clientId().isEmpty());
     EXPECT_TRUE(registered.deviceCodeUrl().isEmpty());
+}
+
+TEST_F(CbAmazonMusicTest, RegistersTheServiceWhenItsNodesAreThere)
+{
+    int registrations = 0;
+    QObject context;
+    CMRoot()->addService(
+        TavuOAuth2AddServicePath(), &context, [&](const QVariant&, const CMReply<QVariant>& reply) {
+            ++registrations;
+            auto* playLogic =
+                dynamic_cast<CMNode*>(PlayLogicInterface::instance(TavuAmazonMusicPlayLogicPath()));
+            ASSERT_NE(playLogic, nullptr);
+            for (const CMPath& path :
+                { TavuAmazonMusicPrefixPath() + QStringLiteral("stationsError"),
+                    TavuAmazonMusicPrePlayPath(), TavuAmazonMusicSearchPath(),
+                    TavuAmazonMusicSearchPath() + QStringLiteral("/query"),
+                    TavuAmazonMusicBrowsePostActionPath(), TavuAmazonMusicBrowseRatingPath(),
+                    TavuAmazonMusicBrowseCloseActionPath() })
+                EXPECT_NE(playLogic->nodes()->find(path), nullptr) << path.text().toStdString();
+            reply.setValue(QVariant());
+        });
+    worker();
+    EXPECT_EQ(registrations, 1);
 }
 
 TEST_F(CbAmazonMusicTest, WaitsUntilTheHostHasAnsweredTheRegistration)
@@ -299,6 +372,16 @@ TEST_F(CbAmazonMusicTest, FollowsTheLogin)
     EXPECT_EQ(log.texts(info),
         QStringList{
             QStringLiteral("Enter void CMAmazonMusicWorker::on_loggedIn_changed(bool): 0") });
+}
+
+TEST_F(CbAmazonMusicTest, HoldsRequestsForAUserWhoHasSignedInBefore)
+{
+    host.setLoggedIn(true);
+    const auto reply = rows(TavuAmazonMusicBrowsePath());
+    expectPending(reply);
+    host.setToken(QStringLiteral("T1"));
+    service.expectRequest("GET", "/").answer(200, emptyPage);
+    expectValue(reply);
 }
 
 TEST_F(CbAmazonMusicTest, StopsPlaybackOnceWhenTheUserSignsOut)
