@@ -5,8 +5,8 @@
 // GLib allocates its first table of names when it is loaded and drops it when the table grows, as
 // it does wherever GStreamer is used. The stack of that leak ends at the allocating function.
 // OpenSSL keeps a queue of errors for each thread; where a thread's end meets the end of the
-// process the queue may stay. PulseAudio's client keeps its connection's state where the server that
-// it looks for is not there. Their stacks end at the allocating functions too.
+// process the queue may stay. PulseAudio's client keeps its connection's state where the server
+// that it looks for is not there. Their stacks end at the allocating functions too.
 extern "C" __attribute__((visibility("default"))) const char*
 __lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
 {

@@ -43,7 +43,8 @@ const QVector<SettingInfo>& Settings::all()
         setting("player.name", Type::Text, "tavu", "What the player calls itself."),
         setting("player.output", Type::Text, "auto",
             "Where the sound goes: \"auto\", a device's id, or a GStreamer sink description."),
-        setting("player.volume", Type::Number, "100", "Volume at the first start, 0 to 100; later it starts with the last one."),
+        setting("player.volume", Type::Number, "100",
+            "Volume at the first start, 0 to 100; later it starts with the last one."),
         setting("player.resume", Type::Boolean, "false",
             "Whether a player that ended while it played goes on by itself when it is started. "
             "Otherwise it is paused where it was."),
