@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QUrl>
+
 namespace {
 
 const CMPath queryPath = TavuAmazonMusicSearchPath() + QStringLiteral("/query");

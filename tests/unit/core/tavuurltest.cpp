@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QUrl>
+
+#include <random>
 #include <sstream>
 
 namespace {
@@ -249,6 +252,60 @@ INSTANTIATE_TEST_SUITE_P(Encoded, TavuUrlResolved,
     ::testing::Values(std::pair("a%2F..%2Fb", "http://a/b/c/a%2F..%2Fb"),
         std::pair("g?u=http%3A%2F%2Fx%2F", "http://a/b/c/g?u=http%3A%2F%2Fx%2F"),
         std::pair("%25", "http://a/b/c/%25"), std::pair("g?a+b", "http://a/b/c/g?a+b")));
+
+/// Texts that are made of what URLs are made of, good and bad.
+class Texts
+{
+public:
+    QByteArray next()
+    {
+        static const QList<QByteArray> pieces{ "http://", "https://", "HTTP://", "//", "/", "a",
+            "B", "host.example", "127.0.0.1", "1.2.3", "0x7f", "256.1.1.1", "-a", "a-.b", "..", ".",
+            "xn--4ca", "a_b", "[::1]", ":", ":80", ":080", ":65535", ":65536", "@", "u@", "?", "#",
+            "&", "=", "%2F", "%2f", "%41", "%7e", "%", "%4", "%zz", "%00", "%C3%A4", "%FF", "+",
+            " ", "\"", "'", "[", "]", "|", "\\", "^", "{", "~", "_", "!", "*", "(", ",", ";", "$",
+            "\xC3\xA4", "javascript:", "x:", "9", "1" };
+        QByteArray text;
+        for (unsigned count = m_random() % 7; count > 0; --count)
+            text += pieces.at(static_cast<int>(m_random() % static_cast<unsigned>(pieces.size())));
+        return text;
+    }
+
+private:
+    std::mt19937 m_random{ 1 };
+};
+
+TEST(TavuUrl, reads_what_the_library_reads)
+{
+    Texts texts;
+    for (int round = 0; round < 100000; ++round) {
+        const QByteArray text = texts.next();
+        const QUrl expected = QUrl::fromEncoded(text, QUrl::TolerantMode);
+        const TavuUrl read = TavuUrl::fromEncoded(text);
+        ASSERT_EQ(read.toEncoded(), expected.toEncoded()) << text.toStdString();
+        ASSERT_EQ(read.isEmpty(), expected.isEmpty()) << text.toStdString();
+        if (!read.isValid())
+            continue;
+        ASSERT_EQ(read.scheme(), expected.scheme()) << text.toStdString();
+        ASSERT_EQ(read.host(), expected.host(QUrl::FullyEncoded)) << text.toStdString();
+        ASSERT_EQ(read.port(), expected.port()) << text.toStdString();
+        ASSERT_EQ(read.path(), expected.path(QUrl::FullyEncoded)) << text.toStdString();
+        ASSERT_EQ(read.fragment(), expected.fragment(QUrl::FullyDecoded)) << text.toStdString();
+        ASSERT_EQ(read.hasUserInfo(), !expected.userInfo().isEmpty()) << text.toStdString();
+    }
+}
+
+TEST(TavuUrl, what_was_read_or_resolved_reads_as_itself)
+{
+    Texts texts;
+    const TavuUrl base = url("http://a/b/c/d;p?q");
+    for (int round = 0; round < 100000; ++round) {
+        const TavuUrl read = TavuUrl::fromEncoded(texts.next());
+        const TavuUrl target = base.resolved(read);
+        ASSERT_EQ(TavuUrl::fromEncoded(read.toEncoded()), read) << read;
+        ASSERT_EQ(TavuUrl::fromEncoded(target.toEncoded()), target) << read << " gave " << target;
+    }
+}
 
 TEST(TavuUrl, a_local_reference_takes_the_documents_own_url)
 {

@@ -1,5 +1,6 @@
 #include "cmpath.h"
 
+#include "percent.h"
 #include "tavulog.h"
 
 #include <QHash>
@@ -10,11 +11,6 @@
 
 namespace {
 
-QString encoded(const QString& text)
-{
-    return QString::fromLatin1(QUrl::toPercentEncoding(text));
-}
-
 QString decoded(const QStringRef& text)
 {
     return QUrl::fromPercentEncoding(text.toUtf8());
@@ -23,6 +19,8 @@ QString decoded(const QStringRef& text)
 QString encodedText(QString text)
 {
     // The only two characters that mean something in an encoded path before its parameters.
+    if (!text.contains(QLatin1Char('%')) && !text.contains(QLatin1Char('?')))
+        return text;
     return text.replace(QLatin1Char('%'), QLatin1String("%25"))
         .replace(QLatin1Char('?'), QLatin1String("%3F"));
 }
@@ -70,7 +68,10 @@ QString CMPath::toEncoded() const
     QString text = encodedText(m_text);
     QLatin1Char separator('?');
     for (const auto& [name, value] : m_params) {
-        text += separator + encoded(name) + QLatin1Char('=') + encoded(value);
+        text += separator;
+        appendPercentEncoded(&text, name);
+        text += QLatin1Char('=');
+        appendPercentEncoded(&text, value);
         separator = QLatin1Char('&');
     }
     return text;

@@ -1,59 +1,143 @@
 #include "tavuurl.h"
 
+#include "percent.h"
 #include "tavulog.h"
+#include "urltext.h"
+
+#include <QUrl>
 
 #include <ostream>
 
+// A URL is kept as its text. Most texts are plain, that is, written as they are to be written, and
+// reading and resolving them is a matter of cutting. QUrl mends what is not plain.
+
+using urltext::isThere;
+using urltext::Parts;
+using urltext::split;
+using urltext::text;
+using urltext::View;
+using urltext::view;
+
 namespace {
 
-QString strictlyEncoded(const QString& text)
+struct Authority
 {
-    return QString::fromLatin1(QUrl::toPercentEncoding(text));
+    View userInfo;
+    View host;
+    View port;
+};
+
+Authority authority(const QString& url)
+{
+    View rest = split(view(url)).authority;
+    Authority parts;
+    const std::size_t at = rest.rfind(u'@');
+    if (at != View::npos) {
+        parts.userInfo = rest.substr(0, at);
+        rest.remove_prefix(at + 1);
+    }
+    const std::size_t colon = rest.rfind(u':');
+    if (colon != View::npos && rest.find(u']', colon) == View::npos)
+        parts.port = rest.substr(colon + 1);
+    parts.host = rest.substr(0, isThere(parts.port) ? colon : View::npos);
+    if (parts.host.substr(0, 1) == u"[")
+        parts.host = parts.host.substr(1, parts.host.size() - 2);
+    return parts;
 }
 
 } // namespace
 
 TavuUrl::TavuUrl(const QString& encoded)
-    : TavuUrl(fromEncoded(encoded.toUtf8()))
 {
+    if (urltext::isPlain(view(encoded)))
+        m_encoded = encoded;
+    else
+        take(QUrl(encoded, QUrl::TolerantMode));
 }
 
 TavuUrl TavuUrl::fromEncoded(const QByteArray& encoded)
 {
-    TavuUrl url;
-    url.m_url = QUrl::fromEncoded(encoded, QUrl::TolerantMode);
-    return url;
+    return TavuUrl(QString::fromStdString(encoded.toStdString()));
 }
 
-QByteArray TavuUrl::toEncoded() const
+void TavuUrl::take(const QUrl& url)
 {
-    return m_url.toEncoded();
+    m_encoded = QString::fromLatin1(url.toEncoded());
+    m_broken = m_encoded.isEmpty() && !url.isEmpty();
 }
 
-QString TavuUrl::toString() const
+QString TavuUrl::scheme() const
 {
-    return QString::fromUtf8(toEncoded());
+    return text(split(view(m_encoded)).scheme);
+}
+
+void TavuUrl::setScheme(const QString& scheme)
+{
+    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
+    url.setScheme(scheme);
+    take(url);
+}
+
+QString TavuUrl::host() const
+{
+    return text(authority(m_encoded).host);
+}
+
+void TavuUrl::setHost(const QString& host)
+{
+    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
+    url.setHost(host);
+    take(url);
+}
+
+int TavuUrl::port() const
+{
+    const QString port = text(authority(m_encoded).port);
+    return port.isEmpty() ? -1 : port.toInt();
+}
+
+void TavuUrl::setPort(int port)
+{
+    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
+    url.setPort(port);
+    take(url);
+}
+
+bool TavuUrl::hasUserInfo() const
+{
+    return !authority(m_encoded).userInfo.empty();
+}
+
+QString TavuUrl::path() const
+{
+    return text(split(view(m_encoded)).path);
 }
 
 void TavuUrl::setPath(const QString& encoded)
 {
-    m_url.setPath(encoded, QUrl::TolerantMode);
+    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
+    url.setPath(encoded, QUrl::TolerantMode);
+    take(url);
 }
 
 QString TavuUrl::fragment() const
 {
-    return m_url.fragment(QUrl::FullyDecoded);
+    const View fragment = split(view(m_encoded)).fragment;
+    return isThere(fragment) ? QUrl::fromPercentEncoding(text(fragment).toLatin1()) : QString();
 }
 
 void TavuUrl::setFragment(const QString& decoded)
 {
-    m_url.setFragment(decoded.isNull() ? QString() : strictlyEncoded(decoded));
+    const QString encoded = percentEncoded(decoded);
+    Parts parts = split(view(m_encoded));
+    parts.fragment = decoded.isNull() ? View() : view(encoded);
+    m_encoded = urltext::joined(parts);
 }
 
 TavuUrl::QueryItems TavuUrl::queryItems() const
 {
     QueryItems items;
-    const QString query = m_url.query(QUrl::FullyEncoded);
+    const QString query = text(split(view(m_encoded)).query);
     for (const QString& item : query.split(QLatin1Char('&'), Qt::SkipEmptyParts)) {
         const int equals = item.indexOf(QLatin1Char('='));
         if (equals < 0)
@@ -69,20 +153,24 @@ void TavuUrl::setQueryItems(const QueryItems& items)
     QStringList query;
     for (const auto& [name, value] : items)
         query.append(value.isNull() ? name : name + QLatin1Char('=') + value);
-    m_url.setQuery(query.isEmpty() ? QString() : query.join(QLatin1Char('&')));
+    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
+    url.setQuery(query.isEmpty() ? QString() : query.join(QLatin1Char('&')));
+    take(url);
 }
 
 void TavuUrl::addQueryItem(const QString& name, const QString& value)
 {
     QueryItems items = queryItems();
-    items.append({ strictlyEncoded(name), QLatin1String("") + strictlyEncoded(value) });
+    items.append({ percentEncoded(name), QLatin1String("") + percentEncoded(value) });
     setQueryItems(items);
 }
 
 TavuUrl TavuUrl::resolved(const TavuUrl& relative) const
 {
+    if (!isValid() || relative.m_broken)
+        return relative;
     TavuUrl url;
-    url.m_url = m_url.resolved(relative.m_url);
+    url.m_encoded = urltext::resolved(view(m_encoded), view(relative.m_encoded));
     return url;
 }
 

@@ -7,9 +7,10 @@
 #include <QMetaType>
 #include <QPair>
 #include <QString>
-#include <QUrl>
 
 #include <iosfwd>
+
+class QUrl;
 
 /// A URL or a relative reference (RFC 3986). Works on the encoded parts: what is read and written
 /// back is the same URL, with every encoded reserved character ("%2F", "%2B", "%25") still encoded
@@ -27,28 +28,31 @@ public:
     explicit TavuUrl(const QString& encoded);
 
     static TavuUrl fromEncoded(const QByteArray& encoded);
-    QByteArray toEncoded() const;
-    /// As toEncoded(), for people and log lines.
-    QString toString() const;
+    /// Empty when the URL is invalid.
+    QByteArray toEncoded() const { return m_encoded.toLatin1(); }
+    /// As toEncoded(), as a text.
+    const QString& toString() const { return m_encoded; }
 
-    bool isEmpty() const { return m_url.isEmpty(); }
+    bool isEmpty() const { return m_encoded.isEmpty() && !m_broken; }
     /// Not empty and well-formed; a relative reference is valid.
-    bool isValid() const { return m_url.isValid() && !m_url.isEmpty(); }
+    bool isValid() const { return !m_encoded.isEmpty(); }
 
-    QString scheme() const { return m_url.scheme(); }
-    void setScheme(const QString& scheme) { m_url.setScheme(scheme); }
+    // Parts. Setting one to what cannot be a part makes the URL invalid.
+    QString scheme() const;
+    void setScheme(const QString& scheme);
     /// In the form that is sent (lower case, punycode), without port.
-    QString host() const { return m_url.host(QUrl::FullyEncoded); }
-    void setHost(const QString& host) { m_url.setHost(host); }
+    QString host() const;
+    void setHost(const QString& host);
     /// -1 when the URL names none.
-    int port() const { return m_url.port(); }
-    void setPort(int port) { m_url.setPort(port); }
-    bool hasUserInfo() const { return !m_url.userInfo().isEmpty(); }
+    int port() const;
+    void setPort(int port);
+    bool hasUserInfo() const;
     /// Encoded.
-    QString path() const { return m_url.path(QUrl::FullyEncoded); }
+    QString path() const;
     void setPath(const QString& encoded);
     /// Fully decoded.
     QString fragment() const;
+    /// Null takes the fragment away.
     void setFragment(const QString& decoded);
     QueryItems queryItems() const;
     void setQueryItems(const QueryItems& items);
@@ -61,12 +65,15 @@ public:
 
     friend bool operator==(const TavuUrl& a, const TavuUrl& b)
     {
-        return a.toEncoded() == b.toEncoded();
+        return a.m_encoded == b.m_encoded;
     }
     friend bool operator!=(const TavuUrl& a, const TavuUrl& b) { return !(a == b); }
 
 private:
-    QUrl m_url;
+    void take(const QUrl& url);
+
+    QString m_encoded; // Spelled in the one way that this class writes a URL.
+    bool m_broken = false; // It was made from something that is no URL.
 };
 
 /// The encoded URL.
