@@ -54,7 +54,8 @@ private:
         TavuRoles* row, const TavuAmazonMusicItemDescription& item, const TavuUrl& pageUrl) const;
     void fillPlayable(
         TavuRoles* row, const TavuAmazonMusicItemDescription& item, const TavuUrl& pageUrl) const;
-    void fillTrack(TavuRoles* row, const TavuAmazonMusicItemDescription& item) const;
+    void fillTrack(TavuRoles* row, const TavuAmazonMusicItemDescription& item,
+        const TavuAmazonMusicTrackDefinition& definition) const;
     TavuMediaData playableMediaData(const TavuAmazonMusicItemDescription& item,
         const QString& album, const TavuUrl& ratingUrl) const;
 

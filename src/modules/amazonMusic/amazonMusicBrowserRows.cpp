@@ -29,16 +29,19 @@ QString selfUrlParam()
 CMPath browsePath(const TavuUrl& pageUrl, const QString& text)
 {
     AMAZON_MUSIC_ENTER();
-    const TavuUrl url = pageUrl.resolved(TavuUrl(text));
-    return TavuAmazonMusicBrowsePath().addParam(urlParam(), QString::fromUtf8(url.toEncoded()));
+    return TavuAmazonMusicBrowsePath().addParam(
+        urlParam(), pageUrl.resolved(TavuUrl(text)).toString());
 }
 
-QString clockTime(qint64 duration)
+/// As Qt::TextDate writes it, which takes ten times as long.
+QString clockTime(const QTime& time)
 {
     AMAZON_MUSIC_ENTER();
-    // A clock starts anew each day; the remainder also keeps what no int can hold.
-    const int sinceMidnight = static_cast<int>(duration % dayMs);
-    return QTime(0, 0, 0, 0).addMSecs(sinceMidnight).toString(Qt::TextDate);
+    const auto digit = [](int number) { return QLatin1Char(static_cast<char>('0' + number)); };
+    const QChar text[] = { digit(time.hour() / 10), digit(time.hour() % 10), QLatin1Char(':'),
+        digit(time.minute() / 10), digit(time.minute() % 10), QLatin1Char(':'),
+        digit(time.second() / 10), digit(time.second() % 10) };
+    return QString(text, 8);
 }
 
 QString titleWithDuration(const QString& title, qint64 duration)
@@ -46,8 +49,9 @@ QString titleWithDuration(const QString& title, qint64 duration)
     AMAZON_MUSIC_ENTER();
     if (duration <= shownDuration)
         return title;
-    // The title stays out of it: it may have a "%1" of its own.
-    return title + QStringLiteral(" (%1)").arg(clockTime(duration), 0, QLatin1Char(' '));
+    // A clock starts anew each day; the remainder also keeps what no int can hold.
+    const QTime time = QTime(0, 0, 0, 0).addMSecs(static_cast<int>(duration % dayMs));
+    return title + QLatin1String(" (") + clockTime(time) + QLatin1Char(')');
 }
 
 TavuMediaData folderMediaData()
@@ -68,7 +72,7 @@ void fillRefusedTrack(TavuRoles* row, const QString& error, const TavuUrl& pageU
     row->setType(TavuRolesType::Folder);
     row->setIcon(QStringLiteral("skin:iconMusic"));
     row->setPath(TavuAmazonMusicBrowsePath()
-                     .addParam(urlParam(), QString::fromUtf8(pageUrl.toEncoded()))
+                     .addParam(urlParam(), pageUrl.toString())
                      .addParam(QStringLiteral("error"), error));
 }
 
@@ -125,20 +129,20 @@ void AmazonMusicBrowser::fillPlayable(
         row->setAudioType(TavuRolesAudioType::Station);
         row->setMediaData(playableMediaData(item, QString(), TavuUrl()));
     } else if (definition.errorInst().isEmpty()) {
-        fillTrack(row, item);
+        fillTrack(row, item, definition);
     } else {
         fillRefusedTrack(row, definition.error(), pageUrl);
     }
 }
 
-void AmazonMusicBrowser::fillTrack(TavuRoles* row, const TavuAmazonMusicItemDescription& item) const
+void AmazonMusicBrowser::fillTrack(TavuRoles* row, const TavuAmazonMusicItemDescription& item,
+    const TavuAmazonMusicTrackDefinition& definition) const
 {
     AMAZON_MUSIC_ENTER();
-    const TavuAmazonMusicTrackDefinition definition = item.playableInst().trackDefinitionInst();
     row->setAudioType(TavuRolesAudioType::Tracks);
     row->setTitle(titleWithDuration(row->title(), definition.duration()));
-    row->setMediaData(playableMediaData(item, definition.album().name(),
-        TavuUrl::fromEncoded(definition.trackRatingUrl().toUtf8())));
+    row->setMediaData(
+        playableMediaData(item, definition.album().name(), TavuUrl(definition.trackRatingUrl())));
 }
 
 TavuMediaData AmazonMusicBrowser::playableMediaData(const TavuAmazonMusicItemDescription& item,
@@ -176,8 +180,8 @@ TavuMediaData AmazonMusicBrowser::createMediaData(
     metaData.setServiceID(TavuService_AmazonMusic_Id());
     metaData.setPlayLogicPath(TavuAmazonMusicPlayLogicPath());
     if (ratingUrl.isValid())
-        metaData.setLikeItPath(TavuAmazonMusicBrowseRatingPath().addParam(
-            urlParam(), QString::fromUtf8(ratingUrl.toEncoded())));
+        metaData.setLikeItPath(
+            TavuAmazonMusicBrowseRatingPath().addParam(urlParam(), ratingUrl.toString()));
     TavuMediaData mediaData;
     mediaData.setMetaData(metaData);
     return mediaData;

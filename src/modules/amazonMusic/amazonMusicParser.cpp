@@ -5,14 +5,22 @@
 #include "tavujson.h"
 #include "tavupaths.h"
 
+#include <utility>
+
 namespace {
+
+void warnOfMissing(const QString& key, const QString& hashName)
+{
+    AMAZON_MUSIC_ENTER();
+    LOG4CPLUS_WARN(logger(), "Hash \"" << hashName << "\" doesn't contain key \"" << key << '"');
+}
 
 QVariant get(const TavuHash& hash, const QString& key, const QString& hashName)
 {
     AMAZON_MUSIC_ENTER();
     if (hash.__contains(key))
         return hash.__value(key);
-    LOG4CPLUS_WARN(logger(), "Hash \"" << hashName << "\" doesn't contain key \"" << key << '"');
+    warnOfMissing(key, hashName);
     return QVariant();
 }
 
@@ -23,26 +31,195 @@ Record record(const TavuHash& hash, const QString& key, const QString& hashName)
     return Record(get(hash, key, hashName).toHash());
 }
 
-/// `text`, relative to `base`, as an absolute URL.
-QString resolved(const QString& text, const TavuUrl& base)
-{
-    AMAZON_MUSIC_ENTER();
-    return QString::fromLatin1(base.resolved(TavuUrl(text)).toEncoded());
-}
-
 TavuAmazonMusic document(const QByteArray& body)
 {
     AMAZON_MUSIC_ENTER();
     return TavuAmazonMusic(TavuHash(TavuJson::parse(body).toHash()));
 }
 
-/// The key that `reference` names, or the one of the document's primary object.
-QString keyOrResult(
-    const AmazonMusicParser& parser, const QString& reference, const TavuAmazonMusic& doc)
+bool isLocal(const QString& reference)
 {
     AMAZON_MUSIC_ENTER();
-    const QString key = parser.removeLocalReference(reference);
-    return key.isEmpty() ? parser.removeLocalReference(doc.result()) : key;
+    return reference.startsWith(QLatin1Char('#'));
+}
+
+QString keyOf(QString reference)
+{
+    AMAZON_MUSIC_ENTER();
+    return isLocal(reference) ? reference.remove(0, 1) : reference;
+}
+
+/// The key that `reference` names, or the one of the document's primary object.
+QString keyOrResult(const QString& reference, const TavuAmazonMusic& doc)
+{
+    AMAZON_MUSIC_ENTER();
+    const QString key = keyOf(reference);
+    return key.isEmpty() ? keyOf(doc.result()) : key;
+}
+
+/// `text`, relative to `base`, as an absolute URL.
+QString resolved(const QString& text, const TavuUrl& base)
+{
+    AMAZON_MUSIC_ENTER();
+    return base.resolved(TavuUrl(text)).toString();
+}
+
+TavuAmazonMusicTrackPointer resolved(TavuAmazonMusicTrackPointer pointer, const TavuUrl& base)
+{
+    AMAZON_MUSIC_ENTER();
+    const QString chunk = pointer.chunk();
+    if (!chunk.isEmpty())
+        pointer.setChunkUrl(resolved(chunk, base));
+    return pointer;
+}
+
+/// Completes the records of one document. A record is taken out of its collection, completed and
+/// put back, so that its fields need not be copied: a page of a service has thousands of them.
+class Completion
+{
+public:
+    Completion(TavuAmazonMusic doc, TavuUrl base)
+        : m_base(std::move(base))
+        , m_items(taken(&doc, TavuAmazonMusic::ItemDescriptions()))
+        , m_playables(taken(&doc, TavuAmazonMusic::Playables()))
+        , m_instances(taken(&doc, TavuAmazonMusic::TrackInstances()))
+        , m_definitions(taken(&doc, TavuAmazonMusic::TrackDefinitions()))
+        , m_doc(std::move(doc))
+    {
+        AMAZON_MUSIC_ENTER();
+    }
+
+    void complete(TavuAmazonMusicTrackDefinition* definition);
+    void complete(TavuAmazonMusicPlayable* playable);
+    void complete(TavuAmazonMusicItemDescription* item);
+    void complete(TavuAmazonMusicTrackInstance* instance);
+
+    // The completed record of the key; an empty one, completed too, when there is none.
+    TavuAmazonMusicTrackDefinition definition(const QString& key);
+    TavuAmazonMusicPlayable playable(const QString& key);
+    TavuAmazonMusicItemDescription item(const QString& key);
+    TavuAmazonMusicTrackInstance instance(const QString& key);
+
+private:
+    static QVariantHash taken(TavuHash* record, const QString& key);
+    template <class Record>
+    Record completed(QVariantHash* collection, const QString& key, const QString& hashName);
+
+    TavuUrl m_base;
+    QVariantHash m_items;
+    QVariantHash m_playables;
+    QVariantHash m_instances;
+    QVariantHash m_definitions;
+    TavuAmazonMusic m_doc; // Without these four.
+};
+
+QVariantHash Completion::taken(TavuHash* record, const QString& key)
+{
+    AMAZON_MUSIC_ENTER();
+    const QVariantHash field = record->__value(key).toHash();
+    record->__remove(key);
+    return field;
+}
+
+template <class Record>
+Record Completion::completed(QVariantHash* collection, const QString& key, const QString& hashName)
+{
+    AMAZON_MUSIC_ENTER();
+    const auto place = collection->find(key);
+    if (place == collection->end()) {
+        warnOfMissing(key, hashName);
+        Record none;
+        complete(&none);
+        return none;
+    }
+    Record record(place->toHash());
+    place->clear();
+    complete(&record);
+    *place = record.__variant();
+    return record;
+}
+
+TavuAmazonMusicTrackDefinition Completion::definition(const QString& key)
+{
+    AMAZON_MUSIC_ENTER();
+    return completed<TavuAmazonMusicTrackDefinition>(
+        &m_definitions, key, QStringLiteral("trackDefinitions"));
+}
+
+TavuAmazonMusicPlayable Completion::playable(const QString& key)
+{
+    AMAZON_MUSIC_ENTER();
+    return completed<TavuAmazonMusicPlayable>(&m_playables, key, QStringLiteral("playables"));
+}
+
+TavuAmazonMusicItemDescription Completion::item(const QString& key)
+{
+    AMAZON_MUSIC_ENTER();
+    return completed<TavuAmazonMusicItemDescription>(
+        &m_items, key, QStringLiteral("itemDescriptions"));
+}
+
+TavuAmazonMusicTrackInstance Completion::instance(const QString& key)
+{
+    AMAZON_MUSIC_ENTER();
+    return completed<TavuAmazonMusicTrackInstance>(
+        &m_instances, key, QStringLiteral("trackInstances"));
+}
+
+void Completion::complete(TavuAmazonMusicTrackDefinition* definition)
+{
+    AMAZON_MUSIC_ENTER();
+    const QString ratingUri = definition->trackRating().ratingURI();
+    if (!ratingUri.isEmpty())
+        definition->setTrackRatingUrl(resolved(ratingUri, m_base));
+    const QString error = definition->error();
+    if (isLocal(error))
+        definition->setErrorInst(record<TavuAmazonMusicGeneralErrorReport>(
+            m_doc.generalErrorReports(), keyOf(error), QStringLiteral("generalErrorReports")));
+}
+
+void Completion::complete(TavuAmazonMusicPlayable* playable)
+{
+    AMAZON_MUSIC_ENTER();
+    const QString reference = playable->trackDefinition();
+    if (isLocal(reference))
+        playable->setTrackDefinitionInst(definition(keyOf(reference)));
+    // Let go of before it is changed, for it would be copied otherwise.
+    const TavuAmazonMusicTrackPointer none;
+    TavuAmazonMusicTrackPointer natural = playable->naturalTrackPointer();
+    playable->setNaturalTrackPointer(none);
+    playable->setNaturalTrackPointer(resolved(std::move(natural), m_base));
+    TavuAmazonMusicTrackPointer shuffle = playable->shuffleTrackPointer();
+    playable->setShuffleTrackPointer(none);
+    playable->setShuffleTrackPointer(resolved(std::move(shuffle), m_base));
+    if (playable->__contains(TavuAmazonMusicPlayable::SelfData()))
+        playable->setSelfDataUrl(resolved(playable->selfData(), m_base));
+}
+
+void Completion::complete(TavuAmazonMusicItemDescription* item)
+{
+    AMAZON_MUSIC_ENTER();
+    const QString summary = item->summary();
+    if (isLocal(summary))
+        item->setSummaryInst(
+            record<TavuAmazonMusicNavigationNodeSummary>(m_doc.navigationNodeSummaries(),
+                keyOf(summary), QStringLiteral("navigationNodeSummaries")));
+    const QString reference = item->playable();
+    if (isLocal(reference))
+        item->setPlayableInst(playable(keyOf(reference)));
+    if (!reference.isEmpty())
+        item->setPlayableUrl(resolved(reference, m_base));
+}
+
+void Completion::complete(TavuAmazonMusicTrackInstance* instance)
+{
+    AMAZON_MUSIC_ENTER();
+    const QString collector = instance->playbackEventCollector();
+    if (!collector.isEmpty())
+        instance->setPlaybackEventCollectorUrl(resolved(collector, m_base));
+    if (instance->__contains(TavuAmazonMusicTrackInstance::SelfData()))
+        instance->setSelfDataUrl(resolved(instance->selfData(), m_base));
+    instance->setTrackDefinitionInst(definition(keyOf(instance->trackDefinition())));
 }
 
 TavuRoles headerRow(const TavuAmazonMusicGeneralErrorReport& report)
@@ -92,131 +269,79 @@ TavuRoles optionRow(const TavuAmazonMusicGeneralErrorReportOption& option)
 bool AmazonMusicParser::isLocalReference(const QString& ref) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    return ref.startsWith(QLatin1Char('#'));
+    return isLocal(ref);
 }
 
 QString AmazonMusicParser::removeLocalReference(QString ref) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    return isLocalReference(ref) ? ref.remove(0, 1) : ref;
+    return keyOf(std::move(ref));
 }
 
 TavuAmazonMusicTrackPointer AmazonMusicParser::resolveTrackPointer(
     TavuAmazonMusicTrackPointer pointer, const TavuUrl& base) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    const QString chunk = pointer.chunk();
-    if (!chunk.isEmpty())
-        pointer.setChunkUrl(resolved(chunk, base));
-    return pointer;
+    return resolved(std::move(pointer), base);
 }
 
 void AmazonMusicParser::fillTrackDefinition(TavuAmazonMusicTrackDefinition* definition,
     const TavuAmazonMusic& doc, const TavuUrl& base) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    const QString ratingUri = definition->trackRating().ratingURI();
-    if (!ratingUri.isEmpty())
-        definition->setTrackRatingUrl(resolved(ratingUri, base));
-    const QString error = definition->error();
-    if (isLocalReference(error))
-        definition->setErrorInst(
-            record<TavuAmazonMusicGeneralErrorReport>(doc.generalErrorReports(),
-                removeLocalReference(error), QStringLiteral("generalErrorReports")));
+    Completion(doc, base).complete(definition);
 }
 
 void AmazonMusicParser::fillItemPlayable(
     TavuAmazonMusicPlayable* playable, const TavuAmazonMusic& doc, const TavuUrl& base) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    const QString reference = playable->trackDefinition();
-    if (isLocalReference(reference)) {
-        auto definition = record<TavuAmazonMusicTrackDefinition>(doc.trackDefinitions(),
-            removeLocalReference(reference), QStringLiteral("trackDefinitions"));
-        fillTrackDefinition(&definition, doc, base);
-        playable->setTrackDefinitionInst(definition);
-    }
-    playable->setNaturalTrackPointer(resolveTrackPointer(playable->naturalTrackPointer(), base));
-    playable->setShuffleTrackPointer(resolveTrackPointer(playable->shuffleTrackPointer(), base));
-    if (playable->__contains(TavuAmazonMusicPlayable::SelfData()))
-        playable->setSelfDataUrl(resolved(playable->selfData(), base));
+    Completion(doc, base).complete(playable);
 }
 
 void AmazonMusicParser::fillItemDescription(
     TavuAmazonMusicItemDescription* item, const TavuAmazonMusic& doc, const TavuUrl& base) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    const QString summary = item->summary();
-    if (isLocalReference(summary))
-        item->setSummaryInst(
-            record<TavuAmazonMusicNavigationNodeSummary>(doc.navigationNodeSummaries(),
-                removeLocalReference(summary), QStringLiteral("navigationNodeSummaries")));
-    const QString reference = item->playable();
-    if (isLocalReference(reference)) {
-        auto playable = record<TavuAmazonMusicPlayable>(
-            doc.playables(), removeLocalReference(reference), QStringLiteral("playables"));
-        fillItemPlayable(&playable, doc, base);
-        item->setPlayableInst(playable);
-    }
-    if (!reference.isEmpty())
-        item->setPlayableUrl(resolved(reference, base));
+    Completion(doc, base).complete(item);
 }
 
 void AmazonMusicParser::fillTrackInstance(
     TavuAmazonMusicTrackInstance* instance, const TavuAmazonMusic& doc, const TavuUrl& base) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    const QString collector = instance->playbackEventCollector();
-    if (!collector.isEmpty())
-        instance->setPlaybackEventCollectorUrl(resolved(collector, base));
-    if (instance->__contains(TavuAmazonMusicTrackInstance::SelfData()))
-        instance->setSelfDataUrl(resolved(instance->selfData(), base));
-    auto definition = record<TavuAmazonMusicTrackDefinition>(doc.trackDefinitions(),
-        removeLocalReference(instance->trackDefinition()), QStringLiteral("trackDefinitions"));
-    fillTrackDefinition(&definition, doc, base);
-    instance->setTrackDefinitionInst(definition);
+    Completion(doc, base).complete(instance);
 }
 
 TavuAmazonMusicPlayable AmazonMusicParser::parsePlayableResponse(
     const QByteArray& body, const TavuUrl& url) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    const TavuAmazonMusic doc = document(body);
-    auto playable = record<TavuAmazonMusicPlayable>(
-        doc.playables(), url.fragment(), QStringLiteral("playables"));
-    fillItemPlayable(&playable, doc, url);
-    return playable;
+    return Completion(document(body), url).playable(url.fragment());
 }
 
 TavuAmazonMusicTrackInstance AmazonMusicParser::parseTrackInstanceResponse(
     const QByteArray& body, const TavuUrl& url) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    const TavuAmazonMusic doc = document(body);
-    const QString key = keyOrResult(*this, url.fragment(), doc);
-    auto instance = record<TavuAmazonMusicTrackInstance>(
-        doc.trackInstances(), key, QStringLiteral("trackInstances"));
-    fillTrackInstance(&instance, doc, url);
-    return instance;
+    TavuAmazonMusic doc = document(body);
+    const QString key = keyOrResult(url.fragment(), doc);
+    return Completion(std::move(doc), url).instance(key);
 }
 
 TavuAmazonMusicNavigationNodeDescription AmazonMusicParser::parseBrowseResponse(
     const QByteArray& body, const TavuUrl& url) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    const TavuAmazonMusic doc = document(body);
-    const QString key = keyOrResult(*this, url.fragment(), doc);
+    TavuAmazonMusic doc = document(body);
+    const QString key = keyOrResult(url.fragment(), doc);
     auto page = record<TavuAmazonMusicNavigationNodeDescription>(
         doc.navigationNodeDescriptions(), key, QStringLiteral("navigationNodeDescriptions"));
-    const QStringList entries = page.items();
-    const TavuHash descriptions = doc.itemDescriptions();
+    Completion completion(std::move(doc), url);
     TavuList<TavuAmazonMusicItemDescription> items;
-    for (const QString& entry : entries) {
-        auto item = record<TavuAmazonMusicItemDescription>(
-            descriptions, removeLocalReference(entry), QStringLiteral("itemDescriptions"));
-        fillItemDescription(&item, doc, url);
-        items.append(item);
-    }
+    const QStringList entries = page.items();
+    for (const QString& entry : entries)
+        items.append(completion.item(keyOf(entry)));
     page.setItemsInst(items);
     return page;
 }
@@ -225,26 +350,21 @@ TavuAmazonMusicTrackContainerChunkDescription AmazonMusicParser::parseChunkRespo
     const QByteArray& body, const TavuUrl& url) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    const TavuAmazonMusic doc = document(body);
-    QString key = url.fragment();
-    if (key.isEmpty())
-        key = QStringLiteral("chunk");
+    TavuAmazonMusic doc = document(body);
+    const QString fragment = url.fragment();
     auto chunk =
         record<TavuAmazonMusicTrackContainerChunkDescription>(doc.trackContainerChunkDescriptions(),
-            key, QStringLiteral("trackContainerChunkDescriptions"));
-    const QStringList entries = chunk.trackInstances();
-    const TavuHash instances = doc.trackInstances();
+            fragment.isEmpty() ? QStringLiteral("chunk") : fragment,
+            QStringLiteral("trackContainerChunkDescriptions"));
+    Completion completion(std::move(doc), url);
     TavuList<TavuAmazonMusicTrackInstance> items;
-    for (const QString& entry : entries) {
-        auto instance = record<TavuAmazonMusicTrackInstance>(
-            instances, removeLocalReference(entry), QStringLiteral("trackInstances"));
-        fillTrackInstance(&instance, doc, url);
-        items.append(instance);
-    }
-    chunk.setFirstTrackPointer(resolveTrackPointer(chunk.firstTrackPointer(), url));
-    chunk.setLastTrackPointer(resolveTrackPointer(chunk.lastTrackPointer(), url));
-    chunk.setNextTrackPointer(resolveTrackPointer(chunk.nextTrackPointer(), url));
-    chunk.setPrevTrackPointer(resolveTrackPointer(chunk.prevTrackPointer(), url));
+    const QStringList entries = chunk.trackInstances();
+    for (const QString& entry : entries)
+        items.append(completion.instance(keyOf(entry)));
+    chunk.setFirstTrackPointer(resolved(chunk.firstTrackPointer(), url));
+    chunk.setLastTrackPointer(resolved(chunk.lastTrackPointer(), url));
+    chunk.setNextTrackPointer(resolved(chunk.nextTrackPointer(), url));
+    chunk.setPrevTrackPointer(resolved(chunk.prevTrackPointer(), url));
     chunk.setItemsInst(items);
     return chunk;
 }
@@ -254,7 +374,7 @@ TavuAmazonMusicGeneralErrorReport AmazonMusicParser::parseGeneralErrorReport(
 {
     AMAZON_MUSIC_ENTER_SCOPE();
     const TavuAmazonMusic doc = document(body);
-    const QString key = keyOrResult(*this, id, doc);
+    const QString key = keyOrResult(id, doc);
     return record<TavuAmazonMusicGeneralErrorReport>(
         doc.generalErrorReports(), key, QStringLiteral("generalErrorReports"));
 }

@@ -27,6 +27,13 @@ public:
     const QVariantHash& __hash() const { return m_hash; }
     QVariant __variant() const { return m_hash; }
     QVariant __value(const QString& key) const { return m_hash.value(key); }
+    /// As __value(), without a copy: good until the record changes.
+    const QVariant& __field(const QString& key) const
+    {
+        static const QVariant none;
+        const auto field = m_hash.constFind(key);
+        return field != m_hash.constEnd() ? *field : none;
+    }
     void __set(const QString& key, const QVariant& value) { m_hash.insert(key, value); }
     void __remove(const QString& key) { m_hash.remove(key); }
 
@@ -110,7 +117,7 @@ public:                                                                         
     }                                                                                              \
     Type getter() const                                                                            \
     {                                                                                              \
-        return TavuField<Type>::read(m_hash.value(Name()));                                        \
+        return TavuField<Type>::read(__field(Name()));                                             \
     }                                                                                              \
     void set##Name(const Type& value)                                                              \
     {                                                                                              \

@@ -4,11 +4,6 @@
 
 namespace {
 
-CMPath amazonMusic(const char* subpath)
-{
-    return TavuAmazonMusicPrefixPath() + QString::fromLatin1(subpath);
-}
-
 CMPath amazonMusicSetting(const char* name)
 {
     return CMPath(QStringLiteral("/settings/amazonMusic/") + QString::fromLatin1(name));
@@ -25,37 +20,37 @@ CMPath TavuAmazonMusicPrefixPath()
 
 CMPath TavuAmazonMusicBrowsePath()
 {
-    return amazonMusic("browse");
+    return CMPath(QStringLiteral("/AmazonMusic/browse"));
 }
 
 CMPath TavuAmazonMusicSearchPath()
 {
-    return amazonMusic("search");
+    return CMPath(QStringLiteral("/AmazonMusic/search"));
 }
 
 CMPath TavuAmazonMusicPlayLogicPath()
 {
-    return amazonMusic("playLogic");
+    return CMPath(QStringLiteral("/AmazonMusic/playLogic"));
 }
 
 CMPath TavuAmazonMusicPrePlayPath()
 {
-    return amazonMusic("prePlay");
+    return CMPath(QStringLiteral("/AmazonMusic/prePlay"));
 }
 
 CMPath TavuAmazonMusicBrowsePostActionPath()
 {
-    return amazonMusic("action/post");
+    return CMPath(QStringLiteral("/AmazonMusic/action/post"));
 }
 
 CMPath TavuAmazonMusicBrowseRatingPath()
 {
-    return amazonMusic("action/rating");
+    return CMPath(QStringLiteral("/AmazonMusic/action/rating"));
 }
 
 CMPath TavuAmazonMusicBrowseCloseActionPath()
 {
-    return amazonMusic("action/close");
+    return CMPath(QStringLiteral("/AmazonMusic/action/close"));
 }
 
 CMPath TavuAmazonMusicBaseUrlPath()

@@ -20,6 +20,13 @@ qint64 saturated(double number)
     return static_cast<qint64>(number);
 }
 
+/// The value of a variant that is known to hold a `T`: no conversion, no second look.
+template <class T>
+const T& held(const QVariant& value)
+{
+    return *static_cast<const T*>(value.constData());
+}
+
 bool isContainer(const QVariant& value)
 {
     switch (static_cast<QMetaType::Type>(value.type())) {
@@ -68,6 +75,8 @@ bool toBool(const QVariant& value)
 
 QString toText(const QVariant& value)
 {
+    if (value.userType() == QMetaType::QString)
+        return held<QString>(value);
     return isContainer(value) ? QString() : value.toString();
 }
 
@@ -86,11 +95,15 @@ QStringList toTexts(const QVariant& value)
 QVariantList toList(const QVariant& value)
 {
     // QVariant turns a lone text into a list of one; a text is no list here.
+    if (value.userType() == QMetaType::QVariantList)
+        return held<QVariantList>(value);
     return isContainer(value) ? value.toList() : QVariantList();
 }
 
 QVariantHash toHash(const QVariant& value)
 {
+    if (value.userType() == QMetaType::QVariantHash)
+        return held<QVariantHash>(value);
     return value.toHash();
 }
 
