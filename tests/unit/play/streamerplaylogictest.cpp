@@ -610,6 +610,17 @@ TEST_F(StreamerPlayLogicTest, stops_when_the_logic_finds_nothing_to_follow_a_fai
     EXPECT_EQ(m_failures, QStringList{ QStringLiteral("No more tracks.") });
 }
 
+TEST_F(StreamerPlayLogicTest, a_lost_output_ends_playback_instead_of_skipping)
+{
+    playAndStart(item("one"));
+    CMError lost = failure("no sound device");
+    lost.setName(Streamer::outputErrorName());
+    m_streamer.tellFailed(lost);
+    EXPECT_EQ(m_failures, QStringList{ QStringLiteral("no sound device") });
+    EXPECT_TRUE(m_skipped.isEmpty());
+    EXPECT_EQ(m_logic->state(), State::Idle);
+}
+
 TEST_F(StreamerPlayLogicTest, a_failed_command_leaves_music_that_plays_alone)
 {
     playAndStart(item("one"));
