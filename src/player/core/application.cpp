@@ -2,6 +2,7 @@
 
 #include "cmroot.h"
 #include "cmvalueitem.h"
+#include "cmworker.h"
 #include "controlserver.h"
 #include "gststreamer.h"
 #include "httpclient.h"
@@ -37,31 +38,42 @@ StreamerOptions streamerOptions(const Settings& settings)
     return options;
 }
 
-CMPath accessTokenPath()
-{
-    return TavuOAuth2ServicePath()
-        .appendSubpath(TavuAmazonMusicName())
-        .appendSubpath(TavuOAuth2AccessTokenSubPath());
-}
-
 /// Tells the log of every access token, so that none stands in it.
 class TokenGuard : public QObject
 {
     Q_OBJECT
 
 public:
-    TokenGuard()
-        : m_item(
-            this, accessTokenPath(), this, SLOT(on_token_changed(TavuValue)), Qt::AutoConnection)
+    explicit TokenGuard(const OAuth2Service& oauth2)
     {
+        connect(&oauth2, &OAuth2Service::registered, this, &TokenGuard::watch);
     }
 
 public Q_SLOTS:
     void on_token_changed(const TavuValue& value) { addSecret(value.string().toStdString()); }
 
 private:
-    CMValueItem m_item;
+    void watch(const QString& service)
+    {
+        const CMPath path = TavuOAuth2ServicePath().appendSubpath(service).appendSubpath(
+            TavuOAuth2AccessTokenSubPath());
+        new CMValueItem(this, path, this, SLOT(on_token_changed(TavuValue)), Qt::AutoConnection);
+    }
 };
+
+/// The name of a plug-in's worker is all that a plug-in without sign-in tells of itself.
+Service serviceOf(const CMAbstractWorker* worker, const OAuth2Service& oauth2)
+{
+    const auto* named = qobject_cast<const CMWorker*>(worker);
+    Service service;
+    service.prefix = named ? named->prefix() : CMPath();
+    service.name = named ? named->name() : QString();
+    if (!oauth2.registrations().isEmpty()) {
+        service.account = oauth2.registrations().first().name;
+        service.name = oauth2.registrations().first().displayName;
+    }
+    return service;
+}
 
 } // namespace
 
@@ -70,6 +82,7 @@ struct Application::Parts
 {
     Parts(const Settings& settings, const QString& stateFolder)
         : oauth2(stateFolder)
+        , tokenGuard(oauth2)
         , gstreamer(streamerOptions(settings))
         , streamer(&gstreamer)
         , audio(&gstreamer)
@@ -232,12 +245,12 @@ void Application::loadPlugin()
     connect(&m_parts->plugin, &PluginHost::ready, this, &Application::on_plugin_ready);
     connect(&m_parts->plugin, &PluginHost::failed, this,
         [this](const QString& message) { giveUp(Failed, message); });
-    m_parts->plugin.load(m_pluginFile, {});
+    m_parts->plugin.load(m_pluginFile, pluginSettings(m_settings));
 }
 
 void Application::on_plugin_ready()
 {
-    m_parts->player.followService();
+    m_parts->player.followService(serviceOf(m_parts->plugin.worker(), m_parts->oauth2));
     if (m_settings.boolean("player.resume") && m_parts->keeper->wasPlaying())
         m_parts->player.command(PlayerFacade::Command::Resume);
     Q_EMIT ready();

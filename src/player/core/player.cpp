@@ -31,22 +31,12 @@ CMReply<T> failedReply(const CMError& error)
     return reply;
 }
 
-CMPath oauthPath(const QString& subpath)
-{
-    return (TavuOAuth2ServicePath() + TavuAmazonMusicName()).appendSubpath(subpath);
-}
-
 /// The screen that an answer leads to; empty when there is none.
 CMPath screenOf(const CMReply<QVariant>& reply)
 {
     if (reply.error().isSet())
         return CMPath();
     return TavuActionReply(tavuvariant::toHash(reply.value())).result().path();
-}
-
-PlayLogicInterface* playLogic()
-{
-    return PlayLogicInterface::instance(TavuAmazonMusicPlayLogicPath());
 }
 
 } // namespace
@@ -57,10 +47,6 @@ Player::Player(AudioControl* audio, QObject* parent)
 {
     connect(audio, &AudioControl::volumeChanged, this, &PlayerFacade::playerChanged);
     connect(audio, &AudioControl::outputsChanged, this, &PlayerFacade::outputsChanged);
-    new CMValueItem(this, oauthPath(TavuOAuth2LoggedInSubPath()), this,
-        SLOT(on_loggedIn_changed(TavuValue)), Qt::AutoConnection);
-    new CMValueItem(this, oauthPath(TavuOAuth2DeviceCodeSubPath()), this,
-        SLOT(on_deviceCode_changed(TavuValue)), Qt::AutoConnection);
     new CMValueItem(this, TavuPlayerPlayModePath(), this, SLOT(on_playMode_changed(TavuValue)),
         Qt::AutoConnection);
 }
@@ -69,7 +55,9 @@ Player::~Player() = default;
 
 CMReply<QVariant> Player::rows(const QString& path, int from, int to)
 {
-    const CMPath asked = path.isEmpty() ? TavuAmazonMusicBrowsePath() : CMPath::fromEncoded(path);
+    if (!m_service.isReady())
+        return failedReply<QVariant>(noService());
+    const CMPath asked = path.isEmpty() ? m_service.root() : CMPath::fromEncoded(path);
     watchRows(asked);
     const CMGetRowsRequest request(asked, from, to, rowRoles());
     auto result = CMReply<QVariant>::create();
@@ -121,8 +109,7 @@ CMReply<QVariant> Player::activatePath(
 
 CMReply<QVariant> Player::search(const QString& text, const QString& path)
 {
-    const CMPath container =
-        path.isEmpty() ? TavuAmazonMusicSearchPath() : CMPath::fromEncoded(path);
+    const CMPath container = path.isEmpty() ? m_service.searchScreen() : CMPath::fromEncoded(path);
     const auto result = withDeadline(CMReply<QVariant>::create());
     const CMReply<QVariant> found = rows(container.toEncoded(), 0, 0);
     cmchain::whenSucceeded(found, result, m_context, [this, result, text](const QVariant& screen) {
@@ -171,6 +158,11 @@ CMReply<QVariant> Player::command(Command command)
     return observed(withDeadline(transport(command)), QStringLiteral("player"));
 }
 
+PlayLogicInterface* Player::playLogic() const
+{
+    return PlayLogicInterface::instance(m_service.playLogic());
+}
+
 CMReply<QVariant> Player::transport(Command command)
 {
     PlayLogicInterface* logic = playLogic();
@@ -201,7 +193,7 @@ CMReply<QVariant> Player::pauseOrResume()
         return playLogic()->pause();
     auto reply = CMReply<QVariant>::create();
     // When the renewal fails the play logic is asked all the same: it judges the track by itself.
-    m_beforeResume([reply](const CMError&) {
+    m_beforeResume([this, reply](const CMError&) {
         if (PlayLogicInterface* logic = playLogic())
             cmchain::forward(logic->pause(), reply);
         else
@@ -348,12 +340,18 @@ void Player::invokeOAuth(const QString& subpath)
 {
     const auto reply = CMReply<QVariant>::create();
     observed(reply, QStringLiteral("login"));
-    CMRoot()->invoke(oauthPath(subpath), QVariant(), reply);
+    if (!m_service.isReady())
+        return reply.setError(noService());
+    if (!m_service.needsLogin())
+        return reply.setError(
+            CMError(TrString(TrCharData(trExtractContext("player"), "\"%1\" needs no sign-in."),
+                { m_service.name })));
+    CMRoot()->invoke(loginPath(subpath), QVariant(), reply);
 }
 
 QVariantHash Player::service() const
 {
-    return { { QStringLiteral("name"), QStringLiteral("Amazon Music") },
+    return { { QStringLiteral("name"), m_service.name },
         { QStringLiteral("version"), QStringLiteral(TAVU_VERSION) } };
 }
 

@@ -6,6 +6,7 @@
 #include "playerfacade.h"
 #include "ratinglog.h"
 #include "recenterrors.h"
+#include "service.h"
 #include "tavuoauth2devicecode.h"
 #include "tavuplaylogic.h"
 #include "tavuvalue.h"
@@ -14,7 +15,7 @@
 
 #include <functional>
 
-class StreamerPlayLogic;
+class PlayLogicInterface;
 
 namespace player {
 
@@ -47,8 +48,9 @@ public:
     /// Milliseconds into it, now.
     qint64 position() const;
 
-    /// Follows what the plug-in's play logic tells. Call it when the plug-in is ready.
-    void followService();
+    /// From now on this is the service that is browsed and played, and its play logic and login are
+    /// followed. Call it once, when the plug-in is ready.
+    void followService(const Service& service);
     /// Tells people of something that concerns the player as a whole.
     void addMessage(const QString& kind, const QString& title, const QString& text,
         const QString& source, const QVariantList& rows = {});
@@ -98,12 +100,17 @@ private:
     /// Calls back with the rows of a screen; with none when they cannot be had.
     void fetchScreen(const CMPath& screen, const std::function<void(const QVariantList&)>& use);
     void watchRows(const CMPath& path);
+    void followLogin();
+    void followPlayLogic();
+    PlayLogicInterface* playLogic() const;
+    CMPath loginPath(const QString& subpath) const;
     void invokeOAuth(const QString& subpath);
     void setPlayData(const TavuPlayLogicData& data);
     void setPosition(qint64 position);
     void fail(const CMError& error);
 
     AudioControl* m_audio;
+    Service m_service;
     BeforeResume m_beforeResume;
     StartAt m_startAt;
     MessageLog m_messages;

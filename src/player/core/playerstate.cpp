@@ -1,6 +1,7 @@
 #include "player.h"
 
 #include "cmroot.h"
+#include "cmvalueitem.h"
 #include "playlogicinterface.h"
 #include "streamerplaylogic.h"
 #include "tavupaths.h"
@@ -12,10 +13,32 @@
 
 namespace player {
 
-void Player::followService()
+void Player::followService(const Service& service)
 {
-    auto* logic = dynamic_cast<StreamerPlayLogic*>(
-        PlayLogicInterface::instance(TavuAmazonMusicPlayLogicPath()));
+    m_service = service;
+    if (m_service.needsLogin())
+        followLogin();
+    followPlayLogic();
+    watchRows(m_service.root());
+    Q_EMIT loginChanged();
+}
+
+CMPath Player::loginPath(const QString& subpath) const
+{
+    return (TavuOAuth2ServicePath() + m_service.account).appendSubpath(subpath);
+}
+
+void Player::followLogin()
+{
+    new CMValueItem(this, loginPath(TavuOAuth2LoggedInSubPath()), this,
+        SLOT(on_loggedIn_changed(TavuValue)), Qt::AutoConnection);
+    new CMValueItem(this, loginPath(TavuOAuth2DeviceCodeSubPath()), this,
+        SLOT(on_deviceCode_changed(TavuValue)), Qt::AutoConnection);
+}
+
+void Player::followPlayLogic()
+{
+    auto* logic = dynamic_cast<StreamerPlayLogic*>(playLogic());
     if (!logic)
         return;
     connect(logic, &StreamerPlayLogic::playbackDataChanged, this, &Player::setPlayData);
@@ -33,7 +56,6 @@ void Player::followService()
                     .toString(),
                 error.message(), QStringLiteral("player"));
         });
-    watchRows(TavuAmazonMusicBrowsePath());
 }
 
 void Player::setPlayData(const TavuPlayLogicData& data)
@@ -128,7 +150,7 @@ QString loginState(const TavuOAuth2DeviceCode& code, bool loggedIn)
 
 QVariantHash Player::login() const
 {
-    const QString state = loginState(m_deviceCode, m_loggedIn);
+    const QString state = loginState(m_deviceCode, m_loggedIn || !m_service.needsLogin());
     QVariantHash login{ { QStringLiteral("state"), state },
         { QStringLiteral("message"), m_deviceCode.message() } };
     if (state != QLatin1String("waiting"))

@@ -5,6 +5,10 @@
 #include "tavupaths.h"
 
 #include <QFile>
+#include <QUrl>
+
+#include <algorithm>
+#include <array>
 
 namespace player {
 
@@ -34,10 +38,22 @@ QString readSecret(const QString& fileName, QString& secret)
     return QString();
 }
 
+constexpr std::array neededSettings{ "service.base-url", "service.token-url",
+    "service.device-code-url", "service.client-id" };
+
+/// Another plug-in than the player's own may have no use for the service's settings.
+bool needsService(const Settings& settings)
+{
+    const bool someSet = std::any_of(neededSettings.begin(), neededSettings.end(),
+        [&settings](const char* key) { return !settings.text(key).isEmpty(); });
+    return someSet || settings.text("player.plugin").isEmpty();
+}
+
 QString missingSetting(const Settings& settings)
 {
-    for (const char* key : { "service.base-url", "service.token-url", "service.device-code-url",
-             "service.client-id" }) {
+    if (!needsService(settings))
+        return QString();
+    for (const char* key : neededSettings) {
         if (settings.text(key).isEmpty())
             return QStringLiteral(
                 "%1 is not set. The service's addresses and the client id come from "
@@ -94,6 +110,18 @@ QString publishSettings(const Settings& settings)
         TavuPlayerPlayModePath(), TavuValue::fromPlayerPlayMode(TavuPlayerPlayMode::Normal));
     TavuSetPreviousTrackTimeLimit(settings.number("player.previous-limit-ms"));
     return QString();
+}
+
+QVariantHash pluginSettings(const Settings& settings)
+{
+    QVariantHash hash;
+    for (const QString& assignment : settings.list("player.plugin-settings")) {
+        const int equals = assignment.indexOf(QLatin1Char('='));
+        hash.insert(assignment.left(equals),
+            equals < 0 ? QString()
+                       : QUrl::fromPercentEncoding(assignment.mid(equals + 1).toUtf8()));
+    }
+    return hash;
 }
 
 } // namespace player

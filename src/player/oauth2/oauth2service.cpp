@@ -28,6 +28,9 @@ void OAuth2Service::addService(const QVariant& argument, const CMReply<QVariant>
         return reply.setError(
             CMError(TrString(QStringLiteral("A service needs a name without \"/\"."))));
     LOG4CPLUS_INFO(oauth2Logger(), "Service registered: " << name);
+    if (m_accounts.count(name) == 0)
+        m_registrations.append({ name, info.displayName() });
+    Q_EMIT registered(name);
     auto account = std::make_unique<OAuth2Account>(info, m_http, m_clock, m_store);
     m_accounts[name] = std::move(account);
     serve(name, TavuOAuth2StartLoginSubPath(), &OAuth2Service::startLogin);

@@ -6,6 +6,7 @@
 #include "tokenstore.h"
 
 #include <QObject>
+#include <QVector>
 
 #include <map>
 #include <memory>
@@ -26,8 +27,21 @@ public:
         const QString& stateFolder, Clock* clock = nullptr, QObject* parent = nullptr);
     ~OAuth2Service() override;
 
+    /// A service that signs in: the name that its paths have, and the one for people.
+    struct Registration
+    {
+        QString name;
+        QString displayName;
+    };
+    /// In the order of their registration.
+    const QVector<Registration>& registrations() const { return m_registrations; }
+
     /// For people: what was wrong with the saved logins; empty when they were fine.
     QString complaint() const { return m_store.complaint(); }
+
+Q_SIGNALS:
+    /// Before anything is published for the service.
+    void registered(const QString& name);
 
 private:
     using Call = void (OAuth2Service::*)(OAuth2Account&, const QVariant&, const CMReply<QVariant>&);
@@ -44,6 +58,7 @@ private:
     Clock& m_clock;
     TokenStore m_store;
     HttpClient m_http;
+    QVector<Registration> m_registrations;
     std::map<QString, std::unique_ptr<OAuth2Account>> m_accounts; // By service name.
 };
 

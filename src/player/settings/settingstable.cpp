@@ -55,6 +55,9 @@ const QVector<SettingInfo>& Settings::all()
             "Whether desktops and media keys may steer the player over D-Bus (MPRIS)."),
         setting("player.plugin", Type::Text, "",
             "The plug-in to load. Empty: the one that came with the player."),
+        setting("player.plugin-settings", Type::Text, "",
+            "name=value, several separated by blanks: what the plug-in is told when it is made. "
+            "A blank within a value is written %20, a percent sign %25."),
         setting("player.state-folder", Type::Text, "",
             "Where tokens and state are kept. Empty: the user's state folder."),
         setting("control.address", Type::Text, "127.0.0.1",

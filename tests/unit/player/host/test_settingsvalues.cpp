@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+using player::pluginSettings;
 using player::publishSettings;
 using player::Settings;
 
@@ -50,6 +51,28 @@ TEST(SettingsValues, name_what_is_not_set)
     ASSERT_TRUE(settings.apply(QStringLiteral("service.client-id=")));
     EXPECT_TRUE(
         publishSettings(settings).startsWith(QStringLiteral("service.client-id is not set.")));
+}
+
+TEST(SettingsValues, ask_nothing_of_the_service_for_another_plugin_unless_they_name_some)
+{
+    Settings settings;
+    ASSERT_TRUE(settings.apply(QStringLiteral("player.plugin=/somewhere/radio.so")));
+    EXPECT_EQ(publishSettings(settings), QString());
+    ASSERT_TRUE(settings.apply(QStringLiteral("service.client-id=id")));
+    EXPECT_TRUE(
+        publishSettings(settings).startsWith(QStringLiteral("service.base-url is not set.")));
+}
+
+TEST(SettingsValues, tell_the_plugin_what_is_meant_for_it)
+{
+    Settings settings;
+    EXPECT_EQ(pluginSettings(settings), QVariantHash());
+    ASSERT_TRUE(settings.apply(QStringLiteral("player.plugin-settings=list=/my%20music/a.m3u "
+                                              "prefix=/Radio/ rule=a=b%25 bare")));
+    const QVariantHash wanted{ { QStringLiteral("list"), QStringLiteral("/my music/a.m3u") },
+        { QStringLiteral("prefix"), QStringLiteral("/Radio/") },
+        { QStringLiteral("rule"), QStringLiteral("a=b%") }, { QStringLiteral("bare"), QString() } };
+    EXPECT_EQ(pluginSettings(settings), wanted);
 }
 
 TEST(SettingsValues, want_a_base_url_that_ends_in_a_slash)
