@@ -12,6 +12,8 @@ namespace player {
 namespace {
 
 constexpr int renewalDeadlineMs = 10000;
+// A renewed stream that sounded for so long works; what fails after that is another failure.
+constexpr qint64 soundsMs = 1000;
 
 bool renewable(const TavuRoles& roles)
 {
@@ -87,6 +89,7 @@ void RenewingStreamer::play(quint64 id, const TavuRoles& roles, const QVariantHa
         m_present = { id, item, attributes };
         m_next = Item();
         m_position = item.mediaData().metaData().startTime();
+        m_paused = false;
         m_reopenOnResume = false;
         handOver(m_present, false);
     });
@@ -161,12 +164,16 @@ void RenewingStreamer::setNoNextMedia()
 
 void RenewingStreamer::pause()
 {
-    onOwnThread([this] { m_inner->pause(); });
+    onOwnThread([this] {
+        m_paused = true;
+        m_inner->pause();
+    });
 }
 
 void RenewingStreamer::resume()
 {
     onOwnThread([this] {
+        m_paused = false;
         if (m_reopenOnResume)
             reopen(m_position);
         else
@@ -187,6 +194,8 @@ void RenewingStreamer::seekTime(qint64 position)
 {
     onOwnThread([this, position] {
         m_position = position;
+        if (m_present.reopenedAt)
+            m_present.reopenedAt = position;
         m_inner->seekTime(position);
     });
 }
@@ -216,6 +225,15 @@ void RenewingStreamer::reopen(qint64 position)
         m_inner->setNextMedia(m_next.id, m_next.roles, m_next.attributes);
 }
 
+/// A pause stays one: the stream behind is opened when the user wants to hear it.
+void RenewingStreamer::goOnRenewed()
+{
+    if (m_paused)
+        m_reopenOnResume = true;
+    else
+        reopen(m_position);
+}
+
 void RenewingStreamer::on_inner_mediaStarted(quint64 id)
 {
     if (id != 0 && id == m_next.id) {
@@ -230,8 +248,11 @@ void RenewingStreamer::on_inner_mediaStarted(quint64 id)
 
 void RenewingStreamer::on_inner_positionChanged(quint64 id, qint64 position)
 {
-    if (isPresent(id))
+    if (isPresent(id)) {
         m_position = position;
+        if (m_present.reopenedAt && position >= *m_present.reopenedAt + soundsMs)
+            m_present.reopenedAt.reset();
+    }
     Q_EMIT positionChanged(id, position);
 }
 
@@ -244,13 +265,13 @@ void RenewingStreamer::on_inner_ended(quint64 id)
 
 void RenewingStreamer::on_inner_failed(quint64 id, const CMError& error)
 {
-    const bool mayHelp = isPresent(id) && m_present.started && !m_present.renewedAfterFailure
+    const bool mayHelp = isPresent(id) && m_present.started && !m_present.reopenedAt
         && renewable(m_present.roles) && refusedByServer(error);
     if (!mayHelp) {
         Q_EMIT failed(id, error);
         return;
     }
-    m_present.renewedAfterFailure = true;
+    m_present.reopenedAt = m_position;
     // The node renews what has expired; the server says that this has, whatever the clock says.
     TavuRoles expired = m_present.roles;
     TavuMediaData media = expired.mediaData();
@@ -267,7 +288,7 @@ void RenewingStreamer::on_inner_failed(quint64 id, const CMError& error)
             if (!isPresent(id))
                 return;
             m_present.roles = roles;
-            reopen(m_position);
+            goOnRenewed();
         },
         [this, id, error](const CMError&) { Q_EMIT failed(id, error); });
 }

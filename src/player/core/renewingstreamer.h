@@ -4,6 +4,7 @@
 #include "streamer.h"
 
 #include <functional>
+#include <optional>
 
 namespace player {
 
@@ -47,7 +48,8 @@ private:
         TavuRoles roles;
         QVariantHash attributes;
         bool started = false;
-        bool renewedAfterFailure = false;
+        /// Where it was re-opened after a failure, ms, until it has sounded on from there.
+        std::optional<qint64> reopenedAt = std::nullopt;
     };
 
     void onOwnThread(const std::function<void()>& function);
@@ -56,6 +58,7 @@ private:
         const std::function<void(const TavuRoles&)>& renewed,
         const std::function<void(const CMError&)>& refused);
     void reopen(qint64 position);
+    void goOnRenewed();
     bool isPresent(quint64 id) const { return id != 0 && id == m_present.id; }
 
     void on_inner_mediaStarted(quint64 id);
@@ -67,6 +70,7 @@ private:
     Item m_present;
     Item m_next;
     qint64 m_position = 0;
+    bool m_paused = false;
     bool m_reopenOnResume = false;
     CMPath m_startPath;
     qint64 m_startPosition = 0;

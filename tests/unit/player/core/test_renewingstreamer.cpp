@@ -225,6 +225,52 @@ TEST_F(RenewingStreamerTest, reopens_a_stream_that_is_refused_while_it_plays_onc
     }
 }
 
+TEST_F(RenewingStreamerTest, reopens_again_once_the_renewed_stream_has_sounded)
+{
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    inner.expect(Kind::Play);
+    inner.startPresent();
+    for (const qint64 position : { 7000, 9000, 11000 }) {
+        inner.tellPosition(position);
+        inner.tellFailed(refusal(403));
+        const auto command = inner.expect(Kind::Play);
+        EXPECT_EQ(command.roles.mediaData().metaData().startTime(), position);
+        EXPECT_FALSE(failure.isSet());
+    }
+    EXPECT_EQ(node->requests.size(), 3);
+    EXPECT_EQ(started, QList<quint64>({ 1 }));
+}
+
+TEST_F(RenewingStreamerTest, does_not_take_a_seek_for_a_stream_that_sounds)
+{
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    inner.startPresent();
+    inner.tellPosition(7000);
+    inner.tellFailed(refusal(403));
+    streamer.seekTime(60000);
+    inner.tellPosition(60000);
+    inner.tellFailed(refusal(403));
+    EXPECT_EQ(failure.message(), QStringLiteral("refused"));
+    EXPECT_EQ(node->requests.size(), 1);
+}
+
+TEST_F(RenewingStreamerTest, stays_paused_when_the_stream_is_refused_during_a_pause)
+{
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    inner.startPresent();
+    inner.tellPosition(7000);
+    streamer.pause();
+    inner.forgetCommands();
+    inner.tellFailed(refusal(410));
+    EXPECT_EQ(node->requests.size(), 1);
+    EXPECT_FALSE(failure.isSet());
+    inner.expectNothing();
+    streamer.resume();
+    const auto command = inner.expect(Kind::Play);
+    EXPECT_EQ(uriOf(command.roles), QStringLiteral("fresh"));
+    EXPECT_EQ(command.roles.mediaData().metaData().startTime(), 7000);
+}
+
 TEST_F(RenewingStreamerTest, does_not_reopen_what_failed_otherwise)
 {
     streamer.play(1, item(QStringLiteral("a"), soon()), {});
