@@ -262,7 +262,9 @@ void Answer::beginEvents(const Headers& headers)
     m_phase = Phase::Events;
     m_connection->limitSendBuffer();
     connect(&m_timer, &QTimer::timeout, this, &Answer::heartbeat);
+    m_timer.setSingleShot(true);
     m_timer.start(m_connection->limits().heartbeatMs);
+    m_lastEvent.start();
 }
 
 bool Answer::sendEvent(const QByteArray& formatted)
@@ -274,14 +276,22 @@ bool Answer::sendEvent(const QByteArray& formatted)
         cut();
         return false;
     }
-    m_connection->write(m_framing == Framing::Chunked ? asChunk(formatted) : formatted);
-    m_timer.start();
+    m_connection->writeNow(m_framing == Framing::Chunked ? asChunk(formatted) : formatted);
+    m_lastEvent.start();
     return true;
 }
 
+/// The timer is not set back by each event: with many clients that would cost more than the event.
 void Answer::heartbeat()
 {
-    sendEvent(":\n\n");
+    const qint64 heartbeatMs = m_connection->limits().heartbeatMs;
+    qint64 quietMs = m_lastEvent.elapsed();
+    if (quietMs >= heartbeatMs) {
+        quietMs = 0;
+        if (!sendEvent(":\n\n"))
+            return;
+    }
+    m_timer.start(static_cast<int>(heartbeatMs - quietMs));
 }
 
 void Answer::writeRaw(const QByteArray& bytes)

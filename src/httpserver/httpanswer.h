@@ -89,6 +89,7 @@ private:
     qint64 m_sourceLeft = 0;
     std::function<void()> m_closed;
     std::function<void()> m_drained;
+    QElapsedTimer m_lastEvent; ///< since the last event or heartbeat was sent
     QTimer m_timer; ///< pace of a shaped answer, heartbeat of an event stream
     QElapsedTimer m_clock;
     qint64 m_paced = 0; ///< bytes that the pace has let through

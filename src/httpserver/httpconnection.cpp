@@ -225,6 +225,20 @@ void Connection::write(const QByteArray& bytes)
     }
 }
 
+/// The socket would have its descriptor watched and no longer watched for each write, and each of
+/// that costs the more the more connections there are.
+void Connection::writeNow(const QByteArray& bytes)
+{
+    if (m_phase == Phase::Gone || m_secure || backlog() > 0) {
+        write(bytes);
+        return;
+    }
+    const ssize_t sent = ::send(int(m_socket->socketDescriptor()), bytes.constData(),
+        std::size_t(bytes.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
+    // What failed fails again there, and is dealt with.
+    write(bytes.mid(sent > 0 ? int(sent) : 0));
+}
+
 /// Saves a turn of the event loop. A TLS socket must not be flushed or closed while it reads, which
 /// is where answers are written; it sends by itself.
 void Connection::flush()

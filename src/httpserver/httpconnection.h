@@ -36,6 +36,8 @@ public:
     /// Bytes that wait for the peer.
     qint64 backlog() const;
     void write(const QByteArray& bytes);
+    /// The same, without waiting for the event loop if the peer takes it at once.
+    void writeNow(const QByteArray& bytes);
     void flush();
     /// Keeps the system from storing much for a slow peer, so that the backlog tells the truth.
     void limitSendBuffer();

@@ -54,7 +54,7 @@ TEST_F(EventStreams, BeatWhileQuiet)
 {
     limits.heartbeatMs = 50;
     const auto peer = join();
-    EXPECT_TRUE(peer->waitFor(":\n\n"));
+    EXPECT_TRUE(waitUntil([&] { return peer->received().count(":\n\n") >= 2; }));
     EXPECT_TRUE(peer->connected());
 }
 
