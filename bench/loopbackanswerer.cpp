@@ -26,9 +26,9 @@ int requestSize(const QByteArray& received)
 
 } // namespace
 
-LoopbackAnswerer::LoopbackAnswerer(const QByteArray& body)
-    : m_answer("HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: "
-        + QByteArray::number(body.size()) + "\r\n\r\n" + body)
+LoopbackAnswerer::LoopbackAnswerer(const QByteArray& body, const QByteArray& type)
+    : m_answer("HTTP/1.1 200 OK\r\nContent-Type: " + type
+        + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body)
     , m_listener(::socket(AF_INET, SOCK_STREAM, 0))
 {
     sockaddr_in address{};

@@ -11,7 +11,7 @@
 class LoopbackAnswerer
 {
 public:
-    explicit LoopbackAnswerer(const QByteArray& body);
+    explicit LoopbackAnswerer(const QByteArray& body, const QByteArray& type = "application/json");
     ~LoopbackAnswerer();
     LoopbackAnswerer(const LoopbackAnswerer&) = delete;
     LoopbackAnswerer& operator=(const LoopbackAnswerer&) = delete;
