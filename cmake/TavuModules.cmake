@@ -12,6 +12,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib:$ORIGIN/../lib/${CMAKE_LIBRARY_ARCHITECTURE}:$ORIGIN/../..:$ORIGIN")
 
 include(GNUInstallDirs)
+include(TavuPlugin)
 include(TavuWarnings)
 include(TavuSanitizers)
 
@@ -25,10 +26,9 @@ if(TAVU_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${TAVU_CCACHE})
 endif()
 
-function(_tavu_common target)
-  cmake_parse_arguments(ARG "" "" "LINK;PRIVATE_LINK;INCLUDE" ${ARGN})
-  target_link_libraries(${target} PUBLIC ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK} tavu_warnings
-                                         tavu_sanitizers)
+# What this tree asks of its own code.
+function(tavu_strict target)
+  target_link_libraries(${target} PRIVATE tavu_warnings tavu_sanitizers)
   target_compile_definitions(
     ${target}
     PRIVATE QT_NO_CAST_FROM_ASCII
@@ -39,6 +39,12 @@ function(_tavu_common target)
             QT_NO_KEYWORDS
             QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
             QT_FORCE_ASSERTS)
+endfunction()
+
+function(_tavu_common target)
+  cmake_parse_arguments(ARG "" "" "LINK;PRIVATE_LINK;INCLUDE" ${ARGN})
+  tavu_strict(${target})
+  target_link_libraries(${target} PUBLIC ${ARG_LINK} PRIVATE ${ARG_PRIVATE_LINK})
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
                                               ${ARG_INCLUDE})
 endfunction()
@@ -58,6 +64,7 @@ endfunction()
 
 # A host library is what plug-ins are built against: the library, its headers, its CMake target.
 function(_tavu_install_host_library name)
+  add_library(tavu::${name} ALIAS ${name})
   install(TARGETS ${name} EXPORT TavuTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   get_target_property(sources ${name} SOURCES)
   list(FILTER sources INCLUDE REGEX "\\.h$")
@@ -75,27 +82,9 @@ function(tavu_install_package)
                                    COMPATIBILITY SameMinorVersion)
   install(EXPORT TavuTargets NAMESPACE tavu:: DESTINATION ${folder})
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/TavuConfig.cmake
-                ${CMAKE_CURRENT_BINARY_DIR}/TavuConfigVersion.cmake DESTINATION ${folder})
-endfunction()
-
-# tavu_plugin(<name> LINK ...): a plug-in that the player loads by its path: <name>.so in the build
-# tree's "modules". It exports worker_create alone, so that plug-ins cannot meet by their symbols, and
-# is never unloaded, since the host keeps functions of it.
-function(tavu_plugin name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
-  add_library(${name} MODULE ${ARG_SOURCES})
-  _tavu_common(${name} PRIVATE_LINK ${ARG_LINK})
-  set(exports ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/plugin.map)
-  target_link_options(${name} PRIVATE LINKER:--version-script=${exports} LINKER:-z,nodelete)
-  # clang leaves its sanitizers' run-time library to the program.
-  if(NOT (TAVU_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
-    target_link_options(${name} PRIVATE LINKER:--no-undefined)
-  endif()
-  set_target_properties(
-    ${name} PROPERTIES PREFIX "" LINKER_LANGUAGE CXX LINK_DEPENDS ${exports}
-                       INSTALL_RPATH $ORIGIN/../../../${CMAKE_INSTALL_LIBDIR}
-                       LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/modules)
-  install(TARGETS ${name} LIBRARY DESTINATION lib/tavu/modules)
+                ${CMAKE_CURRENT_BINARY_DIR}/TavuConfigVersion.cmake
+                ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/TavuPlugin.cmake
+                ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/plugin.map DESTINATION ${folder})
 endfunction()
 
 # tavu_program(<name> SOURCES ... LINK ...)

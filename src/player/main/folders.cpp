@@ -55,8 +55,9 @@ QString pluginFile(const Settings& settings)
     const QString here = QCoreApplication::applicationDirPath();
     const QString name = QStringLiteral("/cb_amazonMusic.so");
     const QString built = here + QLatin1String("/../../../modules") + name;
-    return QDir::cleanPath(
-        QFileInfo::exists(built) ? built : here + QLatin1String("/../lib/tavu/modules") + name);
+    return QDir::cleanPath(QFileInfo::exists(built)
+            ? built
+            : here + QLatin1String("/" TAVU_MODULES_FROM_PROGRAM) + name);
 }
 
 } // namespace player
