@@ -72,6 +72,15 @@ export class MockPlayer {
     this.streams.clear();
   }
 
+  /** Lets every request for rows and every command wait until the returned function is called. */
+  hold() {
+    let release;
+    this.faults.held = new Promise((done) => {
+      release = done;
+    });
+    return release;
+  }
+
   async answer(request, response) {
     const url = new URL(request.url, this.url);
     this.calls.push(`${request.method} ${url.pathname}`);
@@ -86,6 +95,7 @@ export class MockPlayer {
     if (request.headers['content-type'] !== 'application/json')
       return problem(response, 415, 'JSON only');
     const body = JSON.parse(await text(request));
+    await this.faults.held;
     await wait(this.faults.delayMs);
     return this.post(name, body, response);
   }
@@ -112,6 +122,7 @@ export class MockPlayer {
 
   /** Rows with their refs; the mock remembers each row that it has given out, as the player does. */
   async rows(url, response) {
+    await this.faults.held;
     await wait(this.faults.delayMs);
     const asked = url.searchParams.get('path') ?? '';
     const [from, to] = ['from', 'to'].map((name) => Number(url.searchParams.get(name)));

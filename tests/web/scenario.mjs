@@ -86,6 +86,16 @@ export async function pauseAndSeek({ person }) {
   await person.waitFor(async () => (await person.position()) > after);
 }
 
+/** At its start and held there, since "previous" begins a track anew that is well under way. */
+async function previousFromStart(person) {
+  const { now } = person;
+  await now.getByRole('button', { name: 'Pause' }).click();
+  await now.getByRole('button', { name: 'Play', exact: true }).waitFor();
+  await now.getByRole('slider', { name: 'Position' }).press('Home');
+  await person.waitFor(async () => (await person.position()) < 1000);
+  await now.getByRole('button', { name: 'Previous track' }).click();
+}
+
 export async function playAlbumAndSkip({ person, page, trails, name }) {
   const title = trails.album.at(-1);
   await person.goTo('Browse');
@@ -103,7 +113,7 @@ export async function playAlbumAndSkip({ person, page, trails, name }) {
   await next.click();
   await person.waitFor(async () => (await person.nowTitle()) !== first, startMs);
   await person.waitFor(async () => (await person.position()) > 0, startMs);
-  await person.now.getByRole('button', { name: 'Previous track' }).click();
+  await previousFromStart(person);
   await person.waitFor(async () => (await person.nowTitle()) === first, startMs);
   await person.goTo('Browse');
   await picture(page, `${name}-album`);
@@ -115,9 +125,8 @@ export async function rate({ person, page, name }) {
   const up = person.now.getByRole('button', { name: 'Thumbs up' });
   await person.waitFor(async () => (await up.getAttribute('aria-disabled')) !== 'true', startMs);
   await up.click();
-  const said = page.locator('.toast strong').first();
-  await said.waitFor();
-  const words = await said.textContent();
+  const said = () => document.querySelector('.toast strong')?.textContent;
+  const words = await (await page.waitForFunction(said)).jsonValue();
   await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'true');
   await picture(page, `${name}-rated`);
   await person.goTo('Messages');

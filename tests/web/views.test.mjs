@@ -175,14 +175,43 @@ describe('browsing', () => {
       assert.ok((await page.evaluate(() => document.querySelector('.main').scrollTop)) > 0);
     }));
 
+  it('leaves the focus to whoever writes, whatever comes to stand on the page', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open Albums').click();
+      await person.row(/^Open Nachtfahrt/).waitFor();
+      const focused = await page.evaluate(async () => {
+        const painted = () =>
+          new Promise((done) => {
+            requestAnimationFrame(() => setTimeout(done));
+          });
+        document.querySelector('a.brand').click();
+        for (let i = 0; i < 10; i += 1) await Promise.resolve(); // the page shows the root by now
+        document.activeElement.dispatchEvent(
+          new KeyboardEvent('keydown', { key: '/', bubbles: true, cancelable: true }),
+        );
+        for (let i = 0; i < 10; i += 1) await painted();
+        return [document.querySelector('h1').textContent, document.activeElement.id];
+      });
+      assert.deepEqual(focused, ['Amazon Music', 'search']);
+
+      const release = mock.hold();
+      await person.row('Open Artists').click();
+      await page.keyboard.press('/');
+      await page.keyboard.type('ab');
+      release();
+      await person.row('Open Tallgrass').waitFor();
+      await page.keyboard.type('c');
+      assert.equal(await page.getByRole('searchbox').inputValue(), 'abc');
+    }));
+
   it('shows a list seen before at once', () =>
     visit({}, async ({ mock, person }) => {
       await person.row('Open Albums').click();
       await person.row(/^Open Nachtfahrt/).click();
       await person.heading('Nachtfahrt').waitFor();
-      mock.faults.delayMs = 4000;
+      mock.hold();
       await person.button('Back').click();
-      await person.row(/^Open Nachtfahrt/).waitFor({ timeout: 2000 });
+      await person.row(/^Open Nachtfahrt/).waitFor();
     }));
 
   it('shows where it is and leads up again', () =>
@@ -221,9 +250,11 @@ describe('browsing', () => {
             if (!entry.hadRecentInput) window.moved += entry.value;
         }).observe({ type: 'layout-shift', buffered: false });
       });
-      mock.faults.delayMs = 2500;
+      const release = mock.hold();
       await person.row('Open The whole archive').click();
-      await page.locator('.row.gap').first().waitFor({ timeout: 1500 });
+      await page.locator('.row.gap').first().waitFor();
+      await page.waitForTimeout(600); // what moves soon after a press is not counted as moving
+      release();
       await person.row(/^Play Track number 1,/).waitFor();
       await page.waitForTimeout(200);
       assert.ok((await page.evaluate(() => window.moved)) < 0.01);

@@ -33,7 +33,8 @@ export class Person {
   async goHome() {
     await this.goTo('Browse');
     await this.page.getByRole('link', { name: /: Home$/ }).click();
-    await this.page.getByRole('list').first().waitFor();
+    await this.page.getByRole('navigation', { name: 'You are here' }).waitFor({ state: 'detached' });
+    await this.page.locator('.rows .row[data-at]').first().waitFor();
   }
 
   /** Opens row after row from the root; the last one only when `openLast`. */

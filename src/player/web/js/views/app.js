@@ -134,7 +134,7 @@ function Page() {
   const rowMenu = useStore((state) => state.rowMenu);
   const signedIn = useStore((state) => state.login?.state === 'loggedIn');
   useLayoutEffect(() => router.subscribe(render), [router]);
-  useEffect(() => shortcuts(window), []);
+  useLayoutEffect(() => shortcuts(window), []);
   const route = router.current;
   if (fault) return html`<${Fault} />`;
   return html`<div class="app ${signedIn ? '' : 'signed-out'}">

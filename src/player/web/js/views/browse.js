@@ -1,13 +1,14 @@
 import { html } from '../html.js';
 import { useEffect, useLayoutEffect, useRef } from '../../vendor/hooks.js';
 import { useApp, useListing, useStore } from '../context.js';
+import { moveFocus } from '../focus.js';
 import { entriesOf } from '../listing.js';
 import { artistOf, isMessageScreen, pictureOf, signOf, titleOf } from '../rows.js';
 import { scrollerOf, scrollTargetOf } from '../scroller.js';
 import { t } from '../text.js';
 import { Button, Picture } from './controls.js';
 import { Icon } from './icons.js';
-import { focusRow, RowList, Skeletons } from './rowlist.js';
+import { focusOfRow, RowList, Skeletons } from './rowlist.js';
 import { Screen } from './screen.js';
 
 /** Where each history entry was scrolled to and which row was left, for the way back. */
@@ -120,7 +121,10 @@ function MessagePage({ rows }) {
   </div>`;
 }
 
-/** Keeps scroll position and focus per history entry. Focus moves only when the list changes. */
+/**
+ * Keeps scroll position and focus per history entry. Focus moves only when the list changes: to the
+ * row that was left, else to the heading. What a search found takes it out of the search field.
+ */
 function usePlaceKeeping(route, listing, heading) {
   const key = keyOf(route);
   const ready = listing.status !== 'loading';
@@ -134,17 +138,18 @@ function usePlaceKeeping(route, listing, heading) {
     target.addEventListener('scroll', remember, { passive: true });
     return () => target.removeEventListener('scroll', remember);
   }, [key, ready]);
-  useEffect(() => {
-    if (shownKey === key) return;
+  useLayoutEffect(() => {
     const first = shownKey === null;
+    const arrived = shownKey !== key;
     shownKey = key;
-    forgetDeeper(route.depth);
-    if (first) return;
-    const at = left.get(key)?.at;
-    if (at === undefined) heading.current?.focus({ preventScroll: true });
-    else focusRow(document, at);
-  }, [key]);
-  return (event, at) => left.set(key, { ...left.get(key), at });
+    if (arrived) forgetDeeper(route.depth);
+    if (first || !(arrived || document.activeElement === heading.current)) return;
+    const row = ready ? focusOfRow(document, left.get(key)?.at) : null;
+    if (row) moveFocus(row);
+    else if (arrived && route.text) heading.current?.focus({ preventScroll: true });
+    else moveFocus(heading.current, { preventScroll: true });
+  }, [key, ready]);
+  return (at) => left.set(key, { at, top: scrollerOf(heading.current).scrollTop });
 }
 
 export function Browse({ route }) {

@@ -60,8 +60,8 @@ function MusicRow({ row, layout, number, record, memo }) {
   const rest = offline ? { 'aria-disabled': 'true', title: t('lost.control') } : {};
 
   const play = () => actions.play(row);
-  const open = (event) => {
-    memo(event);
+  const open = () => {
+    memo();
     actions.open(row);
   };
   const line = second(row, layout, record);

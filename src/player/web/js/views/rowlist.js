@@ -1,5 +1,5 @@
 import { html } from '../html.js';
-import { useEffect, useRef } from '../../vendor/hooks.js';
+import { useEffect, useLayoutEffect, useRef, useState } from '../../vendor/hooks.js';
 import { useApp, useOffline } from '../context.js';
 import { entriesOf, windowSize } from '../listing.js';
 import { isRecord, layoutOf, seeMoreTitle, titleOf } from '../rows.js';
@@ -55,6 +55,7 @@ export function RowList({ listing, opened, label, memo }) {
   const { actions } = useApp();
   const list = useRef();
   const triedMore = useRef(null);
+  const [cameAt, setCameAt] = useState(null);
   const entries = entriesOf(listing);
   const more = listing.moreRow();
   const shown = more ? entries.slice(0, -1) : entries;
@@ -66,8 +67,16 @@ export function RowList({ listing, opened, label, memo }) {
     triedMore.current = more.path;
     const at = shown.length;
     await actions.followMore(listing);
-    if (focus) requestAnimationFrame(() => focusRow(list.current, at));
+    if (focus) setCameAt({ at });
   };
+
+  // The row that was pressed has moved on or is gone; the first of the new ones takes its place,
+  // unless the reader has gone elsewhere meanwhile.
+  useLayoutEffect(() => {
+    const { activeElement: now } = document;
+    const stayed = now === null || now === document.body || now.closest('.row-more');
+    if (cameAt && stayed) focusOfRow(list.current, cameAt.at)?.focus();
+  }, [cameAt]);
 
   useNear(
     list,
@@ -103,7 +112,7 @@ export function RowList({ listing, opened, label, memo }) {
       return html`<li class="row" key=${key} data-at=${at}
           aria-posinset=${at + 1} aria-setsize=${more ? -1 : shown.length}>
         <${RowContent} row=${row} layout=${layout} number=${record ? at + 1 : 0}
-          record=${record} memo=${(event) => memo(event, at)} />
+          record=${record} memo=${() => memo(at)} />
       </li>`;
     })}
     ${more && html`<${SeeMore} listing=${listing} onFollow=${() => follow(true)} />`}
@@ -112,6 +121,6 @@ export function RowList({ listing, opened, label, memo }) {
 
 const hasScrolled = (list) => scrollerOf(list).scrollTop > 0;
 
-export function focusRow(root, at) {
-  root?.querySelector(`[data-at="${at}"] [data-focus]`)?.focus();
-}
+/** What takes the focus in the row at this position, or null. */
+export const focusOfRow = (root, at) =>
+  root.querySelector(`[data-at="${at}"] [data-focus]`);

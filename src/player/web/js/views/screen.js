@@ -1,6 +1,7 @@
 import { html } from '../html.js';
-import { useEffect, useLayoutEffect, useRef, useState } from '../../vendor/hooks.js';
+import { useLayoutEffect, useRef, useState } from '../../vendor/hooks.js';
 import { useApp } from '../context.js';
+import { moveFocus } from '../focus.js';
 import { linkOf, RowType, titleOf } from '../rows.js';
 import { shortTime } from '../format.js';
 import { t } from '../text.js';
@@ -50,13 +51,13 @@ export function Screen({ screen, where, level = 1 }) {
   const Title = `h${level}`;
   const heading = useRef();
   const [problem, setProblem] = useState(null);
-  useEffect(() => heading.current?.focus(), [screen]);
+  useLayoutEffect(() => moveFocus(heading.current), [screen]);
   const buttons = (screen.rows ?? []).filter((row) => row.type !== RowType.message);
   const further = (screen.rows ?? []).slice(1).filter((row) => row.type === RowType.message);
   return html`<article class="screen">
     <span class="screen-sign">
       <${Icon} name=${screen.kind === 'info' ? 'info' : 'error'} size=${32} /></span>
-    <${Title} class="screen-title" tabindex="-1" ref=${heading}>${screen.title}</${Title}>
+    <${Title} class="screen-title" tabindex="-1" autofocus ref=${heading}>${screen.title}</${Title}>
     ${screen.text && html`<p class="screen-text">${screen.text}</p>`}
     ${further.map(
       (row) => html`<p class="screen-text">

@@ -1,5 +1,5 @@
 import { html } from '../html.js';
-import { useEffect, useRef, useState } from '../../vendor/hooks.js';
+import { useEffect, useLayoutEffect, useRef, useState } from '../../vendor/hooks.js';
 import { useApp, useStore } from '../context.js';
 import { t } from '../text.js';
 import { Icon } from './icons.js';
@@ -62,7 +62,7 @@ export function Settings({ onClose }) {
   const { actions } = useApp();
   const signedIn = useStore((state) => state.login?.state === 'loggedIn');
   const dialog = useRef();
-  useEffect(() => {
+  useLayoutEffect(() => {
     const element = dialog.current;
     element.showModal();
     return () => element.close();
