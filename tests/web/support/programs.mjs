@@ -62,7 +62,7 @@ const ready = (line) => {
 
 const pageAddress = (line) => /^tavu-player is ready: (http:\S+?)\/?$/.exec(line)?.[1];
 
-function playerOptions(service, folder) {
+function playerOptions(service, folder, more) {
   const secret = join(folder, 'secret');
   writeFileSync(secret, 'emulator-secret\n', { mode: 0o600 });
   const toEmulator = (host) => `${host}:443:127.0.0.1:${service.tlsPort}`;
@@ -80,13 +80,22 @@ function playerOptions(service, folder) {
     'player.output': silentOutput,
     'player.mpris': 'false',
     'control.port': '0',
+    ...more,
   };
   const pairs = Object.entries(settings).map(([name, value]) => `${name}=${value}`);
   return ['--config', '/dev/null', ...pairs.flatMap((pair) => ['-o', pair])];
 }
 
-/** Both programs, running: { url, control, close }. `control` is the address of the fault dial. */
-export async function startPrograms({ pageSize = 8, autoApprove = false } = {}) {
+/**
+ * Both programs, running: { url, control, close }. `control` is the address of the fault dial.
+ * `emulator` holds further options of the one, `settings` further settings of the other.
+ */
+export async function startPrograms({
+  pageSize = 8,
+  autoApprove = false,
+  emulator: options = [],
+  settings = {},
+} = {}) {
   const folder = mkdtempSync(join(tmpdir(), 'tavu-'));
   const running = [];
   const close = async () => {
@@ -103,9 +112,10 @@ export async function startPrograms({ pageSize = 8, autoApprove = false } = {}) 
       ...['--state', join(folder, 'emulator'), '--samples', process.env.TAVU_SAMPLES],
       ...['--page-size', String(pageSize), '--poll-interval', '1', '--seed', '1'],
       ...(autoApprove ? ['--auto-approve'] : []),
+      ...options,
     ]);
     const service = await emulator.says(ready);
-    const player = start(process.env.TAVU_PLAYER, playerOptions(service, folder));
+    const player = start(process.env.TAVU_PLAYER, playerOptions(service, folder, settings));
     const url = await player.says(pageAddress);
     return { url, control: service.control, close };
   } catch (error) {
