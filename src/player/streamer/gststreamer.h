@@ -10,6 +10,7 @@
 #include <atomic>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace player {
 
@@ -75,6 +76,9 @@ private:
         bool started = false; // mediaStarted() was sent.
         bool nextWanted = false; // nextMediaWanted() was sent.
     };
+
+    // Sound that must lie ready at a start.
+    static constexpr qint64 startTargetMs = 500;
 
     // What the next item is to be, once it has been asked for.
     enum class Next { Undecided, None, Item };
@@ -147,13 +151,19 @@ private:
     std::unique_ptr<Branch> makeBranch(const Item& item, Access access);
     static Item itemOf(quint64 id, const TavuRoles& roles, StreamFailure& failure);
     bool isPresent(quint64 branch) const;
-    bool isNext(quint64 branch) const;
+    /// Runs a function on the streamer's thread, later.
     template <class Function>
-    void post(Function function);
-    template <class Function>
-    void command(Function function);
+    void post(Function function)
+    {
+        QMetaObject::invokeMethod(this, std::move(function), Qt::QueuedConnection);
+    }
+    /// Emits, unless what plays is to end by a command that waits.
     template <class Signal, class... Args>
-    void tell(Signal signal, Args... args);
+    void tell(Signal signal, Args... args)
+    {
+        if (m_endsGiven == m_endsDone)
+            Q_EMIT(this->*signal)(args...);
+    }
 
     StreamerOptions m_options;
     int m_volume = 100;
