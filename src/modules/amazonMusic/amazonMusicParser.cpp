@@ -116,7 +116,7 @@ private:
 QVariantHash Completion::taken(TavuHash* record, const QString& key)
 {
     AMAZON_MUSIC_ENTER();
-    const QVariantHash field = record->__value(key).toHash();
+    QVariantHash field = record->__value(key).toHash();
     record->__remove(key);
     return field;
 }
