@@ -47,6 +47,10 @@ Player::Player(AudioControl* audio, QObject* parent)
 {
     connect(audio, &AudioControl::volumeChanged, this, &PlayerFacade::playerChanged);
     connect(audio, &AudioControl::outputsChanged, this, &PlayerFacade::outputsChanged);
+    connect(
+        &m_skipped, &SkippedTracks::told, this, [this](const QString& title, const QString& text) {
+            addMessage(QStringLiteral("skipped"), title, text, QStringLiteral("player"));
+        });
     new CMValueItem(this, TavuPlayerPlayModePath(), this, SLOT(on_playMode_changed(TavuValue)),
         Qt::AutoConnection);
 }
@@ -297,6 +301,7 @@ void Player::fetchScreen(const CMPath& screen, const std::function<void(const QV
 void Player::addMessage(const QString& kind, const QString& title, const QString& text,
     const QString& source, const QVariantList& rows)
 {
+    m_skipped.flush();
     Q_EMIT messageAdded(m_messages.add(kind, title, text, source, rows));
 }
 

@@ -7,6 +7,7 @@
 #include "ratinglog.h"
 #include "recenterrors.h"
 #include "service.h"
+#include "skippedtracks.h"
 #include "tavuoauth2devicecode.h"
 #include "tavuplaylogic.h"
 #include "tavuvalue.h"
@@ -114,6 +115,7 @@ private:
     BeforeResume m_beforeResume;
     StartAt m_startAt;
     MessageLog m_messages;
+    SkippedTracks m_skipped;
     QSet<QString> m_watchedRows;
     TavuPlayLogicData m_data;
     TavuPlayLogicData m_restored; // Empty once something has started.

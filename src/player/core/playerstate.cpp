@@ -50,11 +50,7 @@ void Player::followPlayLogic()
     });
     connect(logic, &StreamerPlayLogic::mediaSkipped, this,
         [this](const TavuRoles& track, const CMError& error) {
-            addMessage(QStringLiteral("skipped"),
-                TrString(
-                    TrCharData(trExtractContext("player"), "Skipped \"%1\""), { track.title() })
-                    .toString(),
-                error.message(), QStringLiteral("player"));
+            m_skipped.add(track.title(), error.message());
         });
 }
 
