@@ -3,6 +3,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <limits>
 
@@ -112,14 +113,28 @@ void readPlaces(Reader& reader, const QCommandLineParser& parser, Settings& sett
     if (folders.size() > 1)
         reader.complain(
             text("One music folder at a time, please: \"%1\" is one too many.").arg(folders.at(1)));
-    if (!folders.isEmpty() && !QFileInfo(folders.first()).isDir())
-        reader.complain(text("There is no folder \"%1\". Give the folder that holds your music, or "
-                             "none for the sample albums.")
-                            .arg(folders.first()));
+    const QFileInfo folder(folders.value(0));
+    if (!folders.isEmpty() && !folder.isDir())
+        reader.complain(
+            text(folder.exists() ? "\"%1\" is not a folder. %2" : "There is no folder \"%1\". %2")
+                .arg(folders.first(),
+                    text("Give the folder that holds your music, or none for the "
+                         "sample albums.")));
+    else if (!folders.isEmpty() && !(folder.isReadable() && folder.isExecutable()))
+        reader.complain(
+            text("The folder \"%1\" may not be read. Check its permissions, or give another.")
+                .arg(folders.first()));
     settings.musicFolder = folders.value(0);
     settings.stateFolder = reader.isSet("state") ? reader.value("state") : defaultStateFolder();
     settings.samplesFolder = reader.value("samples");
     settings.caFile = reader.value("ca-file");
+}
+
+bool isHostName(const QString& text)
+{
+    static const QRegularExpression name(
+        QStringLiteral("^[A-Za-z0-9]([A-Za-z0-9.-]*[A-Za-z0-9])?$"));
+    return name.match(text).hasMatch();
 }
 
 void readNetwork(Reader& reader, const QCommandLineParser& parser, Settings& settings)
@@ -131,6 +146,10 @@ void readNetwork(Reader& reader, const QCommandLineParser& parser, Settings& set
     reader.number("tls-port", settings.tlsPort, 0, 65535);
     if (reader.isSet("host"))
         settings.hosts = parser.values(text("host"));
+    for (const QString& host : qAsConst(settings.hosts)) {
+        if (!isHostName(host))
+            reader.complain(text("--host takes a host name, not \"%1\".").arg(host));
+    }
     settings.mediaOverTls = reader.isSet("media-tls");
     settings.tokenNeeded = !reader.isSet("no-login");
     settings.hostilePorts = reader.isSet("hostile-ports");
@@ -193,6 +212,11 @@ void describeOptions(QCommandLineParser& parser)
     }
 }
 
+QString withFullStop(const QString& sentence)
+{
+    return sentence.endsWith(QLatin1Char('.')) ? sentence : sentence + QLatin1Char('.');
+}
+
 CommandLine saying(const QString& said, int exitCode)
 {
     return { std::nullopt, QString(), said, exitCode };
@@ -207,7 +231,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption version = parser.addVersionOption();
     if (!parser.parse(arguments))
-        return saying(parser.errorText() + text(". Try --help."), UsageError);
+        return saying(withFullStop(parser.errorText()) + text(" Try --help."), UsageError);
     if (parser.isSet(help))
         return saying(parser.helpText(), 0);
     if (parser.isSet(version))

@@ -63,15 +63,14 @@ QString baseOf(bool secure, const QString& host, quint16 port)
 }
 
 // The authority outlives the run, so that a restarted emulator is still trusted.
-Identity keptAuthority(const QString& certificateFile, const QString& keyFile)
+Identity keptAuthority(const QString& certificateFile, const QString& keyFile, QString* error)
 {
     Identity kept{ readAll(certificateFile), readAll(keyFile) };
     if (!kept.isEmpty() && isUsable(kept))
         return kept;
     kept = makeAuthority();
-    if (!files::replaceFile(keyFile, kept.key, files::privateFile)
-        || !files::replaceFile(certificateFile, kept.certificate, files::publicFile))
-        return {};
+    if (files::replaceFile(keyFile, kept.key, files::privateFile, error))
+        files::replaceFile(certificateFile, kept.certificate, files::publicFile, error);
     return kept;
 }
 
@@ -185,13 +184,12 @@ documents::Rules& Emulator::documentRules()
 
 std::optional<Emulator::Failure> Emulator::start()
 {
-    for (const auto step : { &Emulator::makeFolders, &Emulator::makeSamples }) {
+    // Ports before samples: a port that is taken shows at once, samples take their time.
+    for (const auto step : { &Emulator::makeFolders, &Emulator::makeServices, &Emulator::listen,
+             &Emulator::makeSamples }) {
         if (auto failure = (this->*step)())
             return failure;
     }
-    makeServices();
-    if (auto failure = listen())
-        return failure;
     connect(m_library.get(), &catalogue::Library::catalogueChanged, this, &Emulator::tellProgress);
     connect(m_library.get(), &catalogue::Library::scanned, this, &Emulator::tellScanned);
     connect(m_library.get(), &catalogue::Library::stateNotSaved, this, &Emulator::notice);
@@ -218,11 +216,14 @@ std::optional<Emulator::Failure> Emulator::makeSamples()
     if (problem.isEmpty())
         return std::nullopt;
     return Failure{
-        text("The sample albums cannot be made: %1. Give a music folder instead.").arg(problem), 1
+        text("The sample albums cannot be made: %1. Free some space, or give another folder for "
+             "them with --samples, or one that holds music.")
+            .arg(problem),
+        1
     };
 }
 
-QByteArray Emulator::secret() const
+QByteArray Emulator::secret(QString* error) const
 {
     const QString file = statePath("secret");
     QByteArray secret = readAll(file);
@@ -232,30 +233,47 @@ QByteArray Emulator::secret() const
     while (secret.size() < 64)
         secret += QByteArray::number(QRandomGenerator::system()->generate64(), 16);
     secret.truncate(64);
-    files::replaceFile(file, secret, files::privateFile);
+    files::replaceFile(file, secret, files::privateFile, error);
     return secret;
 }
 
-void Emulator::makeServices()
+Emulator::Failure Emulator::stateRefused(const QString& error) const
 {
-    const QByteArray key = secret();
+    return { text("State cannot be kept: %1. Free some space in %2, or choose another folder with "
+                  "--state.")
+                 .arg(error, m_settings.stateFolder),
+        1 };
+}
+
+std::optional<Emulator::Failure> Emulator::makeServices()
+{
+    QString error;
+    const QByteArray key = secret(&error);
+    if (!error.isEmpty())
+        return stateRefused(error);
     m_library = std::make_unique<catalogue::Library>(musicFolder(), statePath("scan"));
-    m_authority =
-        std::make_unique<oauth2::Authority>(m_settings.oauth2, key, statePath("logins.json"));
+    m_authority = std::make_unique<oauth2::Authority>(m_settings.oauth2, key,
+        statePath("logins.json"), [this](const QString& problem) { Q_EMIT notice(problem); });
     m_services = std::make_unique<Services>(*this, key);
     m_server = std::make_unique<http::Server>();
     m_server->setLimits(limits());
     m_server->setHandler([this](const http::Request& request, const http::Responder& responder) {
         m_services->gateway.handle(request, responder);
     });
+    return std::nullopt;
 }
 
 Emulator::Failure Emulator::portRefused(quint16 port) const
 {
+    const QString why = m_server->errorString();
+    const QString address = m_settings.address.toString();
+    if (port == 0)
+        return { text("No port of %1 can be used: %2. --listen takes an address of this machine.")
+                     .arg(address, why),
+            PortInUse };
     return { text("Port %1 of %2 cannot be used: %3. Is another emulator running? \"ss -ltnp\" "
                   "tells who holds it; port 0 takes a free one.")
-                 .arg(port)
-                 .arg(m_settings.address.toString(), m_server->errorString()),
+                 .arg(QString::number(port), address, why),
         PortInUse };
 }
 
@@ -269,7 +287,15 @@ std::optional<Emulator::Failure> Emulator::listen()
 
 std::optional<Emulator::Failure> Emulator::listenTls()
 {
-    const Identity authority = keptAuthority(caFile(), statePath("ca-key.pem"));
+    QString error;
+    const Identity authority = keptAuthority(caFile(), statePath("ca-key.pem"), &error);
+    if (!error.isEmpty() && !m_settings.caFile.isEmpty())
+        return Failure{ text("The certificate authority cannot be kept: %1. Choose another file "
+                             "with --ca-file.")
+                            .arg(error),
+            1 };
+    if (!error.isEmpty())
+        return stateRefused(error);
     QStringList names = m_settings.hosts;
     names += { text("localhost"), text("127.0.0.1"), text("::1") };
     const QHostAddress own = reachable(m_settings.address);
@@ -277,7 +303,10 @@ std::optional<Emulator::Failure> Emulator::listenTls()
         names += own.toString();
     const Identity identity = makeServerIdentity(authority, names);
     if (identity.isEmpty())
-        return Failure{ text("No certificates can be made in %1.").arg(m_settings.stateFolder), 1 };
+        return Failure{ text("No certificate can be made for the names %1. Give other ones with "
+                             "--host.")
+                            .arg(names.join(QLatin1String(", "))),
+            1 };
     m_tlsPort = m_server->listen(m_settings.address, m_settings.tlsPort,
         http::tlsConfiguration(identity.certificate, identity.key));
     if (m_tlsPort == 0)

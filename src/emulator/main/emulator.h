@@ -71,8 +71,9 @@ private:
     Failure portRefused(quint16 port) const;
     std::optional<Failure> listen();
     std::optional<Failure> listenTls();
-    QByteArray secret() const;
-    void makeServices();
+    QByteArray secret(QString* error) const;
+    Failure stateRefused(const QString& error) const;
+    std::optional<Failure> makeServices();
     void becomeReady();
     void tellProgress();
     void tellScanned();

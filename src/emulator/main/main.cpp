@@ -38,12 +38,18 @@ void say(const QString& text)
     std::fputs(qUtf8Printable(text + QLatin1Char('\n')), stderr);
 }
 
+/// Whoever waits for the ready file would wait for ever: without it the program ends.
 void tellReady(const emulator::Emulator& emulator, const QString& readyFile)
 {
     const QByteArray line = TavuJson::toJson(emulator.description()) + '\n';
     QString error;
-    if (!readyFile.isEmpty() && !files::replaceFile(readyFile, line, files::publicFile, &error))
-        say(QStringLiteral("cannot write %1").arg(error));
+    if (!readyFile.isEmpty() && !files::replaceFile(readyFile, line, files::publicFile, &error)) {
+        say(QStringLiteral("The ready line cannot be written to %1. Choose another file with "
+                           "--ready-file.")
+                .arg(error));
+        QCoreApplication::exit(1);
+        return;
+    }
     std::fputs(line.constData(), stdout);
     std::fflush(stdout);
 }

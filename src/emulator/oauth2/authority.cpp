@@ -94,9 +94,10 @@ Client clientOf(const QByteArray& authorization, const Form& form)
     return { form.value(text("client_id")), form.value(text("client_secret")) };
 }
 
-Authority::Authority(const Rules& rules, const QByteArray& secret, const QString& stateFile)
+Authority::Authority(
+    const Rules& rules, const QByteArray& secret, const QString& stateFile, Tokens::Trouble trouble)
     : m_rules(rules)
-    , m_tokens(secret, stateFile)
+    , m_tokens(secret, stateFile, std::move(trouble))
 {
 }
 

@@ -54,7 +54,9 @@ class Authority
 {
 public:
     /// `secret` signs tokens; `stateFile` keeps the logins over restarts, empty keeps none.
-    Authority(const Rules& rules, const QByteArray& secret, const QString& stateFile);
+    /// `trouble` hears of it when they cannot be kept.
+    Authority(const Rules& rules, const QByteArray& secret, const QString& stateFile,
+        Tokens::Trouble trouble = {});
 
     Rules& rules() { return m_rules; }
 

@@ -10,6 +10,8 @@
 #include <QStringList>
 #include <QVariantHash>
 
+#include <utility>
+
 namespace emulator::oauth2 {
 
 namespace {
@@ -33,9 +35,10 @@ QByteArray codeOf(const QString& content, const QByteArray& secret)
 
 } // namespace
 
-Tokens::Tokens(const QByteArray& secret, const QString& stateFile)
+Tokens::Tokens(const QByteArray& secret, const QString& stateFile, Trouble trouble)
     : m_secret(secret)
     , m_stateFile(stateFile)
+    , m_trouble(std::move(trouble))
 {
     load();
 }
@@ -127,18 +130,22 @@ void Tokens::load()
         m_families.insert(family.key(), family->toInt());
 }
 
-// A login that cannot be kept still works until the emulator ends, so a failure goes unreported.
-void Tokens::save() const
+void Tokens::save()
 {
     if (m_stateFile.isEmpty())
         return;
     QVariantHash families;
     for (auto family = m_families.cbegin(); family != m_families.cend(); ++family)
         families.insert(family.key(), *family);
-    files::replaceFile(m_stateFile,
+    QString error;
+    const bool saved = files::replaceFile(m_stateFile,
         TavuJson::toJson(QVariantHash{ { SerialKey, m_serial }, { FirstGoodKey, m_firstGoodSerial },
             { FamiliesKey, families } }),
-        files::privateFile);
+        files::privateFile, &error);
+    if (!std::exchange(m_told, !saved) && !saved && m_trouble)
+        m_trouble(QStringLiteral("Logins cannot be kept: %1. They work until the emulator ends; "
+                                 "free some space there.")
+                      .arg(error));
 }
 
 } // namespace emulator::oauth2

@@ -4,6 +4,7 @@
 #include <QHash>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 namespace emulator::oauth2 {
@@ -22,7 +23,10 @@ struct TokenPair
 class Tokens
 {
 public:
-    Tokens(const QByteArray& secret, const QString& stateFile);
+    /// For people: the families could not be kept, and why; once until they can be again.
+    using Trouble = std::function<void(const QString& problem)>;
+
+    Tokens(const QByteArray& secret, const QString& stateFile, Trouble trouble = {});
 
     /// Starts a family.
     TokenPair begin(qint64 nowMs, qint64 lifetimeMs);
@@ -38,10 +42,12 @@ private:
     QString seal(const QString& content) const;
     QString open(const QString& token) const;
     void load();
-    void save() const;
+    void save();
 
     QByteArray m_secret;
     QString m_stateFile;
+    Trouble m_trouble;
+    bool m_told = false;
     QHash<QString, int> m_families; ///< name to generation; a revoked one is gone
     qint64 m_serial = 0; ///< of the access token made last
     qint64 m_firstGoodSerial = 0; ///< those before count as expired

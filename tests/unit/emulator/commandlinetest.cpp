@@ -90,7 +90,15 @@ TEST(CommandLine, ReadsEveryOption)
 
 TEST(CommandLine, SaysWhatIsWrong)
 {
-    EXPECT_NE(refusal({ "/no/such/folder" }).find("There is no folder"), std::string::npos);
+    EXPECT_EQ(refusal({ "/no/such/folder" }),
+        "There is no folder \"/no/such/folder\". Give the folder that holds your music, or none "
+        "for "
+        "the sample albums.");
+    EXPECT_NE(
+        refusal({ "/etc/passwd" }).find("\"/etc/passwd\" is not a folder."), std::string::npos);
+    for (const char* host : { "", "a b", "music.test:443", "-a", "http://music.test" })
+        EXPECT_NE(refusal({ "--host", host }).find("--host takes a host name"), std::string::npos);
+    EXPECT_EQ(refusal({ "--host" }), "Missing value after '--host'. Try --help.");
     EXPECT_NE(refusal({ "--page-size", "0" }).find("--page-size takes a number from 1"),
         std::string::npos);
     EXPECT_NE(refusal({ "--http-port", "65536" }).find("--http-port"), std::string::npos);
