@@ -4,6 +4,7 @@
 #include "cmvalueitem.h"
 #include "cmworker.h"
 #include "controlserver.h"
+#include "controltoken.h"
 #include "gststreamer.h"
 #include "httpclient.h"
 #include "mpris.h"
@@ -13,16 +14,13 @@
 #include "pluginhost.h"
 #include "redactor.h"
 #include "renewingstreamer.h"
-#include "savefile.h"
 #include "settingsvalues.h"
 #include "statekeeper.h"
 #include "streameraudio.h"
 #include "tavupaths.h"
 #include "webpage.h"
 
-#include <QFile>
 #include <QHostAddress>
-#include <QRandomGenerator>
 
 namespace player {
 
@@ -142,14 +140,16 @@ bool Application::lockState()
     m_lock.setStaleLockTime(0);
     if (m_lock.tryLock())
         return true;
-    giveUp(Failed,
-        m_lock.error() == QLockFile::LockFailedError
-            ? QStringLiteral("Another player uses the state folder %1. Stop it, or give this one a "
-                             "folder of its own with player.state-folder.")
-                  .arg(m_stateFolder)
-            : QStringLiteral("The state folder %1 cannot be written. Set player.state-folder to "
-                             "one that can.")
-                  .arg(m_stateFolder));
+    if (m_lock.error() == QLockFile::LockFailedError)
+        giveUp(Failed,
+            QStringLiteral("Another player uses the state folder %1. Stop it, or give this one a "
+                           "folder of its own with player.state-folder.")
+                .arg(m_stateFolder));
+    else
+        giveUp(NoPermission,
+            QStringLiteral("The state folder %1 cannot be written. Free some space there, or set "
+                           "player.state-folder to a folder that can be written.")
+                .arg(m_stateFolder));
     return false;
 }
 
@@ -173,47 +173,21 @@ void Application::makeParts()
         m_parts->player.addMessage(
             QStringLiteral("error"), lost.title(), lost.message(), QStringLiteral("output"));
     });
-    if (!m_parts->oauth2.complaint().isEmpty())
-        m_parts->player.addMessage(QStringLiteral("error"), QStringLiteral("Please sign in again"),
-            m_parts->oauth2.complaint(), QStringLiteral("login"));
 }
 
 QString Application::makeToken()
 {
     const QString configured = m_settings.text("control.token-file");
-    const QString name =
-        configured.isEmpty() ? m_stateFolder + QLatin1String("/control-token") : configured;
-    QFile file(name);
-    if (file.open(QIODevice::ReadOnly)) {
-        QString token = QString::fromLatin1(file.readAll()).trimmed();
-        if (!token.isEmpty())
-            return token;
-    }
-    constexpr int words = 8;
-    quint32 random[words];
-    QRandomGenerator::system()->fillRange(random);
-    const QByteArray token =
-        QByteArray(reinterpret_cast<const char*>(random), sizeof random).toHex();
-    QString error;
-    if (!files::saveFile(name, token + '\n', files::privateFile, &error)) {
-        giveUp(NoPermission,
-            QStringLiteral("The token cannot be kept (%1). Set control.token-file to a file that "
-                           "can be written.")
-                .arg(error));
-        return QString();
-    }
-    return QString::fromLatin1(token);
+    ControlToken token(
+        configured.isEmpty() ? m_stateFolder + QLatin1String("/control-token") : configured);
+    if (!token.problem().isEmpty())
+        giveUp(NoPermission, token.problem());
+    return token.text();
 }
 
 bool Application::listen()
 {
-    QHostAddress address;
-    if (!address.setAddress(m_settings.text("control.address"))) {
-        giveUp(BadArguments,
-            QStringLiteral("control.address: \"%1\" is no IP address.")
-                .arg(m_settings.text("control.address")));
-        return false;
-    }
+    const QHostAddress address(m_settings.text("control.address"));
     if (!address.isLoopback()) {
         m_token = makeToken();
         if (m_token.isEmpty())

@@ -239,7 +239,7 @@ CMReply<QVariant> Player::observed(const CMReply<QVariant>& reply, const QString
 /// The service's word on a rating is a screen of one row, whether it took the rating or not.
 CMReply<QVariant> Player::rate(const CMReply<QVariant>& reply, Rating rating)
 {
-    const TavuRoles track = m_data.trackRoles();
+    const TavuRoles track = shown().trackRoles();
     cmchain::whenFinished(
         reply, m_context, [this, track, rating](const CMReply<QVariant>& finished) {
             const CMPath screen = screenOf(finished);
@@ -368,8 +368,25 @@ void Player::on_loggedIn_changed(const TavuValue& value)
 
 void Player::on_deviceCode_changed(const TavuValue& value)
 {
-    m_deviceCode = TavuOAuth2DeviceCode(value);
+    const TavuOAuth2DeviceCode before = std::exchange(m_deviceCode, TavuOAuth2DeviceCode(value));
     Q_EMIT loginChanged();
+    if (m_deviceCode.message() != before.message())
+        tellLoginTrouble();
+}
+
+/// A sign-in that fails tells so where it was asked for; what happens to a login later is told
+/// here.
+void Player::tellLoginTrouble()
+{
+    const QString state = m_deviceCode.state();
+    if (m_deviceCode.message().isEmpty() || state == QLatin1String("failed"))
+        return;
+    const bool loggedIn = state == QLatin1String("loggedIn");
+    addMessage(QStringLiteral("error"),
+        TrString(TrCharData(trExtractContext("player"),
+                     loggedIn ? "Trouble with the login" : "Please sign in again"))
+            .toString(),
+        m_deviceCode.message(), QStringLiteral("login"));
 }
 
 void Player::on_playMode_changed(const TavuValue& value)

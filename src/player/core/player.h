@@ -106,6 +106,7 @@ private:
     PlayLogicInterface* playLogic() const;
     CMPath loginPath(const QString& subpath) const;
     void invokeOAuth(const QString& subpath);
+    void tellLoginTrouble();
     void setPlayData(const TavuPlayLogicData& data);
     void setPosition(qint64 position);
     void fail(const CMError& error);

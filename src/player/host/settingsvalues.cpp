@@ -5,6 +5,7 @@
 #include "tavupaths.h"
 
 #include <QFile>
+#include <QSslCertificate>
 #include <QUrl>
 
 #include <algorithm>
@@ -24,9 +25,11 @@ QString readSecret(const QString& fileName, QString& secret)
 {
     if (fileName.isEmpty())
         return QString();
+    constexpr qint64 longest = 4096;
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("service.client-secret-file: %1 cannot be read (%2).")
+        return QStringLiteral("service.client-secret-file: %1 cannot be read (%2). Put the client "
+                              "secret there, with mode 0600, or name another file.")
             .arg(fileName, file.errorString());
     constexpr auto others =
         QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
@@ -34,7 +37,33 @@ QString readSecret(const QString& fileName, QString& secret)
         return QStringLiteral("service.client-secret-file: %1 can be read by others; run "
                               "\"chmod 600 %1\".")
             .arg(fileName);
-    secret = QString::fromUtf8(file.readAll()).trimmed();
+    const QByteArray bytes = file.read(longest + 1).trimmed();
+    const bool visible = std::all_of(
+        bytes.begin(), bytes.end(), [](char byte) { return byte >= ' ' && byte <= '~'; });
+    if (bytes.isEmpty() || bytes.size() > longest || !visible)
+        return QStringLiteral("service.client-secret-file: %1 holds no client secret, which is one "
+                              "line of text. Put the service's there, or name another file.")
+            .arg(fileName);
+    secret = QString::fromLatin1(bytes);
+    return QString();
+}
+
+/// Returns an empty text, or what is wrong: a file that holds nothing would only show later, as a
+/// service whose certificate is not trusted.
+QString checkAuthorities(const QString& fileName)
+{
+    if (fileName.isEmpty())
+        return QString();
+    const QString remedy = QStringLiteral(
+        "Name a PEM file with the certificates of the authorities that the service's comes from, "
+        "or leave service.ca-file empty to trust those of this system.");
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringLiteral("service.ca-file: %1 cannot be read (%2). %3")
+            .arg(fileName, file.errorString(), remedy);
+    constexpr qint64 longest = 16 * 1024 * 1024;
+    if (QSslCertificate::fromData(file.read(longest), QSsl::Pem).isEmpty())
+        return QStringLiteral("service.ca-file: %1 holds no certificate. %2").arg(fileName, remedy);
     return QString();
 }
 
@@ -84,9 +113,9 @@ QString publishSettings(const Settings& settings)
     QString missing = missingSetting(settings);
     if (!missing.isEmpty())
         return missing;
-    const QString caFile = settings.text("service.ca-file");
-    if (!caFile.isEmpty() && !QFile::exists(caFile))
-        return QStringLiteral("service.ca-file: %1 does not exist.").arg(caFile);
+    QString untrusted = checkAuthorities(settings.text("service.ca-file"));
+    if (!untrusted.isEmpty())
+        return untrusted;
     QString secret;
     QString unreadable = readSecret(settings.text("service.client-secret-file"), secret);
     if (!unreadable.isEmpty())

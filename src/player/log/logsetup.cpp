@@ -2,7 +2,7 @@
 
 #include "redactor.h"
 
-#include <QFileInfo>
+#include <QFile>
 #include <QHash>
 
 #include <log4cplus/consoleappender.h>
@@ -50,10 +50,11 @@ const char* patternFor(const QString& fileName)
     return journal ? "%-5p %c: %m%n" : "%D{%Y-%m-%d %H:%M:%S.%q} %-5p %c: %m%n";
 }
 
-bool canBeWritten(const QString& fileName)
+/// Empty when the log can be written to the file; only an attempt tells.
+QString whyNot(const QString& fileName)
 {
-    const QFileInfo file(fileName);
-    return file.exists() ? file.isWritable() : QFileInfo(file.absolutePath()).isWritable();
+    QFile file(fileName);
+    return file.open(QIODevice::WriteOnly | QIODevice::Append) ? QString() : file.errorString();
 }
 
 } // namespace
@@ -72,9 +73,11 @@ QString setUpLog(const QString& level, const QString& fileName)
         return QStringLiteral(
             "log.level must be trace, debug, info, warn, error or off, not \"%1\".")
             .arg(level);
-    if (!fileName.isEmpty() && !canBeWritten(fileName))
-        return QStringLiteral("The log file %1 cannot be written; choose another with log.file.")
-            .arg(fileName);
+    const QString refusal = fileName.isEmpty() ? QString() : whyNot(fileName);
+    if (!refusal.isEmpty())
+        return QStringLiteral("The log file %1 cannot be written (%2). Choose another with "
+                              "log.file, or leave it empty for standard error.")
+            .arg(fileName, refusal);
     auto appender = makeAppender(fileName);
     appender->setLayout(std::make_unique<RedactingLayout>(patternFor(fileName)));
     log4cplus::Logger root = log4cplus::Logger::getRoot();

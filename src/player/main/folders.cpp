@@ -27,6 +27,15 @@ QString stateFolder(const Settings& settings)
     return ofService.isEmpty() ? xdgFolder("XDG_STATE_HOME", ".local/state") : ofService;
 }
 
+QString faultOf(const QFileInfo& folder)
+{
+    if (!folder.exists())
+        return QStringLiteral("cannot be made");
+    if (!folder.isDir())
+        return QStringLiteral("is not a folder");
+    return folder.isWritable() ? QString() : QStringLiteral("cannot be written");
+}
+
 } // namespace
 
 QString defaultSettingsFile()
@@ -36,15 +45,18 @@ QString defaultSettingsFile()
     return !QFileInfo::exists(ofUser) && QFileInfo::exists(ofSystem) ? ofSystem : ofUser;
 }
 
-QString makeStateFolder(const Settings& settings)
+QString makeStateFolder(const Settings& settings, QString& problem)
 {
     QString folder = stateFolder(settings);
-    if (QFileInfo::exists(folder))
-        return QFileInfo(folder).isDir() && QFileInfo(folder).isWritable() ? folder : QString();
-    if (!QDir().mkpath(folder))
-        return QString();
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    return folder;
+    if (!QFileInfo::exists(folder) && QDir().mkpath(folder))
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const QString fault = faultOf(QFileInfo(folder));
+    if (fault.isEmpty())
+        return folder;
+    problem = QStringLiteral("The state folder %1 %2. Set player.state-folder to a folder that can "
+                             "be written.")
+                  .arg(folder, fault);
+    return QString();
 }
 
 QString pluginFile(const Settings& settings)

@@ -68,11 +68,10 @@ struct CommandLine
 
 int runPlayer(QCoreApplication& application, const Settings& settings)
 {
-    const QString stateFolder = makeStateFolder(settings);
+    QString problem;
+    const QString stateFolder = makeStateFolder(settings, problem);
     if (stateFolder.isEmpty()) {
-        say(stderr,
-            QStringLiteral("tavu-player: the state folder cannot be made or written. Set "
-                           "player.state-folder to one that can."));
+        say(stderr, QLatin1String("tavu-player: ") + problem);
         return NoPermission;
     }
     QuitSignals quitSignals;

@@ -86,7 +86,10 @@ Mpris::~Mpris()
 void Mpris::offer()
 {
     if (!m_bus.isConnected()) {
-        LOG4CPLUS_INFO(logger(), "No D-Bus (" << m_bus.lastError().message() << "); MPRIS is off");
+        LOG4CPLUS_WARN(logger(),
+            "No D-Bus (" << m_bus.lastError().message()
+                         << "): media keys and desktops cannot steer the player; all else works. "
+                            "Start it in a session with a bus, or set player.mpris = false");
         return;
     }
     m_bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
@@ -104,14 +107,20 @@ void Mpris::offer()
         return;
     }
     LOG4CPLUS_WARN(logger(),
-        "D-Bus does not let the player have its name (" << m_bus.lastError().message()
-                                                        << "); MPRIS is off");
+        "D-Bus does not let the player have its name ("
+            << m_bus.lastError().message()
+            << "): media keys and desktops cannot steer "
+               "the player; all else works. On the "
+               "system bus, install the policy that "
+               "comes with the player");
 }
 
 void Mpris::on_bus_disconnected()
 {
     m_busName.clear();
-    LOG4CPLUS_WARN(logger(), "D-Bus has gone; MPRIS is off");
+    LOG4CPLUS_WARN(logger(),
+        "D-Bus has gone: media keys and desktops cannot steer the player until it is started "
+        "again; all else works");
 }
 
 QVariant Mpris::playerProperty(const char* name) const

@@ -40,10 +40,14 @@ OAuth2Client::Answer::Kind kindOfFailure(HttpClientStatus status)
 }
 
 /// For use within a sentence of ours.
-QString withoutFullStop(QString reason)
+QString reasonOf(const HttpClient::Result& result)
 {
+    QString reason = result.reason;
     if (reason.endsWith(QLatin1Char('.')))
         reason.chop(1);
+    if (result.error == HttpClientStatus::TlsFailed)
+        reason += QLatin1String("; check service.ca-file and the service's addresses in the "
+                                "settings, and this machine's date");
     return reason;
 }
 
@@ -56,7 +60,7 @@ OAuth2Client::Answer answerOf(const HttpClient::Result& result)
 {
     using Answer = OAuth2Client::Answer;
     if (result.error != HttpClientStatus::Ok)
-        return { kindOfFailure(result.error), {}, withoutFullStop(result.reason) };
+        return { kindOfFailure(result.error), {}, reasonOf(result) };
     const QVariant json = TavuJson::parse(result.data);
     const QVariantHash fields = json.toHash();
     const QString status = QStringLiteral("HTTP status %1").arg(result.code);

@@ -1,8 +1,10 @@
 #include "settings.h"
 
+#include "settingtypes.h"
+
 #include <QFile>
+#include <QTextCodec>
 #include <QTextStream>
-#include <QUrl>
 
 #include <algorithm>
 #include <vector>
@@ -48,42 +50,36 @@ QString nearestKey(const QString& key)
         ->key;
 }
 
-bool isBoolean(const QString& value)
+/// As much of a foreign text as is to be shown, without what would steer a terminal.
+QString shown(const QString& text)
 {
-    return value == QLatin1String("true") || value == QLatin1String("false");
-}
-
-bool isNumber(const QString& value, int highest)
-{
-    bool ok = false;
-    const int number = value.toInt(&ok);
-    return ok && number >= 0 && number <= highest;
-}
-
-bool isUrl(const QString& value)
-{
-    const QUrl url(value, QUrl::StrictMode);
-    return value.isEmpty()
-        || (url.isValid() && !url.host().isEmpty()
-            && url.scheme().startsWith(QLatin1String("http")));
-}
-
-/// What is wrong with a value; empty when nothing is.
-QString complaint(const SettingInfo& info, const QString& value)
-{
-    switch (info.type) {
-    case SettingType::Text:
-        return QString();
-    case SettingType::Number:
-        return isNumber(value, 1000000) ? QString() : QStringLiteral("a number from 0 to 1000000");
-    case SettingType::Port:
-        return isNumber(value, 65535) ? QString() : QStringLiteral("a port from 0 to 65535");
-    case SettingType::Boolean:
-        return isBoolean(value) ? QString() : QStringLiteral("true or false");
-    case SettingType::Url:
-        return isUrl(value) ? QString() : QStringLiteral("a http or https URL with a host");
+    constexpr int atMost = 80;
+    QString plain = text.left(atMost);
+    for (QChar& character : plain) {
+        if (!character.isPrint())
+            character = QChar::ReplacementCharacter;
     }
-    return QString();
+    return plain;
+}
+
+/// The number of the first line that is not UTF-8 text; 0 when all are.
+int lineThatIsNoText(const QByteArray& bytes)
+{
+    int number = 0;
+    const QTextCodec* utf8 = QTextCodec::codecForName("UTF-8");
+    for (const QByteArray& line : bytes.split('\n')) {
+        ++number;
+        QTextCodec::ConverterState state;
+        utf8->toUnicode(line.constData(), line.size(), &state);
+        if (state.invalidChars > 0 || state.remainingChars > 0 || line.contains('\0'))
+            return number;
+    }
+    return 0;
+}
+
+QString freshFile()
+{
+    return QStringLiteral("\"tavu-player --print-config\" prints a fresh file.");
 }
 
 } // namespace
@@ -94,10 +90,24 @@ bool Settings::load(const QString& fileName, bool mustExist)
     if (!file.exists() && !mustExist)
         return true;
     if (!file.open(QIODevice::ReadOnly)) {
-        m_error = QStringLiteral("%1: cannot be read (%2).").arg(fileName, file.errorString());
+        m_error = QStringLiteral("The settings file %1 cannot be read: %2. Name another with "
+                                 "--config, or make one: %3")
+                      .arg(shown(fileName), file.errorString(), freshFile());
         return false;
     }
-    return parse(QString::fromUtf8(file.readAll()), fileName);
+    constexpr qint64 longestFile = 1024 * 1024;
+    const QByteArray bytes = file.read(longestFile + 1);
+    const int badLine = lineThatIsNoText(bytes);
+    if (badLine != 0 || bytes.size() > longestFile) {
+        m_error = badLine != 0
+            ? QStringLiteral("%1, line %2: this is not UTF-8 text. Mend the line, or start afresh: "
+                             "%3")
+                  .arg(shown(fileName), QString::number(badLine), freshFile())
+            : QStringLiteral("%1 is too long for a settings file. Name another with --config.")
+                  .arg(shown(fileName));
+        return false;
+    }
+    return parse(QString::fromUtf8(bytes), shown(fileName));
 }
 
 bool Settings::parse(const QString& text, const QString& fileName)
@@ -119,7 +129,7 @@ bool Settings::parse(const QString& text, const QString& fileName)
         if (equals < 0) {
             m_error = QStringLiteral("%1: \"%2\" is neither \"key = value\", \"[section]\" nor a "
                                      "comment (#).")
-                          .arg(where, line.left(80));
+                          .arg(where, shown(line));
             return false;
         }
         const QString key = section + QLatin1Char('.') + line.left(equals).trimmed();
@@ -136,11 +146,12 @@ bool Settings::apply(const QString& assignment)
 {
     const int equals = assignment.indexOf(QLatin1Char('='));
     if (equals < 0) {
-        m_error = QStringLiteral("\"%1\" is not \"section.name=value\".").arg(assignment);
+        m_error = QStringLiteral("The command line: \"%1\" is not \"section.name=value\".")
+                      .arg(shown(assignment));
         return false;
     }
     return set(assignment.left(equals).trimmed(), assignment.mid(equals + 1).trimmed(),
-        QStringLiteral("the command line"));
+        QStringLiteral("The command line"));
 }
 
 bool Settings::set(const QString& key, const QString& value, const QString& where)
@@ -148,13 +159,13 @@ bool Settings::set(const QString& key, const QString& value, const QString& wher
     const SettingInfo* info = find(key);
     if (!info) {
         m_error = QStringLiteral("%1: there is no setting \"%2\"; the nearest is \"%3\".")
-                      .arg(where, key.left(80), nearestKey(key.left(80)));
+                      .arg(where, shown(key), nearestKey(key.left(80)));
         return false;
     }
-    const QString wanted = complaint(*info, value);
+    const QString wanted = demandOn(info->type, value);
     if (!wanted.isEmpty()) {
         m_error = QStringLiteral("%1: \"%2\" must be %3, not \"%4\".")
-                      .arg(where, key, wanted, value.left(80));
+                      .arg(where, key, wanted, shown(value));
         return false;
     }
     m_values.insert(key, value);

@@ -10,7 +10,17 @@
 namespace player {
 
 /// What a value must look like.
-enum class SettingType { Text, Number, Boolean, Url, Port };
+enum class SettingType {
+    Text,
+    Number,
+    Percent,
+    Boolean,
+    Url,
+    Port,
+    Address,
+    Mappings,
+    LogLevel,
+};
 
 /// One setting that the player knows.
 struct SettingInfo
@@ -27,9 +37,9 @@ public:
     /// Every setting there is, in the order of the file.
     static const QVector<SettingInfo>& all();
 
-    /// Reads a file. On false `error()` says which line is wrong, why, and what to write instead;
-    /// nothing of the file has been taken over then. A file that is not there is an error only when
-    /// `mustExist`.
+    /// Reads a file of UTF-8 text. On false `error()` says which line is wrong, why, and what to
+    /// write instead, in characters that a terminal can be given; nothing of the file has been
+    /// taken over then. A file that is not there is an error only when `mustExist`.
     bool load(const QString& fileName, bool mustExist);
     /// Sets "section.name=value", as given on the command line.
     bool apply(const QString& assignment);

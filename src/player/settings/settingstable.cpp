@@ -37,13 +37,13 @@ const QVector<SettingInfo>& Settings::all()
             "How many tracks of an endless station are kept to go back to."),
         setting("service.ca-file", Type::Text, "",
             "A PEM file of further certificate authorities to trust."),
-        setting("service.connect-to", Type::Text, "",
+        setting("service.connect-to", Type::Mappings, "",
             "host:port:address:port, several separated by blanks: where connections to a host "
             "really go. For test services on this machine."),
         setting("player.name", Type::Text, "tavu", "What the player calls itself."),
         setting("player.output", Type::Text, "auto",
             "Where the sound goes: \"auto\", a device's id, or a GStreamer sink description."),
-        setting("player.volume", Type::Number, "100",
+        setting("player.volume", Type::Percent, "100",
             "Volume at the first start, 0 to 100; later it starts with the last one."),
         setting("player.resume", Type::Boolean, "false",
             "Whether a player that ended while it played goes on by itself when it is started. "
@@ -60,7 +60,7 @@ const QVector<SettingInfo>& Settings::all()
             "A blank within a value is written %20, a percent sign %25."),
         setting("player.state-folder", Type::Text, "",
             "Where tokens and state are kept. Empty: the user's state folder."),
-        setting("control.address", Type::Text, "127.0.0.1",
+        setting("control.address", Type::Address, "127.0.0.1",
             "The address that the control API and the web page listen on. Any other than a "
             "loopback address asks clients for the token."),
         setting("control.port", Type::Port, "6680", "Their port; 0 takes any that is free."),
@@ -68,7 +68,7 @@ const QVector<SettingInfo>& Settings::all()
             "The file that keeps the token; made when it is missing. Empty: in the state folder."),
         setting("control.hosts", Type::Text, "",
             "Further host names, separated by blanks, under which clients may address the player."),
-        setting("log.level", Type::Text, "info", "trace, debug, info, warn, error or off."),
+        setting("log.level", Type::LogLevel, "info", "trace, debug, info, warn, error or off."),
         setting("log.file", Type::Text, "", "A file for the log. Empty: standard error."),
     };
     return table;

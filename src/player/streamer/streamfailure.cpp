@@ -56,7 +56,9 @@ TrString transferReason(const StreamFailure& failure)
     case StreamFailure::ConnectFailed:
         return { text("%1 could not be reached. Please check the network."), host };
     case StreamFailure::TlsFailed:
-        return { text("The connection to %1 is not secure: %2"), { failure.host, failure.detail } };
+        return { text("The connection to %1 is not secure: %2. Please check service.ca-file in the "
+                      "settings."),
+            { failure.host, failure.detail } };
     case StreamFailure::Stalled:
         return { text("%1 sends nothing any more. Please try again later."), host };
     case StreamFailure::Interrupted:

@@ -56,6 +56,8 @@ TEST_F(StreamerTls, refusesAnUnknownAuthority)
     EXPECT_TRUE(ear().error(1).message().startsWith(QLatin1String(
         "Cannot play \"Song https://eu.music.example/a.flac\". The connection to eu.music.example "
         "is not secure: ")));
+    EXPECT_TRUE(ear().error(1).message().endsWith(
+        QLatin1String(". Please check service.ca-file in the settings.")));
     EXPECT_TRUE(server.asked().isEmpty());
 }
 

@@ -99,12 +99,48 @@ TEST(SettingsValues, read_the_secret_only_from_a_file_that_others_cannot_read)
     EXPECT_EQ(stringAt(TavuAmazonMusicClientSecretPath()), QStringLiteral("sesame"));
 }
 
-TEST(SettingsValues, name_a_ca_file_that_is_not_there)
+TEST(SettingsValues, want_one_line_of_text_as_the_secret)
 {
+    const QTemporaryDir folder;
+    const QString name = folder.filePath(QStringLiteral("secret"));
+    Settings settings = complete();
+    ASSERT_TRUE(settings.apply(QStringLiteral("service.client-secret-file=") + name));
+    EXPECT_EQ(publishSettings(settings),
+        QStringLiteral("service.client-secret-file: %1 cannot be read (No such file or directory). "
+                       "Put the client secret there, with mode 0600, or name another file.")
+            .arg(name));
+    for (const QByteArray& content : { QByteArray(), QByteArray(" \n"), QByteArray("a\nb"),
+             QByteArray("\x7f"
+                        "ELF"),
+             QByteArray(5000, 'x') }) {
+        QFile file(name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+        file.write(content);
+        file.close();
+        EXPECT_TRUE(publishSettings(settings).contains(QStringLiteral("holds no client secret")));
+    }
+}
+
+TEST(SettingsValues, name_a_ca_file_that_is_none_and_what_to_do)
+{
+    const QString remedy = QStringLiteral(
+        "Name a PEM file with the certificates of the authorities that the service's comes from, "
+        "or leave service.ca-file empty to trust those of this system.");
     Settings settings = complete();
     ASSERT_TRUE(settings.apply(QStringLiteral("service.ca-file=/nowhere/ca.pem")));
     EXPECT_EQ(publishSettings(settings),
-        QStringLiteral("service.ca-file: /nowhere/ca.pem does not exist."));
+        QStringLiteral("service.ca-file: /nowhere/ca.pem cannot be read (No such file or "
+                       "directory). ")
+            + remedy);
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("ca.pem")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("-----BEGIN CERTIFICATE-----\nAAAA\n-----END CERTIFICATE-----\n");
+    file.close();
+    ASSERT_TRUE(settings.apply(QStringLiteral("service.ca-file=") + file.fileName()));
+    EXPECT_EQ(publishSettings(settings),
+        QStringLiteral("service.ca-file: %1 holds no certificate. ").arg(file.fileName()) + remedy);
 }
 
 } // namespace

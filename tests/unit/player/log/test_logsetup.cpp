@@ -40,6 +40,10 @@ TEST(LogSetup, says_what_is_wrong_with_a_level_and_with_a_file)
                     .contains(QStringLiteral("trace, debug, info, warn, error or off")));
     EXPECT_TRUE(player::setUpLog(QStringLiteral("info"), QStringLiteral("/nowhere/at/all.log"))
                     .contains(QStringLiteral("cannot be written")));
+    // A folder can be written to, but not as a log.
+    EXPECT_EQ(player::setUpLog(QStringLiteral("info"), QStringLiteral("/tmp")),
+        QStringLiteral("The log file /tmp cannot be written (Is a directory). Choose another with "
+                       "log.file, or leave it empty for standard error."));
 }
 
 } // namespace

@@ -44,8 +44,50 @@ TEST_F(SettingsFile, gives_the_defaults_when_there_is_no_file)
 TEST_F(SettingsFile, complains_of_a_file_that_was_named_and_is_not_there)
 {
     Settings settings;
-    EXPECT_FALSE(settings.load(m_folder.filePath(QStringLiteral("none")), true));
-    EXPECT_TRUE(settings.error().contains(QStringLiteral("cannot be read")));
+    for (const QString& name : { m_folder.filePath(QStringLiteral("none")), m_folder.path() }) {
+        EXPECT_FALSE(settings.load(name, true));
+        EXPECT_TRUE(settings.error().startsWith(
+            QStringLiteral("The settings file %1 cannot be read: ").arg(name)))
+            << settings.error().toStdString();
+        EXPECT_TRUE(settings.error().endsWith(
+            QStringLiteral("Name another with --config, or make one: \"tavu-player "
+                           "--print-config\" prints a fresh "
+                           "file.")));
+    }
+}
+
+TEST_F(SettingsFile, refuses_what_is_no_text_and_shows_none_of_it)
+{
+    for (const QByteArray& line : { QByteArray("name = \xff\xfe", 9), QByteArray("name = a\0b", 10),
+             QByteArray("\xc3", 1) }) {
+        EXPECT_TRUE(errorOf("[player]\n" + line + "\n")
+                        .endsWith(QStringLiteral(
+                            ", line 2: this is not UTF-8 text. Mend the line, or start afresh: "
+                            "\"tavu-player --print-config\" prints a fresh file.")));
+    }
+    EXPECT_TRUE(errorOf("[player]\nname = a\x07"
+                        "b\n")
+                    .contains(QStringLiteral("control characters")));
+    const QString odd = errorOf("[player]\n\x1b[2J = 1\n");
+    EXPECT_FALSE(odd.contains(QLatin1Char('\x1b'))) << odd.toStdString();
+    EXPECT_TRUE(odd.contains(QStringLiteral("line 2: there is no setting \"player.")));
+}
+
+TEST_F(SettingsFile, takes_the_files_of_other_editors)
+{
+    Settings settings;
+    ASSERT_TRUE(settings.load(write("\xef\xbb\xbf[player]\r\nname = Bath\r\n"), true))
+        << settings.error().toStdString();
+    EXPECT_EQ(settings.text("player.name"), QStringLiteral("Bath"));
+}
+
+TEST_F(SettingsFile, refuses_a_file_without_end)
+{
+    Settings settings;
+    EXPECT_FALSE(settings.load(write(QByteArray(2 * 1024 * 1024, '#')), true));
+    EXPECT_TRUE(settings.error().contains(QStringLiteral("too long for a settings file")));
+    EXPECT_FALSE(settings.load(QStringLiteral("/dev/zero"), true));
+    EXPECT_FALSE(settings.error().isEmpty());
 }
 
 TEST_F(SettingsFile, reads_values_comments_and_sections)
@@ -74,6 +116,26 @@ TEST_F(SettingsFile, refuses_values_of_the_wrong_type_and_says_what_is_wanted)
         errorOf("[service]\nbase-url = music\n").contains(QStringLiteral("URL with a host")));
     EXPECT_TRUE(
         errorOf("[service]\nmax-queue-size = -1\n").contains(QStringLiteral("a number from 0")));
+    EXPECT_TRUE(
+        errorOf("[player]\nvolume = 101\n").contains(QStringLiteral("a number from 0 to 100,")));
+    EXPECT_TRUE(errorOf("[service]\nbase-url = httpx://host/\n")
+                    .contains(QStringLiteral("a http or https URL")));
+    EXPECT_TRUE(errorOf("[control]\naddress = localhost\n")
+                    .contains(QStringLiteral("an IP address, such as 127.0.0.1")));
+    EXPECT_TRUE(
+        errorOf("[log]\nlevel = loud\n").contains(QStringLiteral("error or off, not \"loud\"")));
+    for (const char* mappings : { "music", "a:443:b", "a:443:b:c", "a:443:127.0.0.1:1 b" })
+        EXPECT_TRUE(errorOf(QByteArray("[service]\nconnect-to = ") + mappings + '\n')
+                        .contains(QStringLiteral("host:port:address:port")))
+            << mappings;
+}
+
+TEST_F(SettingsFile, takes_mappings_of_names_and_addresses)
+{
+    Settings settings;
+    for (const char* mappings : { "", "a.test:443:127.0.0.1:8443", "a:443:b:1  ::[::1]:80" })
+        EXPECT_TRUE(settings.apply(QStringLiteral("service.connect-to=") + QLatin1String(mappings)))
+            << settings.error().toStdString();
 }
 
 TEST_F(SettingsFile, refuses_a_line_that_is_no_assignment)
