@@ -8,9 +8,10 @@ namespace emulator::documents {
 
 namespace {
 
-QString signedText(catalogue::Id track, const QString& expires, const QString& keyed)
+QString signedText(
+    catalogue::Id track, const QString& expires, const QString& then, const QString& keyed)
 {
-    return QStringLiteral("audio %1 %2 %3").arg(catalogue::toText(track), expires, keyed);
+    return QStringLiteral("audio %1 %2 %3 %4").arg(catalogue::toText(track), expires, then, keyed);
 }
 
 } // namespace
@@ -28,19 +29,21 @@ QString MediaUrls::sign(const QString& text) const
         code.left(18).toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals));
 }
 
-QString MediaUrls::audio(const catalogue::Track& track, qint64 expiresMs, bool keyHeaders) const
+QString MediaUrls::audio(
+    const catalogue::Track& track, qint64 expiresMs, int expiredStatus, bool keyHeaders) const
 {
     const QString expires = QString::number(expiresMs);
+    const QString then = QString::number(expiredStatus);
     const QString keyed = QString::number(keyHeaders ? 1 : 0);
-    return QStringLiteral("/audio/%1.%2?expires=%3&keyed=%4&signature=%5")
-        .arg(catalogue::toText(track.id), QFileInfo(track.path).suffix().toLower(), expires, keyed,
-            sign(signedText(track.id, expires, keyed)));
+    return QStringLiteral("/audio/%1.%2?expires=%3&then=%4&keyed=%5&signature=%6")
+        .arg(catalogue::toText(track.id), QFileInfo(track.path).suffix().toLower(), expires, then,
+            keyed, sign(signedText(track.id, expires, then, keyed)));
 }
 
-MediaUrls::Check MediaUrls::check(catalogue::Id track, const QString& expires, const QString& keyed,
-    const QString& signature, qint64 nowMs) const
+MediaUrls::Check MediaUrls::check(catalogue::Id track, const QString& expires, const QString& then,
+    const QString& keyed, const QString& signature, qint64 nowMs) const
 {
-    if (signature != sign(signedText(track, expires, keyed)))
+    if (signature != sign(signedText(track, expires, then, keyed)))
         return Check::Forged;
     return expires.toLongLong() < nowMs ? Check::Expired : Check::Good;
 }

@@ -15,12 +15,15 @@ public:
     /// Addresses made with the same secret stay good over restarts.
     explicit MediaUrls(const QByteArray& secret);
 
-    /// Path and query of a track's sound, good until `expiresMs` (since the epoch).
-    QString audio(const catalogue::Track& track, qint64 expiresMs, bool keyHeaders) const;
+    /// Path and query of a track's sound, good until `expiresMs` (since the epoch); then it is
+    /// answered with the status.
+    QString audio(
+        const catalogue::Track& track, qint64 expiresMs, int expiredStatus, bool keyHeaders) const;
 
     enum class Check { Good, Forged, Expired };
-    Check check(catalogue::Id track, const QString& expires, const QString& keyed,
-        const QString& signature, qint64 nowMs) const;
+    /// The texts are the address's query values of these names.
+    Check check(catalogue::Id track, const QString& expires, const QString& then,
+        const QString& keyed, const QString& signature, qint64 nowMs) const;
 
     /// The fields that a request for the sound of a protected track must carry.
     static QString keyIdName();

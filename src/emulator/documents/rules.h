@@ -22,6 +22,7 @@ struct Moment
 {
     qint64 nowMs = 0; ///< since the epoch
     qint64 expiresAfterMs = 0;
+    int expiredStatus = 403; ///< what a stream address answers after that
     bool keyHeadersForAll = false;
     QString serviceBase; ///< scheme and authority by which the client reached the service
     QString mediaBase; ///< scheme and authority of pictures and sound

@@ -106,7 +106,7 @@ TavuAmazonMusicAudio TrackWriter::audio(const Track& track) const
     const qint64 expires = m_moment.nowMs + m_moment.expiresAfterMs;
     const bool keyed = needsKeyHeaders(track);
     TavuAmazonMusicAudio audio;
-    audio.setUri(m_moment.mediaBase + m_media.audio(track, expires, keyed));
+    audio.setUri(m_moment.mediaBase + m_media.audio(track, expires, m_moment.expiredStatus, keyed));
     audio.setExpires(serviceTime(expires));
     if (keyed)
         audio.setHeaders(keyHeaders(track));

@@ -24,6 +24,7 @@ Shaping stopping(const Effect& effect, Shaping::Stop stop)
 {
     Shaping shaping;
     shaping.stopAfterBytes = effect.number("after", 0);
+    shaping.bytesPerSecond = effect.number("bytesPerSecond", 0);
     shaping.stop = stop;
     return shaping;
 }

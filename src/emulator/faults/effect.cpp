@@ -9,13 +9,15 @@ namespace {
 using Type = Parameter::Type;
 
 const Parameter After{ "after", Type::Number, "bytes of the body that still arrive (0)" };
+const Parameter Pace{ "bytesPerSecond", Type::Number, "how slowly they arrive (no limit)" };
 
 std::vector<EffectKind> preparations()
 {
     return {
         { "none", Stage::Prepare, "nothing; for rules that only delay", {} },
         { "expire", Stage::Prepare, "stream addresses in the answer expire early",
-            { { "in", Type::Number, "milliseconds from now; may be negative (0)" } } },
+            { { "in", Type::Number, "milliseconds from now; may be negative (0)" },
+                { "status", Type::Number, "what they answer from then on (403)" } } },
         { "key-headers", Stage::Prepare, "every track of the answer needs key headers", {} },
         { "no-ranges", Stage::Prepare, "sound is served whole, whatever range is asked for", {} },
     };
@@ -105,10 +107,11 @@ std::vector<EffectKind> disturbances()
     return {
         { "trickle", Stage::Deliver, "sends the body slowly",
             { { "bytesPerSecond", Type::Number, "how slowly (1)" } } },
-        { "stall", Stage::Deliver, "stops in the body and keeps the connection open", { After } },
+        { "stall", Stage::Deliver, "stops in the body and keeps the connection open",
+            { After, Pace } },
         { "cut", Stage::Deliver, "closes the connection before Content-Length is reached",
-            { After } },
-        { "reset", Stage::Deliver, "resets the connection in the body", { After } },
+            { After, Pace } },
+        { "reset", Stage::Deliver, "resets the connection in the body", { After, Pace } },
         { "chunked-cut", Stage::Deliver, "sends the body in chunks and closes without the last one",
             { { "after", Type::Number, "bytes of the body that still arrive (all)" } } },
         { "surplus", Stage::Deliver, "sends more bytes than Content-Length says",

@@ -36,7 +36,6 @@ void describeSound(QVariantHash& details, const http::Request& request)
     const bool keyed =
         has(documents::MediaUrls::keyIdName()) || has(documents::MediaUrls::keyName());
     details.insert(QStringLiteral("keyHeaders"), keyed);
-    details.insert(QStringLiteral("bearerSent"), request.headers.contains("authorization"));
 }
 
 void describeLogin(QVariantHash& details, const http::Request& request)
@@ -50,11 +49,17 @@ void describeLogin(QVariantHash& details, const http::Request& request)
             || form.contains(QStringLiteral("code_verifier")));
 }
 
+bool carriesBearer(const http::Request& request)
+{
+    return request.headers.value("authorization").toLower().startsWith("bearer ");
+}
+
 } // namespace
 
 QVariantHash describeRequest(const http::Request& request, const QString& kind)
 {
     QVariantHash details;
+    details.insert(QStringLiteral("bearerSent"), carriesBearer(request));
     put(details, "in", request.queryValue(QStringLiteral("in")));
     putHeader(details, "drmType", request, "x-amzn-audio-drmtype");
     putHeader(details, "deviceCapability", request, "x-amzn-audio-device-capability");

@@ -103,8 +103,12 @@ void MusicService::annotate(const http::Request& request, QVariantHash& details)
 documents::Moment MusicService::prepared(const Call& call) const
 {
     documents::Moment moment = call.moment;
-    moment.expiresAfterMs =
-        call.isHitBy("expire") ? call.hit->effect.number("in", 0) : m_rules.expiresAfterMs;
+    moment.expiresAfterMs = m_rules.expiresAfterMs;
+    if (call.isHitBy("expire")) {
+        moment.expiresAfterMs = call.hit->effect.number("in", 0);
+        moment.expiredStatus =
+            static_cast<int>(call.hit->effect.number("status", moment.expiredStatus));
+    }
     moment.keyHeadersForAll = call.isHitBy("key-headers");
     return moment;
 }
@@ -279,10 +283,10 @@ Answer MusicService::audio(Call& call)
         return call.request.queryValue(QLatin1String(name));
     };
     const QString keyed = query("keyed");
-    const auto check =
-        m_media.check(id, query("expires"), keyed, query("signature"), call.moment.nowMs);
+    const auto check = m_media.check(
+        id, query("expires"), query("then"), keyed, query("signature"), call.moment.nowMs);
     if (check == documents::MediaUrls::Check::Expired)
-        return problem(403, QStringLiteral("the address has expired"));
+        return problem(query("then").toInt(), QStringLiteral("the address has expired"));
     if (check == documents::MediaUrls::Check::Forged)
         return problem(403, QStringLiteral("the address is not signed by this service"));
     const auto field = [&call](const QString& name) {

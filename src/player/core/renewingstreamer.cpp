@@ -221,8 +221,9 @@ void RenewingStreamer::reopen(qint64 position)
 {
     m_reopenOnResume = false;
     m_inner->play(m_present.id, startingAt(m_present.roles, position), m_present.attributes);
+    // The next one may have been prepared as long ago.
     if (m_next.id != 0)
-        m_inner->setNextMedia(m_next.id, m_next.roles, m_next.attributes);
+        handOver(m_next, true);
 }
 
 /// A pause stays one: the stream behind is opened when the user wants to hear it.

@@ -145,7 +145,7 @@ void House::signIn()
         patienceMs));
 }
 
-void House::fault(const char* rule)
+void House::fault(const QByteArray& rule)
 {
     const auto parsed = emulator::faults::parseRule(QString::fromLatin1(rule));
     EXPECT_EQ(parsed.problem, QString());
@@ -231,6 +231,19 @@ int House::requests(const char* kind)
     emulator::Ledger::Filter filter;
     filter.kinds = QStringList{ QString::fromLatin1(kind) };
     return static_cast<int>(service().ledger().entries(filter).size());
+}
+
+QList<int> House::audioRefusals()
+{
+    constexpr int firstRefusal = 400;
+    emulator::Ledger::Filter filter;
+    filter.kinds = QStringList{ QStringLiteral("audio") };
+    QList<int> refusals;
+    for (const auto& entry : service().ledger().entries(filter)) {
+        if (entry.status >= firstRefusal)
+            refusals.append(entry.status);
+    }
+    return refusals;
 }
 
 QStringList House::messageTexts()

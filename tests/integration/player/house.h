@@ -40,7 +40,7 @@ public:
     QString samplesFolder() const;
 
     /// Makes the service fail, as the emulator's --fault takes it.
-    void fault(const char* rule);
+    void fault(const QByteArray& rule);
     void liftFaults();
 
     // What a person does; each waits for the answer and fails the test on an error.
@@ -61,6 +61,8 @@ public:
     QStringList reports();
     QStringList reportsWithoutPositions();
     int requests(const char* kind);
+    /// What the requests for sound were refused with, oldest first.
+    QList<int> audioRefusals();
     QStringList messageTexts();
 
 private:

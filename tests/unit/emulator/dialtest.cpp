@@ -184,6 +184,11 @@ TEST_F(DialOverHttp, CutsResetsAndStallsInTheBody)
     turn(R"({"path":"/albums/","effect":"cut","after":20,"times":1})");
     const QByteArray cut = rawAlbums();
     EXPECT_EQ(cut.mid(cut.indexOf("\r\n\r\n") + 4).size(), 20);
+    turn(R"({"path":"/albums/","effect":"cut","after":20,"bytesPerSecond":100,"times":1})");
+    QElapsedTimer clock;
+    clock.start();
+    rawAlbums();
+    EXPECT_GE(clock.elapsed(), 150);
     turn(R"({"path":"/albums/","effect":"reset","after":10,"times":1})");
     EXPECT_EQ(albums().error, QNetworkReply::RemoteHostClosedError);
     turn(R"({"path":"/albums/","effect":"stall","after":10,"times":1})");
@@ -258,7 +263,20 @@ TEST_F(DialOverHttp, LetsAddressesExpireEarly)
 {
     turn(R"({"kind":"chunk","effect":"expire","in":-1000,"times":1})");
     EXPECT_EQ(m_client.get(audioUrl()).status, 403);
+    turn(R"({"kind":"chunk","effect":"expire","in":-1000,"status":410,"times":1})");
+    EXPECT_EQ(m_client.get(audioUrl()).status, 410);
     EXPECT_EQ(m_client.get(audioUrl()).status, 200);
+}
+
+TEST_F(DialOverHttp, LedgerTellsWhoSendsTheBearer)
+{
+    const auto sent = [this] { return lastEntry().details.value(text("bearerSent")).toBool(); };
+    albums();
+    EXPECT_TRUE(sent());
+    m_client.get(text("/albums/"), { { "authorization", "Basic abc" } });
+    EXPECT_FALSE(sent());
+    m_client.get(audioUrl(), { { "authorization", "Bearer abc" } });
+    EXPECT_TRUE(sent());
 }
 
 TEST_F(DialOverHttp, ProtectsEveryTrack)

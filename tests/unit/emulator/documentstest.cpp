@@ -438,13 +438,15 @@ TEST(MediaUrls, AreGoodUntilTheyExpireAndOnlyAsTheyWereMade)
     catalogue::Track track;
     track.id = 7;
     track.path = text("a/b.FLAC");
-    const QUrl url(media.audio(track, 5000, true));
+    const QUrl url(media.audio(track, 5000, 410, true));
     EXPECT_EQ(url.path(), text("/audio/0000000000000007.flac"));
     const QUrlQuery query(url.query());
     const auto check = [&](catalogue::Id id, const QString& expires, const QString& keyed,
                            qint64 nowMs) {
-        return media.check(id, expires, keyed, query.queryItemValue(text("signature")), nowMs);
+        return media.check(id, expires, query.queryItemValue(text("then")), keyed,
+            query.queryItemValue(text("signature")), nowMs);
     };
+    EXPECT_EQ(query.queryItemValue(text("then")), text("410"));
     EXPECT_EQ(check(7, text("5000"), text("1"), 5000), MediaUrls::Check::Good);
     EXPECT_EQ(check(7, text("5000"), text("1"), 5001), MediaUrls::Check::Expired);
     EXPECT_EQ(check(7, text("9000"), text("1"), 5000), MediaUrls::Check::Forged);

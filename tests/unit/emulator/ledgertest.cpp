@@ -133,7 +133,8 @@ TEST(Describe, TellsTheDeviceHeaders)
     const QVariantHash details = describeRequest(made, text("browse"));
     EXPECT_EQ(details.value(text("drmType")).toString(), text("WIDEVINE"));
     EXPECT_EQ(details.value(text("deviceCapability")).toString(), text("HD"));
-    EXPECT_EQ(details.size(), 2);
+    EXPECT_TRUE(details.value(text("bearerSent")).toBool());
+    EXPECT_EQ(details.size(), 3);
 }
 
 TEST(Describe, TellsTheGrantOfALoginButNoneOfItsSecrets)
