@@ -1,4 +1,5 @@
-"""Many clients of a player's events."""
+"""Many clients of a player's events, and the least that can tell them something."""
+import os
 import re
 import select
 import socket
@@ -15,6 +16,7 @@ class EventClients:
         self.sockets = {}
         self.serials = {}
         self.lost = 0
+        self.size = 0  # Of the last event.
         for _ in range(count):
             client = socket.create_connection((parts.hostname, parts.port))
             client.sendall(request)
@@ -38,6 +40,7 @@ class EventClients:
             for number, _ in self.poll.poll(0.1):
                 data = self.sockets[number].recv(65536)
                 now = time.monotonic()
+                self.size = len(data)
                 if number in waiting:
                     waiting.discard(number)
                     arrived.append((number, now, data))
@@ -51,3 +54,43 @@ class EventClients:
     def close(self):
         for client in self.sockets.values():
             client.close()
+
+
+class BareTeller:
+    """A process that sends the same bytes to each of its clients and does nothing else."""
+
+    SNAPSHOT = b"id: 0\ndata: {}\n\n"
+
+    def __init__(self, count, size):
+        listener = socket.create_server(("127.0.0.1", 0), backlog=count)
+        self.url = f"http://127.0.0.1:{listener.getsockname()[1]}"
+        self.asks, asked = socket.socketpair()
+        self.pid = os.fork()
+        if self.pid == 0:
+            self.asks.close()
+            self._serve(listener, asked, count, size)
+            os._exit(0)
+        listener.close()
+        asked.close()
+
+    def _serve(self, listener, asked, count, size):
+        clients = []
+        for _ in range(count):
+            client, _ = listener.accept()
+            client.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+            client.recv(65536)
+            client.sendall(self.SNAPSHOT)
+            clients.append(client)
+        serial = 0
+        while asked.recv(1):
+            serial += 1
+            event = f"id: {serial}\ndata: ".encode().ljust(size - 2, b"-") + b"\n\n"
+            for client in clients:
+                client.send(event)
+
+    def tell(self):
+        self.asks.send(b"!")
+
+    def close(self):
+        self.asks.close()
+        os.waitpid(self.pid, 0)
