@@ -114,7 +114,7 @@ CMReply<QVariant> Player::activatePath(
 CMReply<QVariant> Player::search(const QString& text, const QString& path)
 {
     const CMPath container = path.isEmpty() ? m_service.searchScreen() : CMPath::fromEncoded(path);
-    const auto result = withDeadline(CMReply<QVariant>::create());
+    auto result = withDeadline(CMReply<QVariant>::create());
     const CMReply<QVariant> found = rows(container.toEncoded(), 0, 0);
     cmchain::whenSucceeded(found, result, m_context, [this, result, text](const QVariant& screen) {
         const QVariantList list = screen.toHash().value(QStringLiteral("rows")).toList();
