@@ -51,7 +51,7 @@ public:
 
     void forget() const
     {
-        std::array<char, 65536> buffer;
+        std::array<char, 65536> buffer{};
         while (::read(m_ends[0], buffer.data(), buffer.size()) > 0) { }
     }
 
