@@ -27,7 +27,9 @@ int main(int argc, char** argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Steers a running tavu-player.\n\nCommands:\n") + ctl::commandHelp());
-    parser.addHelpOption();
+    const QCommandLineOption help(
+        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
+    parser.addOption(help);
     parser.addVersionOption();
     const QCommandLineOption url(QStringLiteral("url"), QStringLiteral("The player's address."),
         QStringLiteral("url"), fromEnvironment("TAVU_URL", "http://127.0.0.1:6680"));
@@ -41,7 +43,7 @@ int main(int argc, char** argv)
         ctl::printError(parser.errorText());
         return ctl::Usage;
     }
-    if (parser.isSet(QStringLiteral("help")))
+    if (parser.isSet(help))
         parser.showHelp(ctl::Done);
     if (parser.isSet(QStringLiteral("version")))
         parser.showVersion();

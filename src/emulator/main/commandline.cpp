@@ -228,7 +228,8 @@ CommandLine parseCommandLine(const QStringList& arguments)
 {
     QCommandLineParser parser;
     describeOptions(parser);
-    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption help({ text("h"), text("help") }, text("Show this help."));
+    parser.addOption(help);
     const QCommandLineOption version = parser.addVersionOption();
     if (!parser.parse(arguments))
         return saying(withFullStop(parser.errorText()) + text(" Try --help."), UsageError);

@@ -23,6 +23,8 @@ void say(FILE* where, const QString& line)
 
 struct CommandLine
 {
+    QCommandLineOption help{ { QStringLiteral("h"), QStringLiteral("help") },
+        QStringLiteral("Show this help.") };
     QCommandLineOption config{ QStringLiteral("config"),
         QStringLiteral("Read the settings from <file> (default: %1).").arg(defaultSettingsFile()),
         QStringLiteral("file") };
@@ -40,7 +42,7 @@ struct CommandLine
     {
         parser.setApplicationDescription(
             QStringLiteral("A headless network audio player with a page to steer it by."));
-        parser.addHelpOption();
+        parser.addOption(help);
         parser.addVersionOption();
         parser.addOptions({ config, option, print, verbose });
         const bool ok = parser.parse(QCoreApplication::arguments());
@@ -116,7 +118,7 @@ int main(int argc, char** argv)
         say(stderr, QLatin1String("tavu-player: ") + problem + QLatin1String(" Try --help."));
         return BadArguments;
     }
-    if (commandLine.parser.isSet(QStringLiteral("help")))
+    if (commandLine.parser.isSet(commandLine.help))
         commandLine.parser.showHelp(Quit);
     if (commandLine.parser.isSet(QStringLiteral("version")))
         commandLine.parser.showVersion();
