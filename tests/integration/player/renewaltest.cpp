@@ -12,15 +12,6 @@ protected:
             + QByteArrayLiteral(" kind=") + what;
     }
 
-    /// Without those of gaps: a stream that had to be opened anew may leave one that can be heard.
-    static QStringList playReports(House& house)
-    {
-        QStringList reports = house.reportsWithoutPositions();
-        reports.removeAll(QStringLiteral("START BUFFER_UNDERFLOW"));
-        reports.removeAll(QStringLiteral("STOP BUFFER_UNDERFLOW"));
-        return reports;
-    }
-
     /// What sounded since the capture had the size is the track from its start.
     void expectTrackSince(qint64 size)
     {
