@@ -2,7 +2,7 @@
 //   TAVU_EMULATOR, TAVU_PLAYER  the programs; the player finds its plug-in by itself
 //   TAVU_SAMPLES                where the sample albums are, or will be made
 import assert from 'node:assert/strict';
-import { mkdirSync, mkdtempSync, rmSync, writeFileSync } from 'node:fs';
+import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { Program, moment } from './programs.mjs';
@@ -20,14 +20,15 @@ const address = (said) => /tavu-player is ready: (http:\S+?)\/?\n/.exec(said)?.[
 
 export class House {
   /**
-   * `emulator`: further options of it. `settings`: further settings of the player.
+   * `emulator`: further options of it. `settings`: further settings of the player. `signedIn`: false
+   * leaves the login to the test.
    */
-  static async open({ emulator = [], settings = {} } = {}) {
+  static async open({ emulator = [], settings = {}, signedIn = true } = {}) {
     const house = new House(settings);
     try {
       await house.startEmulator(emulator);
       await house.startPlayer();
-      await house.signIn();
+      if (signedIn) await house.signIn();
       return house;
     } catch (error) {
       await house.close();
@@ -38,7 +39,9 @@ export class House {
   constructor(settings) {
     this.more = settings;
     this.folder = mkdtempSync(join(tmpdir(), 'tavu-'));
-    mkdirSync(join(this.folder, 'player'), { mode: 0o700 });
+    this.stateFolder = join(this.folder, 'player');
+    mkdirSync(this.stateFolder, { mode: 0o700 });
+    this.logFile = join(this.folder, 'player.log');
   }
 
   async close() {
@@ -47,11 +50,16 @@ export class House {
     rmSync(this.folder, { recursive: true, force: true });
   }
 
-  async startEmulator(options) {
+  /** Started again it is reached as before, and takes the same options unless told others. */
+  async startEmulator(options = this.emulatorOptions) {
+    this.emulatorOptions = options;
+    const ports = this.service
+      ? ['--http-port', String(this.service.httpPort), '--tls-port', String(this.service.tlsPort)]
+      : [];
     this.emulator = new Program(process.env.TAVU_EMULATOR, [
       ...['--state', join(this.folder, 'emulator'), '--samples', process.env.TAVU_SAMPLES],
       ...['--poll-interval', '1', '--seed', '1', '--key-headers-every', '0'],
-      ...options,
+      ...ports, ...options,
     ]);
     this.service = await this.emulator.says(readyLine);
     await this.until(async () => (await this.emu('GET', 'status')).scan === 'done', 'the scan');
@@ -61,7 +69,10 @@ export class House {
     const { service, folder } = this;
     const secret = join(folder, 'secret');
     writeFileSync(secret, 'emulator-secret\n', { mode: 0o600 });
-    const mappings = service.hosts.map((host) => `${host}:443:127.0.0.1:${service.tlsPort}`);
+    const mappings = [
+      ...service.hosts.map((host) => `${host}:443:127.0.0.1:${service.tlsPort}`),
+      ...Object.entries(service.hostilePorts ?? {}).map(([host, port]) => `${host}:443:127.0.0.1:${port}`),
+    ];
     return {
       'service.base-url': service.baseUrl,
       'service.device-code-url': service.deviceCodeUrl,
@@ -72,10 +83,12 @@ export class House {
       'service.domain-suffix': service.domainSuffix,
       'service.ca-file': service.caFile,
       'service.connect-to': mappings.join(' '),
-      'player.state-folder': join(folder, 'player'),
+      'player.state-folder': this.stateFolder,
       'player.output': realTime,
       'player.mpris': 'false',
       'control.port': '0',
+      'log.file': this.logFile,
+      'log.level': 'debug',
       ...this.more,
     };
   }
@@ -90,14 +103,16 @@ export class House {
 
   // The player, as its faces see it.
 
-  /** The answer to a request and its status; it never throws for a status. */
+  /** The answer to a request, its status and its time; it never throws for a status. */
   async ask(method, path, body) {
+    const started = performance.now();
     const answer = await fetch(`${this.url}/api/v1/${path}`, {
       method,
       headers: method === 'POST' ? { 'content-type': 'application/json' } : {},
       body: method === 'POST' ? JSON.stringify(body ?? {}) : undefined,
     });
-    return { status: answer.status, json: await answer.json() };
+    const json = await answer.json();
+    return { status: answer.status, json, ms: performance.now() - started };
   }
 
   async told(method, path, body) {
@@ -186,5 +201,28 @@ export class House {
     const json = await answer.json();
     assert.equal(answer.status, 200, `${path}: ${JSON.stringify(json)}`);
     return json;
+  }
+
+  /** Rules for the dial, taken in their order. */
+  fault(...rules) { return this.emu('POST', 'faults', rules); }
+  lift() { return this.emu('DELETE', 'faults'); }
+
+  /** Where the ledger ends now. */
+  async mark() { return (await this.emu('GET', 'ledger?limit=1')).serial; }
+  async ledger(kind, since = 0) {
+    return (await this.emu('GET', `ledger?kind=${kind}&since=${since}`)).entries;
+  }
+  async reports(since = 0) {
+    return (await this.ledger('report', since))
+      .map(({ report }) => `${report.event} ${report.reason}`);
+  }
+
+  /** The player's log so far. */
+  log() {
+    try {
+      return readFileSync(this.logFile, 'utf8');
+    } catch {
+      return '';
+    }
   }
 }

@@ -1,6 +1,7 @@
 // The real programs as processes: started, watched, killed. What they say is kept, since that is
 // where a sanitizer tells what it found.
 import { spawn } from 'node:child_process';
+import { readFileSync, readdirSync, readlinkSync } from 'node:fs';
 
 const startMs = 60000; // the emulator may have to make its albums first
 const endMs = 10000;
@@ -14,6 +15,8 @@ export class Program {
     this.ended = false;
     this.child = spawn(file, options, {
       stdio: ['ignore', 'pipe', 'pipe'],
+      // Memory that was freed goes back at once, so that growth is growth.
+      env: { ...process.env, ASAN_OPTIONS: 'quarantine_size_mb=1:detect_leaks=0:allocator_release_to_os_interval_ms=100' },
     });
     for (const name of ['stdout', 'stderr']) {
       this.child[name].setEncoding('utf8');
@@ -43,6 +46,22 @@ export class Program {
       await moment();
     }
     throw new Error(`not ready; it said:\n${this.said.slice(-4000)}`);
+  }
+
+  /** Memory in KiB, open files by what they are, threads. */
+  figures() {
+    const status = readFileSync(`/proc/${this.pid}/status`, 'utf8');
+    const field = (name) => Number(new RegExp(`^${name}:\\s+(\\d+)`, 'm').exec(status)[1]);
+    const folder = `/proc/${this.pid}/fd`;
+    const kinds = readdirSync(folder).map((fd) => {
+      try {
+        return readlinkSync(`${folder}/${fd}`);
+      } catch {
+        return ''; // closed meanwhile
+      }
+    });
+    const sockets = kinds.filter((kind) => kind.startsWith('socket:')).length;
+    return { rss: field('VmRSS'), threads: field('Threads'), sockets, files: kinds.length - sockets };
   }
 
   /** Ends it as an operator would. */

@@ -1,0 +1,205 @@
+// One entry of the catalogue of faults: what every one of them must leave as it was.
+//   A  the same process lives, and no sanitizer has found anything
+//   B  every request was answered, inside its time (the entry's own claims)
+//   C  what people read names what failed; no secret is in a message or in the log
+//   D  login, play mode, volume, what plays and where: unchanged, unless the entry says otherwise
+//   E  soon after the fault's end browsing and playing work
+//   F  memory, files and threads are back
+// Times are judged strictly with TAVU_STRICT=1, on a machine that does nothing else; otherwise they
+// only tell an answer from a time-out.
+import assert from 'node:assert/strict';
+import { readFileSync } from 'node:fs';
+import { join } from 'node:path';
+import { after, before, test } from 'node:test';
+import { House, State } from './house.mjs';
+import { moment } from './programs.mjs';
+
+const album = ['Albums', 'Night Trains'];
+const recoveryMs = 2000;
+const busyMachineMs = 12000;
+
+/** A limit of the catalogue as it counts here. */
+export function limit(ms) {
+  return process.env.TAVU_STRICT ? ms : Math.max(ms + 3000, busyMachineMs);
+}
+
+export function assertWithin(ms, most) {
+  assert.ok(ms <= limit(most), `took ${Math.round(ms)} ms, the limit is ${limit(most)}`);
+}
+
+/**
+ * The entries of one file, which share a house: `entry(title, body, options)` adds one. The body is
+ * given the house, where a track is paused and the dial is at rest.
+ *   plays: true   it changes by itself what plays
+ *   login         the login's state after it, where that is another
+ *   process: new  it ends the player's process, and starts it again
+ */
+export function trials(options = {}) {
+  let house;
+  before(async () => {
+    house = await House.open(options);
+    await settle(house);
+    await recover(house);
+  });
+  after(() => house?.close());
+  return (title, body, how = {}) => test(title, () => trial(house, body, how));
+}
+
+/** Paused, some way into a track: what faults must not touch. */
+async function settle(house) {
+  await house.lift();
+  house.albums ??= (await house.row('Albums')).path;
+  house.album ??= await house.row(...album);
+  await house.told('POST', 'player/mode', { mode: 4 });
+  await house.told('POST', 'player/volume', { volume: 40 });
+  await pauseSome(house);
+}
+
+async function pauseSome(house) {
+  const { state } = await house.now();
+  if (state === State.paused) return;
+  if (state === State.idle) await playAlbum(house);
+  await house.waitForState(State.playing);
+  await house.command('pause');
+  await house.waitForState(State.paused);
+}
+
+async function playAlbum(house) {
+  const answer = await house.play(house.album);
+  assert.equal(answer.status, 200, JSON.stringify(answer.json));
+  await house.waitForState(State.playing);
+}
+
+async function kept(house) {
+  const { player, login } = await house.state();
+  const { state, title, position, mode, volume, mute } = player;
+  return { login: login.state, mode, volume, mute, play: { state, title, position } };
+}
+
+/** What the token file holds, and what the client knows. */
+function secrets(house) {
+  const found = ['emulator-secret'];
+  try {
+    const tokens = readFileSync(join(house.stateFolder, 'tokens.json'), 'utf8');
+    found.push(...[...tokens.matchAll(/"refreshToken":"([^"]+)"/g)].map((match) => match[1]));
+  } catch {
+    // signed out
+  }
+  return found;
+}
+
+function expectNoSecrets(house, text) {
+  for (const secret of secrets(house)) assert.ok(!text.includes(secret), 'a secret was told');
+  assert.equal(/Bearer (?!\*\*\*)\S{8,}/.exec(text), null, 'a bearer was told');
+}
+
+function expectAlive(house) {
+  assert.equal(house.player.ended, false, `the player has ended: ${house.player.said.slice(-2000)}`);
+  assert.equal(house.player.findings, '');
+  assert.equal(house.emulator.findings, '');
+}
+
+async function recover(house) {
+  const started = performance.now();
+  const rows = await house.rows(house.albums);
+  assert.ok(rows.length >= 3, 'the albums are there');
+  await playAlbum(house);
+  assertWithin(performance.now() - started, recoveryMs);
+}
+
+/** Within 2 %, and the few connections that are kept for a while. */
+function grown(before, after) {
+  const least = { rss: 4096, threads: 2, sockets: 10, files: 4 };
+  return Object.keys(before)
+    .filter((name) => after[name] > before[name] + Math.max(before[name] * 0.02, least[name]))
+    .map((name) => `${name}: ${before[name]} -> ${after[name]}`).join(', ');
+}
+
+/** Caches fill and pools grow at first; what grows with each round is lost. */
+async function expectGivenBack(house, before, again) {
+  let last = before;
+  let growth = '';
+  for (let round = 0; round < 5; ++round) {
+    const end = performance.now() + 2000;
+    let figures;
+    do {
+      figures = house.player.figures();
+      growth = grown(last, figures);
+      if (!growth) return;
+      await moment(50);
+    } while (performance.now() < end);
+    last = figures;
+    await again();
+  }
+  assert.fail(`not given back: ${growth}`);
+}
+
+async function trial(house, body, { plays = false, login = 'loggedIn', process = 'same' }) {
+  await settle(house);
+  const before = await kept(house);
+  const figures = house.player.figures();
+  const { player } = house;
+  const logStart = house.log().length;
+
+  const afterwards = async () => {
+    await house.lift();
+    if (login !== 'loggedIn') await house.signIn();
+    await recover(house);
+    await pauseSome(house);
+  };
+  await body(house);
+  await house.lift();
+
+  if (process === 'same') assert.equal(house.player, player, 'the same process');
+  expectAlive(house);
+  const left = await kept(house);
+  const expected = { ...before, login };
+  if (plays) {
+    delete expected.play;
+    delete left.play;
+  }
+  assert.deepEqual(left, expected);
+  expectNoSecrets(house, house.log().slice(logStart));
+  expectNoSecrets(house, JSON.stringify(await house.messages()));
+  await afterwards();
+  if (process === 'same') await expectGivenBack(house, figures, async () => {
+    await settle(house);
+    await body(house);
+    await afterwards();
+  });
+  expectAlive(house);
+}
+
+// What entries claim.
+
+export const cannotBrowse = 'Unable to browse in to the folder.';
+
+/** What people are told, in one text. */
+export const words = ({ json }) => `${json.title ?? ''} ${json.detail ?? ''}`;
+
+/** A browse that fails with the text, in time. */
+export async function browseFails(house, text = cannotBrowse, ms = 1000) {
+  const answer = await house.browse(house.albums);
+  assert.notEqual(answer.status, 200, JSON.stringify(answer.json).slice(0, 500));
+  assert.ok(words(answer).includes(text), JSON.stringify(answer.json));
+  assertWithin(answer.ms, ms);
+  return answer;
+}
+
+/** A page that comes, with so many rows. */
+export async function browseGives(house, count, ms = 1000) {
+  const answer = await house.browse(house.albums);
+  assert.equal(answer.status, 200, JSON.stringify(answer.json).slice(0, 500));
+  if (count !== undefined) assert.equal(answer.json.count, count);
+  assertWithin(answer.ms, ms);
+  return answer.json;
+}
+
+/** A play that fails with the text, and a message that says so. */
+export async function playFails(house, text, ms = 1000) {
+  const answer = await house.play(house.album);
+  assert.notEqual(answer.status, 200, JSON.stringify(answer.json));
+  assert.ok(words(answer).includes(text), JSON.stringify(answer.json));
+  assertWithin(answer.ms, ms);
+  return answer;
+}
