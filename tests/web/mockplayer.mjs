@@ -17,12 +17,13 @@ const types = {
   '.js': 'text/javascript',
   '.css': 'text/css',
   '.svg': 'image/svg+xml',
+  '.png': 'image/png',
   '.woff2': 'font/woff2',
   '.webmanifest': 'application/manifest+json',
 };
 const policy =
-  "default-src 'self'; img-src 'self' data:; object-src 'none'; base-uri 'none'; " +
-  "form-action 'none'; frame-ancestors 'none'";
+  "default-src 'self'; img-src 'self' data:; media-src 'self' blob:; object-src 'none'; " +
+  "base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 
 /** One mock player on a free loopback port. `faults` are what a test sets to make it misbehave. */
 export class MockPlayer {
@@ -84,6 +85,7 @@ export class MockPlayer {
   async answer(request, response) {
     const url = new URL(request.url, this.url);
     this.calls.push(`${request.method} ${url.pathname}`);
+    if (this.faults.mute) return undefined;
     if (url.pathname === '/link') return this.linkPage(request, response, url);
     if (!url.pathname.startsWith('/api/v1/')) return this.file(response, url.pathname);
     const given =
@@ -227,11 +229,16 @@ export class MockPlayer {
     response.end(`<!doctype html><html lang="en"><title>Link a player</title>${body}</html>`);
   }
 
+  /** As the built page has it: beside our own files what the build has taken or drawn. */
+  fileOf(name) {
+    if (name.startsWith('/vendor/')) return path.join(this.vendor, name.slice('/vendor/'.length));
+    const folder = name.startsWith('/icons/') && name.endsWith('.png') ? this.vendor : this.web;
+    return path.join(folder, name);
+  }
+
   async file(response, pathname) {
     const name = pathname === '/' ? '/index.html' : path.posix.normalize(pathname);
-    const file = name.startsWith('/vendor/')
-      ? path.join(this.vendor, name.slice('/vendor/'.length))
-      : path.join(this.web, name);
+    const file = this.fileOf(name);
     const type = types[path.extname(file)];
     const found = type && (await stat(file).catch(() => null));
     if (!found?.isFile()) return problem(response, 404, 'Not found');

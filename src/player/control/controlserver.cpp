@@ -13,13 +13,14 @@ static void initControlResource()
 
 namespace control {
 
-/// The page is scripts and styles of its own and pictures of the player's; nothing else may run or
-/// be asked for, and no other page may frame it. Its address may carry the token.
+/// The page is scripts and styles of its own, the player's pictures, and a silence that it makes
+/// itself; nothing else may run or be asked for, and no other page may frame it. Its address may
+/// carry the token.
 static http::Headers pageHeaders()
 {
     return { { "Content-Security-Policy",
-                 "default-src 'self'; img-src 'self' data:; object-src 'none'; base-uri 'none'; "
-                 "form-action 'none'; frame-ancestors 'none'" },
+                 "default-src 'self'; img-src 'self' data:; media-src 'self' blob:; "
+                 "object-src 'none'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'" },
         { "X-Content-Type-Options", "nosniff" }, { "Referrer-Policy", "no-referrer" } };
 }
 

@@ -74,6 +74,12 @@ TEST_F(WebPage, HoldsEveryModuleThatItsScriptsImport)
     expectReadable(modules);
 }
 
+TEST_F(WebPage, HoldsEveryPictureThatItsManifestNames)
+{
+    expectReadable(namedIn(
+        QStringLiteral(":/web/manifest.webmanifest"), QStringLiteral("\"src\": \"([^\"]+)\"")));
+}
+
 TEST_F(WebPage, HoldsEveryFileThatItsStylesName)
 {
     QStringList named;

@@ -111,7 +111,7 @@ test('a renewal while waiting takes the place of the planned one', () => {
   const { events, sources, timers } = setUp();
   sources[0].fail();
   events.renew();
-  timers[0].run();
+  timers[1].run();
   assert.equal(sources.length, 2);
 });
 
@@ -130,7 +130,7 @@ test('a closed stream stays closed until it is renewed', () => {
   const { events, sources, timers, lost } = setUp();
   sources[0].fail();
   events.close();
-  timers[0].run();
+  timers[1].run();
   events.doubt();
   assert.equal(sources.length, 1);
   assert.equal(lost(), 1);
@@ -144,4 +144,17 @@ test('a doubt about the connection counts as its loss', () => {
   events.doubt();
   assert.equal(lost(), 1);
   assert.equal(sources[0].closed, true);
+});
+
+test('a stream that never begins is given up, one that has begun is not', () => {
+  const { sources, timers, lost } = setUp();
+  timers[0].run();
+  assert.equal(lost(), 1);
+  assert.equal(sources[0].closed, true);
+  timers.at(-1).run();
+  assert.equal(sources.length, 2);
+  const opening = timers.at(-1);
+  sources[1].say('snapshot', {});
+  opening.run();
+  assert.equal(lost(), 1);
 });

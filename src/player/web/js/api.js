@@ -86,6 +86,11 @@ export function createApi({ base = '/api/v1', token = () => '', fetch, onUnreach
     /** `version` tells codes apart, so that no old picture is shown for a new code. */
     qrAddress: (version) => address(`${base}/login/qr.svg?v=${encodeURIComponent(version ?? '')}`),
     state: () => get('/state'),
+    /** Whether the player is there; any answer will do. */
+    ping: async (timeoutMs) => {
+      const answer = await transfer('GET', '/login', undefined, timeoutMs);
+      await answer.arrayBuffer();
+    },
     rows: (path, from, to) => {
       const query = new URLSearchParams({ from: String(from), to: String(to) });
       if (path) query.set('path', path);

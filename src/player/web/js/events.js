@@ -2,6 +2,7 @@ const names = ['snapshot', 'login', 'player', 'position', 'rows', 'message'];
 const firstRetryMs = 500;
 const lastRetryMs = 4000;
 const quietMs = 10000;
+const openingMs = 8000; // a stream that has said nothing for so long after its opening never will
 
 /**
  * Keeps one event stream open for as long as the page lives. A lost stream is opened anew instead
@@ -13,9 +14,20 @@ export function connectEvents({ open, onEvent, onLost, clock = globalThis }) {
   let retry = null;
   let retryMs = firstRetryMs;
   let heardAt = 0;
+  let opening = null;
+
+  function hear() {
+    heardAt = clock.performance.now();
+    stopOpening();
+  }
+
+  function stopOpening() {
+    if (opening !== null) clock.clearTimeout(opening);
+    opening = null;
+  }
 
   function receive(name, event) {
-    heardAt = clock.performance.now();
+    hear();
     let data;
     try {
       data = JSON.parse(event.data);
@@ -28,6 +40,7 @@ export function connectEvents({ open, onEvent, onLost, clock = globalThis }) {
 
   function lose(lost) {
     lost?.close();
+    stopOpening();
     if (!lost || lost !== source || retry !== null) return;
     retry = clock.setTimeout(connect, retryMs);
     retryMs = Math.min(retryMs * 2, lastRetryMs);
@@ -40,12 +53,18 @@ export function connectEvents({ open, onEvent, onLost, clock = globalThis }) {
     source?.close();
     const opened = open();
     source = opened;
+    stopOpening();
+    opening = clock.setTimeout(() => lose(opened), openingMs);
     for (const name of names) opened.addEventListener(name, (event) => receive(name, event));
     opened.addEventListener('error', () => lose(opened));
   }
 
   connect();
   return {
+    /** When the stream last brought something, by the clock's monotonic time. */
+    get heardAt() {
+      return heardAt;
+    },
     /** Opens a new stream at once, for a full state. */
     renew() {
       retryMs = firstRetryMs;
@@ -59,6 +78,7 @@ export function connectEvents({ open, onEvent, onLost, clock = globalThis }) {
     doubt: () => lose(source),
     /** No further attempts until renew(). */
     close() {
+      stopOpening();
       if (retry !== null) clock.clearTimeout(retry);
       retry = null;
       source?.close();

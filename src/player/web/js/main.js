@@ -3,11 +3,15 @@ import { createAccess } from './access.js';
 import { createActions } from './actions.js';
 import { createApi } from './api.js';
 import { connectEvents } from './events.js';
+import { patienceMs, watchForSilence } from './heartbeat.js';
 import { createListings } from './listing.js';
+import { followMediaSession } from './mediasession.js';
 import { createPreferences } from './preferences.js';
 import { initialState, reduce } from './reducer.js';
 import { createRouter } from './router.js';
 import { listenForShortcuts } from './shortcuts.js';
+import { keepShell } from './shell.js';
+import { createSilence } from './silence.js';
 import { createStore } from './store.js';
 import { language, t } from './text.js';
 import { Root } from './views/app.js';
@@ -58,6 +62,13 @@ const events = connectEvents({
   onLost,
 });
 
+watchForSilence({
+  events,
+  ping: () => api.ping(patienceMs),
+  wanted: () => store.state.connection === 'live' && document.visibilityState === 'visible',
+  onSilent: () => events.doubt(),
+});
+
 // A device that slept or changed its network has missed events without noticing.
 window.addEventListener('online', () => events.renew());
 window.addEventListener('offline', () => connection('lost'));
@@ -69,6 +80,25 @@ window.addEventListener('unhandledrejection', () =>
   actions.toast({ kind: 'error', title: t('app.failed') }),
 );
 
+const preferences = createPreferences(window.localStorage);
+const silence = createSilence({
+  wanted: () => preferences.audible,
+  createAudio: () => new Audio(),
+  toAddress: (blob) => URL.createObjectURL(blob),
+});
+followMediaSession({
+  session: navigator.mediaSession,
+  Metadata: window.MediaMetadata,
+  address: (url) => new URL(api.address(url), window.location.href).href,
+  store,
+  actions,
+  now,
+  silence,
+});
+window.addEventListener('load', () =>
+  keepShell({ serviceWorker: navigator.serviceWorker, performance, location: window.location }),
+);
+
 document.documentElement.lang = language;
 const services = {
   store,
@@ -77,7 +107,8 @@ const services = {
   listings,
   actions,
   router,
-  preferences: createPreferences(window.localStorage),
+  preferences,
+  silence,
 };
 services.shortcuts = (target) => listenForShortcuts(target, actions, services.preferences);
 render(h(Root, { services }), document.getElementById('app'));

@@ -1,3 +1,6 @@
+/** `shortcuts`: single keys steer. `audible`: this page plays silence for the lock screen's sake. */
+const defaults = { shortcuts: true, audible: false };
+
 /** What the reader chose on this device. Without storage a choice lasts for the visit. */
 export function createPreferences(storage) {
   const read = () => {
@@ -7,18 +10,18 @@ export function createPreferences(storage) {
       return {};
     }
   };
-  let values = { shortcuts: true, ...read() };
-  return {
-    get shortcuts() {
-      return values.shortcuts;
-    },
-    set shortcuts(on) {
-      values = { ...values, shortcuts: Boolean(on) };
-      try {
-        storage.setItem('tavu.preferences', JSON.stringify(values));
-      } catch {
-        // kept for this visit only
-      }
-    },
+  let values = { ...defaults, ...read() };
+  const write = (name, on) => {
+    values = { ...values, [name]: Boolean(on) };
+    try {
+      storage.setItem('tavu.preferences', JSON.stringify(values));
+    } catch {
+      // kept for this visit only
+    }
   };
+  const preference = (name) => ({ get: () => values[name], set: (on) => write(name, on) });
+  return Object.defineProperties(
+    {},
+    Object.fromEntries(Object.keys(defaults).map((name) => [name, preference(name)])),
+  );
 }

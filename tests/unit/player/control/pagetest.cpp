@@ -34,6 +34,7 @@ TEST_F(Page, IsServedUnderAStrictPolicy)
     EXPECT_EQ(answer.field("Content-Type"), "text/html; charset=utf-8");
     const QByteArray policy = answer.field("Content-Security-Policy");
     EXPECT_TRUE(policy.startsWith("default-src 'self'; img-src 'self' data:; "));
+    EXPECT_TRUE(policy.contains("; media-src 'self' blob:; "));
     EXPECT_FALSE(policy.contains("unsafe"));
     EXPECT_TRUE(policy.contains("frame-ancestors 'none'"));
     EXPECT_EQ(answer.field("Referrer-Policy"), "no-referrer");

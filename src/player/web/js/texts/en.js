@@ -14,6 +14,10 @@ export default {
   'lost.title': 'Lost the connection to the player.',
   'lost.text': 'Trying again… Buttons work again once it answers.',
   'lost.control': 'Not connected to the player',
+  'lost.start': 'The player is out of reach',
+  'lost.startText':
+    'Check that it is switched on and on the same network as this device. This page goes on by ' +
+    'itself once the player answers.',
   'lost.back': 'Connected again.',
 
   home: 'Home',
@@ -127,6 +131,9 @@ export default {
   'settings.key.pause': 'Pause or play',
   'settings.key.next': 'Next track',
   'settings.key.previous': 'Previous track',
+  'settings.lock': 'This device',
+  'settings.lockUse': 'Show the music on the lock screen and heed media keys',
+  'settings.lockText': 'For that, this page plays silence on this device while the player plays.',
   'settings.logout': 'Sign out',
   'settings.logoutText': 'Stops the music and unlinks this player from your account.',
 

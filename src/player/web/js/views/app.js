@@ -107,10 +107,18 @@ function Shell({ route }) {
     ${!wide && html`<${Tabs} place=${route.place} />`}`;
 }
 
+/** What the page says when it opened without its player: kept by its service worker. */
+const OutOfReach = () => html`<main class="main alone"><div class="notice">
+  <span class="screen-sign"><${Icon} name="error" size=${32} /></span>
+  <h1>${t('lost.start')}</h1>
+  <p>${t('lost.startText')}</p>
+</div></main>`;
+
 function Content({ route }) {
   const connection = useStore((state) => state.connection);
   const login = useStore((state) => state.login);
   if (connection === 'refused') return html`<main class="main alone"><${TokenForm} /></main>`;
+  if (!login && connection === 'lost') return html`<${OutOfReach} />`;
   if (!login)
     return html`<main class="main alone" aria-busy="true">
       <p class="notice">${t('app.loading')}</p></main>`;

@@ -58,6 +58,24 @@ function Shortcuts() {
   </fieldset>`;
 }
 
+/** Lock screens and media keys heed pages that sound; see silence.js. */
+function LockScreen() {
+  const { preferences, silence } = useApp();
+  const [on, setOn] = useState(preferences.audible);
+  if (!navigator.mediaSession) return null;
+  const toggle = (event) => {
+    preferences.audible = event.currentTarget.checked;
+    setOn(preferences.audible);
+    silence.apply();
+  };
+  return html`<fieldset class="choice">
+    <legend>${t('settings.lock')}</legend>
+    <label><input type="checkbox" checked=${on} onChange=${toggle} aria-describedby="lock-text" />
+      <span>${t('settings.lockUse')}</span></label>
+    <p class="quiet" id="lock-text">${t('settings.lockText')}</p>
+  </fieldset>`;
+}
+
 export function Settings({ onClose }) {
   const { actions } = useApp();
   const signedIn = useStore((state) => state.login?.state === 'loggedIn');
@@ -81,6 +99,7 @@ export function Settings({ onClose }) {
         <${Icon} name="close" /></button></header>
     <${Outputs} />
     <${Shortcuts} />
+    <${LockScreen} />
     ${
       signedIn &&
       html`<div class="choice">
