@@ -63,6 +63,11 @@ void StreamerPlayLogic::setDataRequest(const CMSetDataRequest& request)
     if (record.command() == QLatin1String("play")) {
         m_mediaRoles = TavuPlayLogicPlayArgs(record.args()).mediaRoles();
         m_failuresInARow = 0;
+        m_play = request.reply();
+        cmchain::whenFinished(m_play, m_context, [this](const CMReply<QVariant>& play) {
+            if (m_playAwaited && play == m_play)
+                playbackEnded();
+        });
     }
     PlayLogicBase::setDataRequest(request);
 }
@@ -241,7 +246,9 @@ void StreamerPlayLogic::on_streamer_ended(quint64 id)
 {
     if (!isPresent(id))
         return;
-    if (m_next.failure.isSet()) {
+    if (isPlayUnderWay()) {
+        awaitPlay();
+    } else if (m_next.failure.isSet()) {
         m_present = std::exchange(m_next, Item());
         setPosition(0);
         skipPresent(m_present.failure);
@@ -258,8 +265,19 @@ void StreamerPlayLogic::on_streamer_failed(quint64 id, const CMError& error)
 {
     if (id != 0 && id == m_next.id)
         m_next.failure = error; // The present item plays to its end first.
+    else if (isPresent(id) && isPlayUnderWay())
+        awaitPlay();
     else if (isPresent(id))
         skipPresent(error);
+}
+
+/// To end now would end the play that is about to begin.
+void StreamerPlayLogic::awaitPlay()
+{
+    setPosition(playTime());
+    forgetItems();
+    m_playAwaited = true;
+    setState(TavuPlayLogicState::Buffering);
 }
 
 void StreamerPlayLogic::skipPresent(const CMError& error)
@@ -327,4 +345,5 @@ void StreamerPlayLogic::forgetItems()
     m_present = Item();
     m_next = Item();
     m_nextWanted = false;
+    m_playAwaited = false;
 }

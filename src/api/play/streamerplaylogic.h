@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cmchain.h"
 #include "playlogicbase.h"
 #include "streamer.h"
 
@@ -11,7 +12,9 @@
 /// streamer does, so that data() and playTime() answer at once: its commands change the picture
 /// when they are given, the streamer's notifications when they arrive. News of items that are no
 /// longer the present or the prepared one is dropped. An item that the streamer gives up is passed
-/// over as if the user had pressed next. Everything runs on the node's thread.
+/// over as if the user had pressed next. An item that ends or is given up while a play command is
+/// under way ends nothing: playback waits for the command's outcome. Everything runs on the node's
+/// thread.
 class TAVU_EXPORT StreamerPlayLogic : public PlayLogicBase
 {
     Q_OBJECT
@@ -85,6 +88,8 @@ private:
     bool isPresent(quint64 id) const { return id != 0 && id == m_present.id; }
     void startPresent();
     void skipPresent(const CMError& error);
+    bool isPlayUnderWay() const { return !!m_play.data() && !m_play.isFinished(); }
+    void awaitPlay();
     void setPosition(qint64 position);
     void setState(TavuPlayLogicState::Enum state);
     void setData(const TavuPlayLogicData& data);
@@ -96,7 +101,10 @@ private:
     Item m_present;
     Item m_next;
     bool m_nextWanted = false; // The logic owes the streamer the item that follows.
+    CMReply<QVariant> m_play; // Of the play command given last; without data before the first.
+    bool m_playAwaited = false; // Nothing sounds any more, and a play command is under way.
     qint64 m_position = 0; // When m_positionAge was started.
     QElapsedTimer m_positionAge;
     int m_failuresInARow = 0;
+    CMContext m_context;
 };

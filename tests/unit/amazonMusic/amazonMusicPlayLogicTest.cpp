@@ -671,6 +671,24 @@ TEST_F(AmazonMusicPlayLogicTest, ASecondPlayReplacesTheFirstWhoseChunkIsUnderWay
     m_service.expectRequest("GET", "/"); // The second play's empty pointer.
 }
 
+TEST_F(AmazonMusicPlayLogicTest, ATrackThatEndsWhileAPlayFetchesItsChunkDoesNotEndThePlay)
+{
+    startAlbum(tracks(1));
+    m_service.always(
+        "GET", "/album", 200, serviceDocuments::playableBody(QStringLiteral("/chunks/2"), 0));
+    const Reply reply = playAlbum();
+    const ServiceRequest chunk = m_service.expectRequest("GET", "/chunks/2");
+    streamer().wantNextMedia();
+    streamer().expect(Kind::SetNoNextMedia);
+    streamer().tellEnded();
+    EXPECT_EQ(m_logic->state(), TavuPlayLogicState::Buffering);
+    chunk.answer(200, serviceDocuments::chunkBody(tracks(1, 50)));
+    finishStart(reply, Track{ QStringLiteral("50") });
+    EXPECT_TRUE(m_logic->data().playModesSupported().repeatAll());
+    streamer().tellEnded();
+    EXPECT_EQ(m_logic->state(), TavuPlayLogicState::Idle);
+}
+
 TEST_F(AmazonMusicPlayLogicTest, ALateReportOfTheFirstPlayStartsNothing)
 {
     offer(tracks(1));

@@ -50,6 +50,8 @@ public:
     QStringList started;
     TavuRoles mediaRoles;
     bool nextEnabled = true;
+    bool playsLater = false; // A play command is answered by the test.
+    CMReply<QVariant> played;
     std::function<void()> whenStarted = [] {};
     std::function<void()> whenWanted = [] {};
     std::function<void()> whenNext = [] {};
@@ -59,6 +61,9 @@ protected:
     void playInternal(const CMSetDataRequest& request, const TavuPlayLogicPlayArgs& args) override
     {
         calls << QStringLiteral("play");
+        played = request.reply();
+        if (playsLater)
+            return;
         sendPlayCommand(args.trackRoles(), QVariantHash());
         request.reply().setValue(QVariant());
     }
@@ -674,6 +679,86 @@ TEST_F(StreamerPlayLogicTest, a_listener_may_stop_playback_when_an_item_is_skipp
     m_streamer.tellFailed(failure());
     EXPECT_FALSE(m_logic->calls.contains(QStringLiteral("next")));
     EXPECT_EQ(m_logic->state(), State::Idle);
+}
+
+// A play command that takes its time.
+
+TEST_F(StreamerPlayLogicTest, an_item_that_ends_while_a_play_is_under_way_leaves_playback_waiting)
+{
+    playAndStart(item("one"));
+    m_streamer.tellPosition(179000);
+    m_logic->playsLater = true;
+    const auto reply = m_logic->play(TavuPlayLogicPlayArgs());
+    m_streamer.tellEnded();
+    EXPECT_EQ(m_logic->state(), State::Buffering);
+    EXPECT_FALSE(m_logic->calls.contains(QStringLiteral("ended")));
+
+    m_logic->sendPlayCommand(item("two"), {});
+    m_logic->played.setValue(QVariant());
+    expectValue(reply);
+    m_streamer.startPresent();
+    EXPECT_EQ(present(), QStringLiteral("two"));
+    EXPECT_FALSE(m_logic->calls.contains(QStringLiteral("ended")));
+}
+
+TEST_F(StreamerPlayLogicTest, an_item_that_fails_while_a_play_is_under_way_is_not_skipped)
+{
+    playAndStart(item("one"));
+    m_logic->playsLater = true;
+    m_logic->play(TavuPlayLogicPlayArgs());
+    m_streamer.tellFailed(failure());
+    EXPECT_EQ(m_logic->state(), State::Buffering);
+    EXPECT_FALSE(m_logic->calls.contains(QStringLiteral("next")));
+    EXPECT_TRUE(m_failures.isEmpty());
+}
+
+TEST_F(StreamerPlayLogicTest, playback_that_waits_for_a_play_ends_when_that_fails)
+{
+    playAndStart(item("one"));
+    m_logic->playsLater = true;
+    m_logic->play(TavuPlayLogicPlayArgs());
+    m_streamer.tellEnded();
+    m_logic->played.setError(failure());
+    EXPECT_EQ(m_logic->calls.count(QStringLiteral("ended")), 1);
+    EXPECT_EQ(m_logic->state(), State::Idle);
+}
+
+TEST_F(StreamerPlayLogicTest, a_play_that_was_replaced_ends_nothing)
+{
+    playAndStart(item("one"));
+    m_logic->playsLater = true;
+    m_logic->play(TavuPlayLogicPlayArgs());
+    const CMReply<QVariant> replaced = m_logic->played;
+    m_streamer.tellEnded();
+    m_logic->play(TavuPlayLogicPlayArgs());
+    replaced.cancel();
+    EXPECT_EQ(m_logic->state(), State::Buffering);
+    EXPECT_FALSE(m_logic->calls.contains(QStringLiteral("ended")));
+    m_logic->played.cancel();
+    EXPECT_EQ(m_logic->state(), State::Idle);
+}
+
+TEST_F(StreamerPlayLogicTest, a_play_that_fails_while_an_item_sounds_leaves_it_alone)
+{
+    playAndStart(item("one"));
+    m_logic->playsLater = true;
+    m_logic->play(TavuPlayLogicPlayArgs());
+    m_logic->played.setError(failure());
+    EXPECT_EQ(m_logic->state(), State::Playing);
+    m_streamer.tellEnded();
+    EXPECT_EQ(m_logic->state(), State::Idle);
+}
+
+TEST_F(StreamerPlayLogicTest, a_stop_ends_playback_that_waits_for_a_play)
+{
+    playAndStart(item("one"));
+    m_logic->playsLater = true;
+    m_logic->play(TavuPlayLogicPlayArgs());
+    m_streamer.tellEnded();
+    expectValue(m_logic->stop(TavuPlayLogicStopReason::User));
+    EXPECT_EQ(m_logic->state(), State::Idle);
+    m_logic->played.cancel();
+    EXPECT_EQ(m_logic->calls.count(QStringLiteral("ended")), 1);
 }
 
 // The streamer comes and goes.
