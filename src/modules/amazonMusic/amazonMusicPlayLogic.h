@@ -75,7 +75,6 @@ private:
 
     // Tracks.
     CMReply<AmazonMusicTrack> getTrack(Direction direction, bool shuffle, bool wrap);
-    CMReply<AmazonMusicTrack> currentTrack();
     CMReply<AmazonMusicTrack> stepFrom(const AmazonMusicTrack& track, const Walk& walk);
     void trackReceived(const CMReply<AmazonMusicTrack>& result,
         const CMReply<AmazonMusicTrack>& fetched, Direction direction, bool shuffle, bool wrap);

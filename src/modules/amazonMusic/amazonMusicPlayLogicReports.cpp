@@ -205,9 +205,8 @@ void AmazonMusicPlayLogic::userRatingFinished(const CMReply<QVariant>& reply, bo
 TavuActionReply AmazonMusicPlayLogic::showRows(const QList<TavuRoles>& rows, int timeout)
 {
     AMAZON_MUSIC_ENTER();
+    // Destroys itself at its end.
     auto* dialog = new AmazonMusicDialog(nodes(), timeout);
-    // It goes by itself; should the play logic go first, it takes the dialog with it.
-    dialog->setParent(this);
     for (const TavuRoles& row : rows)
         dialog->addRow(row);
     TavuRoles screen;

@@ -21,6 +21,22 @@ void fail(const CMReply<AmazonMusicTrack>& result, const CMError& error)
     result.setError(error);
 }
 
+CMReply<AmazonMusicTrack> finished(const AmazonMusicTrack& track)
+{
+    AMAZON_MUSIC_ENTER();
+    auto reply = CMReply<AmazonMusicTrack>::create();
+    reply.setValue(track);
+    return reply;
+}
+
+CMReply<AmazonMusicTrack> nothingPlays()
+{
+    AMAZON_MUSIC_ENTER();
+    auto reply = CMReply<AmazonMusicTrack>::create();
+    reply.setError(error("Nothing is playing"));
+    return reply;
+}
+
 /// Why the track cannot be played; no error when it can.
 CMError problemOf(const AmazonMusicTrack& track, const TavuAmazonMusicTrackDefinition& definition)
 {
@@ -48,8 +64,8 @@ CMReply<AmazonMusicTrack> AmazonMusicPlayLogic::getTrack(
 {
     AMAZON_MUSIC_ENTER();
     auto result = CMReply<AmazonMusicTrack>::create();
-    const auto fetched = direction == Current
-        ? currentTrack()
+    const auto fetched = direction == Current && m_currentTrack.isSet()
+        ? finished(m_currentTrack)
         : stepFrom(m_currentTrack, { direction, shuffle, wrap, 0 });
     cmchain::whenFinished(fetched, m_context,
         [this, result, direction, shuffle, wrap](const CMReply<AmazonMusicTrack>& received) {
@@ -58,32 +74,24 @@ CMReply<AmazonMusicTrack> AmazonMusicPlayLogic::getTrack(
     return result;
 }
 
-CMReply<AmazonMusicTrack> AmazonMusicPlayLogic::currentTrack()
-{
-    AMAZON_MUSIC_ENTER();
-    const QSharedPointer<AmazonMusicPlayQueue> queue = m_playQueue;
-    if (queue && !m_currentTrack.isSet())
-        return queue->getFirstTrack();
-    auto reply = CMReply<AmazonMusicTrack>::create();
-    if (m_currentTrack.isSet())
-        reply.setValue(m_currentTrack);
-    else
-        reply.setError(error("Nothing is playing"));
-    return reply;
-}
-
+/// The neighbour of `track`, or the first of the queue when no direction is asked for.
 CMReply<AmazonMusicTrack> AmazonMusicPlayLogic::stepFrom(
     const AmazonMusicTrack& track, const Walk& walk)
 {
     AMAZON_MUSIC_ENTER();
     // Held: whoever hears of a reply may end the play.
-    if (const QSharedPointer<AmazonMusicPlayQueue> queue = m_playQueue) {
-        return walk.direction == Next ? queue->getNextTrack(track, walk.shuffle, walk.wrap)
-                                      : queue->getPreviousTrack(track, walk.shuffle, walk.wrap);
+    const QSharedPointer<AmazonMusicPlayQueue> queue = m_playQueue;
+    if (!queue)
+        return nothingPlays();
+    switch (walk.direction) {
+    case Next:
+        return queue->getNextTrack(track, walk.shuffle, walk.wrap);
+    case Previous:
+        return queue->getPreviousTrack(track, walk.shuffle, walk.wrap);
+    case Current:
+        break;
     }
-    auto reply = CMReply<AmazonMusicTrack>::create();
-    reply.setError(error("Nothing is playing"));
-    return reply;
+    return queue->getFirstTrack();
 }
 
 void AmazonMusicPlayLogic::trackReceived(const CMReply<AmazonMusicTrack>& result,
