@@ -90,6 +90,13 @@ TEST(CMPath, a_zero_character_in_a_parameter_comes_back)
     EXPECT_EQ(CMPath::fromEncoded(before.toEncoded()).param(QStringLiteral("n")), text);
 }
 
+TEST(CMPath, a_parameter_that_begins_with_a_byte_order_mark_comes_back)
+{
+    const QString text = QString(QChar(0xFEFF)) + QStringLiteral("a");
+    const CMPath before = path("/p").addParam(text, text);
+    EXPECT_EQ(CMPath::fromEncoded(before.toEncoded()).param(text), text);
+}
+
 TEST(CMPath, names_of_parameters_are_encoded_too)
 {
     const CMPath before = path("/p").addParam(QStringLiteral("a=b&c?d%"), QStringLiteral("v"));
@@ -114,6 +121,17 @@ TEST(CMPath, reads_a_parameter_without_value_as_empty)
     EXPECT_EQ(read.param(QStringLiteral("flag")), QString());
     EXPECT_TRUE(read.hasParam(QStringLiteral("x")));
     EXPECT_FALSE(read.hasParam(QStringLiteral("y")));
+}
+
+TEST(CMPath, reads_what_is_not_quite_encoded_as_it_is)
+{
+    for (const char* text : { "100%", "%", "%2", "%zz", "%2g", "%-1", "a%", "% 1", "%%" }) {
+        const QString written = QStringLiteral("/p?x=") + QLatin1String(text);
+        EXPECT_EQ(
+            CMPath::fromEncoded(written).param(QStringLiteral("x")), QString::fromLatin1(text));
+    }
+    EXPECT_EQ(CMPath::fromEncoded(QStringLiteral("/p?x=%%41%c3%A4")).param(QStringLiteral("x")),
+        QString::fromUtf8("%A\xC3\xA4"));
 }
 
 TEST(CMPath, passes_over_empty_parameters)

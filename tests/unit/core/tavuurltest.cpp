@@ -147,6 +147,9 @@ TEST(TavuUrl, a_fragment_is_set_and_read_as_plain_text)
         EXPECT_EQ(changed.fragment(), QString::fromUtf8(text));
         EXPECT_EQ(url(changed.toEncoded().constData()).fragment(), QString::fromUtf8(text));
     }
+    TavuUrl marked = url("https://h/p");
+    marked.setFragment(QString(QChar(0xFEFF)));
+    EXPECT_EQ(marked.fragment(), QString(QChar(0xFEFF)));
 }
 
 TEST(TavuUrl, a_null_fragment_takes_the_fragment_away)

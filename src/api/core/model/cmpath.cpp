@@ -4,7 +4,6 @@
 #include "tavulog.h"
 
 #include <QHash>
-#include <QUrl>
 
 #include <algorithm>
 #include <ostream>
@@ -13,7 +12,7 @@ namespace {
 
 QString decoded(const QStringRef& text)
 {
-    return QUrl::fromPercentEncoding(text.toUtf8());
+    return percentDecoded(text.toUtf8());
 }
 
 QString encodedText(QString text)

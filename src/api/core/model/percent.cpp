@@ -1,9 +1,12 @@
 #include "percent.h"
 
+#include "utf8.h"
+
 #include <QByteArray>
 
 #include <algorithm>
 #include <array>
+#include <string>
 
 namespace {
 
@@ -23,6 +26,15 @@ constexpr std::array<bool, 256> unreservedTable()
 
 constexpr std::array<bool, 256> unreserved = unreservedTable();
 
+/// -1 for what is none.
+int hexDigit(char c)
+{
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    const char lower = static_cast<char>(c | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
 } // namespace
 
 QString percentEncoded(const QString& text)
@@ -30,6 +42,21 @@ QString percentEncoded(const QString& text)
     QString encoded;
     appendPercentEncoded(&encoded, text);
     return encoded;
+}
+
+QString percentDecoded(const QByteArray& encoded)
+{
+    std::string utf8;
+    utf8.reserve(static_cast<std::size_t>(encoded.size()));
+    for (int index = 0; index < encoded.size(); ++index) {
+        const bool whole = encoded.at(index) == '%' && index + 2 < encoded.size();
+        const int high = whole ? hexDigit(encoded.at(index + 1)) : -1;
+        const int low = whole ? hexDigit(encoded.at(index + 2)) : -1;
+        const bool isByte = high >= 0 && low >= 0;
+        utf8 += isByte ? static_cast<char>(high * 16 + low) : encoded.at(index);
+        index += isByte ? 2 : 0;
+    }
+    return textOfUtf8(utf8);
 }
 
 void appendPercentEncoded(QString* text, const QString& part)

@@ -6,5 +6,8 @@
 /// of which nothing may be taken for a separator.
 QString percentEncoded(const QString& text);
 
-/// The same, at the end of `text`.
+/// What was encoded, to the letter; a "%" without two hex digits behind it stays.
+QString percentDecoded(const QByteArray& encoded);
+
+/// As percentEncoded(), at the end of `text`.
 void appendPercentEncoded(QString* text, const QString& part);

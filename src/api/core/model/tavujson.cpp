@@ -1,5 +1,7 @@
 #include "tavujson.h"
 
+#include "utf8.h"
+
 #include <QString>
 
 #include <array>
@@ -18,7 +20,7 @@ public:
         Slot& slot = m_slots[std::hash<std::string_view>()(utf8) % m_slots.size()];
         if (slot.utf8 != utf8) {
             slot.utf8.assign(utf8);
-            slot.text = QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
+            slot.text = textOfUtf8(utf8);
         }
         return slot.text;
     }
@@ -55,11 +57,6 @@ QVariantList toList(const simdjson::dom::array& array, KeyCache& keys)
     return list;
 }
 
-QString toText(std::string_view utf8)
-{
-    return QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
-}
-
 QVariant toVariant(element value, KeyCache& keys)
 {
     // The type is tested first, so none of the unchecked reads below can fail.
@@ -69,7 +66,7 @@ QVariant toVariant(element value, KeyCache& keys)
     case element_type::ARRAY:
         return toList(value.get_array().value_unsafe(), keys);
     case element_type::STRING:
-        return toText(value.get_string().value_unsafe());
+        return textOfUtf8(value.get_string().value_unsafe());
     case element_type::INT64:
         return QVariant::fromValue<qlonglong>(value.get_int64().value_unsafe());
     case element_type::UINT64:

@@ -123,7 +123,7 @@ void TavuUrl::setPath(const QString& encoded)
 QString TavuUrl::fragment() const
 {
     const View fragment = split(view(m_encoded)).fragment;
-    return isThere(fragment) ? QUrl::fromPercentEncoding(text(fragment).toLatin1()) : QString();
+    return isThere(fragment) ? percentDecoded(text(fragment).toLatin1()) : QString();
 }
 
 void TavuUrl::setFragment(const QString& decoded)
