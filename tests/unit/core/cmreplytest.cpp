@@ -327,6 +327,19 @@ TEST(CMReply, waiting_gives_up_after_its_time)
     EXPECT_FALSE(CMVoidReply::create().waitForFinished(5));
 }
 
+TEST(CMReply, a_time_beyond_every_clock_is_waited_for_too)
+{
+    const auto reply = CMVoidReply::create();
+    const auto woke = CMVoidReply::create();
+    std::thread waiting([reply, woke] {
+        EXPECT_TRUE(reply.waitForFinished(forever - 1));
+        woke.finish();
+    });
+    EXPECT_FALSE(woke.waitForFinished(20));
+    reply.finish();
+    waiting.join();
+}
+
 /// A thread with an event loop that ends with the test.
 class Loop : public QThread
 {

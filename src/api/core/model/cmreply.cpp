@@ -2,6 +2,7 @@
 
 #include "cmthreadhome.h"
 
+#include <algorithm>
 #include <chrono>
 #include <limits>
 
@@ -40,7 +41,9 @@ bool CMReplyAbstractData::waitForFinished(unsigned long ms)
         m_condition.wait(guard, finished);
         return true;
     }
-    return m_condition.wait_for(guard, std::chrono::milliseconds(ms), finished);
+    // Beyond that the clock's arithmetic overflows; nobody waits that long.
+    constexpr unsigned long longest = 365UL * 24 * 3600 * 1000;
+    return m_condition.wait_for(guard, std::chrono::milliseconds(std::min(ms, longest)), finished);
 }
 
 void CMReplyAbstractData::addWatcher(CMReplyWatcher watcher)
