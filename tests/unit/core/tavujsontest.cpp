@@ -57,7 +57,10 @@ INSTANTIATE_TEST_SUITE_P(Numbers, TavuJsonValid,
         Reading("-1", whole(-1)), Reading("1234567890", whole(1234567890)), Reading("0.5", 0.5),
         Reading("-0.5", -0.5), Reading("1e3", 1000.0), Reading("1E3", 1000.0),
         Reading("1e+3", 1000.0), Reading("1e-3", 0.001), Reading("0e1", 0.0),
-        Reading("1.25e2", 125.0), Reading("1.0", 1.0)));
+        Reading("1.25e2", 125.0), Reading("1.0", 1.0), Reading("-1.5e-2", -0.015),
+        Reading("0e+1", 0.0), Reading("0.0", 0.0), Reading("-0.0", -0.0), Reading("1E-2", 0.01),
+        Reading("1E22", 1e22), Reading("10", whole(10)), Reading("-123", whole(-123)),
+        Reading("0.000000000000000000000000000001", 1e-30)));
 
 INSTANTIATE_TEST_SUITE_P(BigNumbers, TavuJsonValid,
     ::testing::Values(Reading("9007199254740993", whole(9007199254740993)),
@@ -66,7 +69,8 @@ INSTANTIATE_TEST_SUITE_P(BigNumbers, TavuJsonValid,
         Reading("9223372036854775808", QVariant::fromValue<qulonglong>(9223372036854775808ULL)),
         Reading("18446744073709551615",
             QVariant::fromValue<qulonglong>(std::numeric_limits<qulonglong>::max())),
-        Reading("1e308", 1e308), Reading("1e-400", 0.0),
+        Reading("1e308", 1e308), Reading("1e-400", 0.0), Reading("5e-324", 5e-324),
+        Reading("0.1", 0.1), Reading("0.1000000000000000055511151231257827", 0.1),
         Reading("123456789012345678901.5", 123456789012345678901.5)));
 
 INSTANTIATE_TEST_SUITE_P(Texts, TavuJsonValid,
@@ -77,7 +81,16 @@ INSTANTIATE_TEST_SUITE_P(Texts, TavuJsonValid,
             text("\xC3\xA4\xE6\x97\xA5\xF0\x9F\x8E\xB5")),
         Reading("\"\\ud83c\\udfb5\"", text("\xF0\x9F\x8E\xB5")), Reading("\"\x7F\"", text("\x7F")),
         Reading("\"\\u2028\\uFFFF\"", QString(QChar(0x2028)) + QChar(0xFFFF)),
-        Reading("\"[{,:}]\"", text("[{,:}]"))));
+        Reading("\"[{,:}]\"", text("[{,:}]")), Reading("\" \"", text(" ")),
+        Reading("\"//*#--\"", text("//*#--")), Reading("\"\\\\u0041\"", text("\\u0041")),
+        Reading("\"\\\\n\"", text("\\n")), Reading("\"/\"", text("/")),
+        Reading("\"\xE2\x80\xA8\xE2\x80\xA9\"", QString(QChar(0x2028)) + QChar(0x2029)),
+        Reading("\"\\u0060\\u012a\\u12AB\"", text("`\xC4\xAA\xE1\x8A\xAB")),
+        Reading("\"\\u001F\"", QString(QChar(0x1F))),
+        Reading("\"\\uFEFF\\uFDD0\"", QString(QChar(0xFEFF)) + QChar(0xFDD0)),
+        Reading("\"\\uDBFF\\uDFFF\"", text("\xF4\x8F\xBF\xBF")),
+        Reading("\"\xF4\x8F\xBF\xBF\"", text("\xF4\x8F\xBF\xBF")),
+        Reading("\"\xEF\xBF\xBF\"", QString(QChar(0xFFFF)))));
 
 INSTANTIATE_TEST_SUITE_P(Nesting, TavuJsonValid,
     ::testing::Values(Reading("[]", QVariantList()), Reading("{}", QVariantHash()),
@@ -88,6 +101,13 @@ INSTANTIATE_TEST_SUITE_P(Nesting, TavuJsonValid,
                 QVariantList{ QVariantHash{ { QStringLiteral("b"), whole(1) } } } } }),
         Reading("{ \"a\" : 1 , \"b\" : 2 }",
             QVariantHash{ { QStringLiteral("a"), whole(1) }, { QStringLiteral("b"), whole(2) } }),
+        Reading("[\r\n\t ]", QVariantList()), Reading("{\r\n\t }", QVariantHash()),
+        Reading("[ 4\t,\n5\r]", QVariantList{ whole(4), whole(5) }),
+        Reading("[[]   ]", QVariantList{ QVariantList() }),
+        Reading(
+            "[null,1,\"1\",{}]", QVariantList{ QVariant(), whole(1), text("1"), QVariantHash() }),
+        Reading(
+            "{\"a b\":[1]}", QVariantHash{ { QStringLiteral("a b"), QVariantList{ whole(1) } } }),
         Reading("{\"\":0}", QVariantHash{ { QString(), whole(0) } })));
 
 TEST(TavuJson, a_zero_character_in_a_text_or_a_key_is_kept)
@@ -115,34 +135,48 @@ INSTANTIATE_TEST_SUITE_P(Structure, TavuJsonInvalid,
         "1 2", "[}", "{]", "[1}", "{\"a\":1]", "{\"a\":1", "{\"a\":1,", "{\"a\":1,}", "{,\"a\":1}",
         "{\"a\"}", "{\"a\":}", "{:1}", "{\"a\" 1}", "{\"a\":1 \"b\":2}", "{\"a\":1,,\"b\":2}",
         "{\"a\":1;\"b\":2}", "{\"a\"::1}", "{a:1}", "{1:1}", "{null:1}", "{[]:1}", "{'a':1}",
-        "{\"a\":1}#", "[1:2]", "{\"a\",1}", "(1)", "[1]x"));
+        "{\"a\":1}#", "[1:2]", "{\"a\",1}", "(1)", "[1]x", "[1", "[[1]", "[1]}", "{}}", "{}]",
+        "{\"a\":1}{}", "{\"a\":1}\"b\"", "[\"a\",\n4\n,1,", "[1,\n1\n,1", "[\"a\"", "{\"a\":\"b",
+        "{\"a\":{", "[{", "[\"\\{[\"\\{[", "[\"x\", truth]", "{[: \"x\"}", "{\"x\", null}",
+        "{\"x\"::\"b\"}", "{\"id\":0,,,,,}", "{9999E9999:1}", "{true:1}", "{\"a\":\"b\",,}",
+        "{\"a\" b}", "{ \"a\":\"b\" } #", "[<null>]", "<.>", "[,]", "[,,]", "[1,,]", "[\"\",]",
+        "[:]", "[\"a\":1]", "{\"a\":1 2}"));
 
 INSTANTIATE_TEST_SUITE_P(Literals, TavuJsonInvalid,
     ::testing::Values("[tru]", "[True]", "[truex]", "[fals]", "[nul]", "[NULL]", "[nan]", "[NaN]",
         "[Infinity]", "[-Infinity]", "[inf]", "[undefined]", "[true false]", "[a]", "[*]", "[-]",
         "[\xC2\xA0"
         "1]",
-        "[1\x0C]", "[1\x0B]"));
+        "[1\x0C]", "[1\x0B]", "\x0C[]", "[\xE2\x81\xA0]", "[\xE2\x80\xA8]", "[\x1F]", "[\x7F]", "*",
+        "abc", "\xC3\xA5", "nul", "truefalse", "[ture]", "[trueFalse]", "[nulll]", "[\"a\"true]"));
 
 INSTANTIATE_TEST_SUITE_P(Numbers, TavuJsonInvalid,
     ::testing::Values("[01]", "[-01]", "[00]", "[+1]", "[.5]", "[-.5]", "[1.]", "[-1.]", "[1.e3]",
-        "[1e]", "[1e+]", "[1E-]", "[1e1.5]", "[1.2.3]", "[0x10]", "[1_000]", "[1,5.]", "[- 1]",
+        "[1e]", "[1e+]", "[1E-]", "[1e1.5]", "[1.2.3]", "[0x10]", "[1_000]", "[-NaN]", "[++1]",
+        "[+Inf]", "[-foo]", "[1+2]", "[0.3e]", "[0.3e+]", "[0E+]", "[9.e+]", "[1eE2]", "[1.0e-]",
+        "[2.e3]", "[-1x]", "[-123.123foo]", "[1e1a]", "[1 000]", "[1.8011670033376514H-308]",
+        "[0b1]", "[0o7]", "[1f]", "[012]", "[-012]", "[1.e]", "[.]", "[e1]", "[1,5.]", "[- 1]",
         "[--1]", "[1-]", "[1 .5]", "[1e 3]", "[-2.]", "[.2e-3]", "[1a]", "[0e]", "[-]",
         "[\xEF\xBC\x91]"));
 
 INSTANTIATE_TEST_SUITE_P(Texts, TavuJsonInvalid,
     ::testing::Values("[\"a]", "[a\"]", "['a']", "[\"\\\"]", "[\"\\x41\"]", "[\"\\a\"]",
         "[\"\\v\"]", "[\"\\0\"]", "[\"\\'\"]", "[\"\\u\"]", "[\"\\u12\"]", "[\"\\u123\"]",
-        "[\"\\u123g\"]", "[\"\\U0041\"]", "[\"\\ \"]", "[\"\n\"]", "[\"\r\"]", "[\"\t\"]",
-        "[\"\x1F\"]", "[\"a\"b\"]", "[\"a\" \"b\"]", "[\"\\\xC3\xA4\"]", "{\"a\n\":1}"));
+        "[\"\\u123g\"]", "[\"\\u00A\"]", "[\"\\uqqqq\"]", "[\"\\ud83c\\u\"]", "[\"\\ud83c\\\"]",
+        "[\"\\", "[\"\\\\\\\"]", "[\\u0020\"a\"]", "[\n\"a]", "[\"\b\"]", "[\"\\U0041\"]",
+        "[\"\\ \"]", "[\"\n\"]", "[\"\r\"]", "[\"\t\"]", "[\"\x1F\"]", "[\"a\"b\"]",
+        "[\"a\" \"b\"]", "[\"\\\xC3\xA4\"]", "{\"a\n\":1}"));
 
 INSTANTIATE_TEST_SUITE_P(Comments, TavuJsonInvalid,
-    ::testing::Values("[1] // x", "[1 /* x */]", "/**/[1]", "# x\n[1]", "[1] --"));
+    ::testing::Values("[1] // x", "[1 /* x */]", "{\"a\":/**/1}", "{\"a\":1}/**//", "[1]//",
+        "/**/[1]", "# x\n[1]", "[1] --"));
 
 INSTANTIATE_TEST_SUITE_P(Utf8, TavuJsonInvalid,
     ::testing::Values("[\"\xFF\"]", "[\"\xC3\"]", "[\"\x80\"]", "[\"\xC0\xAF\"]",
         "[\"\xE0\x80\xAF\"]", "[\"\xF0\x80\x80\xAF\"]", "[\"\xED\xA0\x80\"]", "[\"\xED\xB0\x80\"]",
-        "[\"\xF4\x90\x80\x80\"]", "[\"\xF8\x88\x80\x80\x80\"]", "[\"\xE6\x97\"]", "{\"\xFF\":1}",
+        "[\"\xF4\x90\x80\x80\"]", "[\"\xFC\x83\xBF\xBF\xBF\xBF\"]", "[\"\xF4\xBF\xBF\xBF\"]",
+        "[\"\xE0\xFF\"]", "[\"\xED\xA0\xBD\xED\xB0\x80\"]", "[\"\\u00C3\xA9\xC3\"]", "[\xE9]",
+        "\xC3", "[1\xE5]", "[\"\xF8\x88\x80\x80\x80\"]", "[\"\xE6\x97\"]", "{\"\xFF\":1}",
         "\xFF[1]", "[1]\xFF"));
 
 INSTANTIATE_TEST_SUITE_P(OtherEncodings, TavuJsonInvalid,
@@ -166,7 +200,9 @@ INSTANTIATE_TEST_SUITE_P(HalfSurrogatePairs, TavuJsonInvalid,
         "{\"\\ud800\":1}"));
 INSTANTIATE_TEST_SUITE_P(NumbersOutOfRange, TavuJsonInvalid,
     ::testing::Values("[18446744073709551616]", "[-9223372036854775809]",
-        "[123456789012345678901234567890]", "[1e309]", "[-1e999]"));
+        "[123456789012345678901234567890]", "[1e309]", "[-1e999]", "[123123e100000]",
+        "[0.4e00669999999999999999999999999999999999999999999999999999999999999999999999999999999]",
+        "[-123123123123123123123123123123]"));
 
 TEST(TavuJson, passes_over_one_byte_order_mark)
 {
