@@ -11,5 +11,6 @@ public:
     explicit CMContainerNode(const CMPath& path);
 
     void setContainerType(TavuRolesContainerType::Enum type);
+    /// Whether the container as a whole can be played.
     void setPlayable(bool playable);
 };

@@ -13,6 +13,7 @@ public:
     void setDataRequest(const CMSetDataRequest& request) override;
     QVariant getRoleData(const QString& role, const QMap<QString, QString>& params) const override;
 
-    /// Answers the query. False when the node cannot; the request then fails with an error.
+    /// Answers the request with the encoded path of the screen to go to, now or later, and returns
+    /// true. False when the node cannot; the request then fails with an error.
     virtual bool queryRequest(const CMSetDataRequest& request) = 0;
 };

@@ -71,6 +71,7 @@ public:
     int from() const { return d().from; }
     int to() const { return d().to; }
     const QStringList& roles() const { return d().roles; }
+    /// The version of the rows that the asker has, as an answer gave it; 0 for none.
     int rowsVersion() const { return d().rowsVersion; }
     CMReply<TavuRowsRoles> reply() const { return CMReply<TavuRowsRoles>(voidReply()); }
 };
@@ -89,7 +90,7 @@ public:
     CMReply<QVariant> reply() const { return CMReply<QVariant>(voidReply()); }
 };
 
-/// Asks a node for the value of its roles.
+/// Asks a node for the values of `roles`; the answer is a list of them, in that order.
 class TAVU_EXPORT CMGetDataRequest : public CMRequest
 {
 public:
@@ -101,7 +102,8 @@ public:
     CMReply<QVariant> reply() const { return CMReply<QVariant>(voidReply()); }
 };
 
-/// Asks a container for the index of the row whose path is the value.
+/// Asks a container for the index of its first row with the path `row`; the answer is -1 when it
+/// has none.
 class TAVU_EXPORT CMMatchRowRequest : public CMRequest
 {
 public:

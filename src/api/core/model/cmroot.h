@@ -34,11 +34,16 @@ public:
     /// that has died, fails the reply.
     void invoke(
         const CMPath& path, const QVariant& argument, const CMReply<QVariant>& reply) override;
-    /// From now on `service` serves `path` on the thread of `context`, as long as that lives.
+    /// From now on `service` serves `path` on the thread of `context`, as long as that lives; one
+    /// added before at the path is replaced. Call it on that thread.
     void addService(const CMPath& path, QObject* context, const Service& service);
 
-    // Workers: a request goes to the one with the longest prefix of its path.
+    // Workers: a request goes to the one with the longest prefix of its path; of two with the same
+    // prefix, to the one added first.
+    /// `worker` is not owned. It is to be removed, by those who ask or while nobody asks, before it
+    /// is destroyed.
     void addWorker(CMAbstractWorker* worker, const CMPath& prefix);
+    /// Takes out all mounts of the worker; one that is not mounted is passed over.
     void removeWorker(CMAbstractWorker* worker);
 
     void ping(const CMVoidReply& reply) override;

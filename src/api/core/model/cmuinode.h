@@ -15,8 +15,11 @@ class TAVU_EXPORT CMUINode : public CMNode
 public:
     using CMNode::CMNode;
 
+    // What the row shows. Each is in the row from the first call on; a later call replaces it.
+    // Those who watch the node hear of every call.
     void setTitle(const TrString& title);
     void setMediaData(const TavuMediaData& mediaData);
+    /// Shows the row as one that cannot be used now. Requests are still answered.
     virtual void setDisabled(bool disabled);
 
     /// The value of one role; an invalid variant when the node has none. `params` are the

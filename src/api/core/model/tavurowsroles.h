@@ -14,6 +14,7 @@ class TavuRowsRoles : public TavuHash
     TAVU_FIELD(QVariantList, rows, Rows)
     /// How many rows the container has in all.
     TAVU_FIELD(qint32, rowsCount, RowsCount)
+    /// Counts the changes of the rows; a container that does not count them gives the asker's back.
     TAVU_FIELD(qint32, rowsVersion, RowsVersion)
     /// TavuRowsRolesType values: how the rows may be shown.
     TAVU_FIELD(QVariantList, type, Type)
