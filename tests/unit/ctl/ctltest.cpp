@@ -180,3 +180,116 @@ TEST_F(Ctl, WithoutAPlayerEndsWithACodeOfItsOwn)
     EXPECT_EQ(run({ text("status") }), 7);
     EXPECT_TRUE(err.contains(text("No player answers at http://127.0.0.1:1"))) << err.toStdString();
 }
+
+TEST_F(Ctl, ListsTheRowsOfAScreenByNumberOrTitle)
+{
+    player.pages[QString()] = { hash(R"({"title": "Albums", "type": 1, "path": "/albums"})"),
+        hash(R"({"title": "Home", "type": 6, "longDescription": "Nothing new."})") };
+    player.pages[text("/albums")] = {
+        hash(R"({"title": "One", "type": 1, "path": "/one", "containerPlayable": true,
+                 "mediaData": {"metaData": {"artist": "Ann"}}})"),
+        hash(R"({"title": "2", "type": 1, "path": "/two"})"),
+    };
+    EXPECT_EQ(run({ text("ls") }), 0);
+    EXPECT_EQ(out, text("1. [ ] Albums\n  2.     Home\n         Nothing new."));
+    for (const char* row : { "1", "Albums", "albums" }) {
+        EXPECT_EQ(run({ text("ls"), text(row) }), 0);
+        EXPECT_TRUE(out.contains(text(" One - Ann\n"))) << out.toStdString();
+    }
+    // A title counts before a number.
+    EXPECT_EQ(run({ text("ls"), text("Albums/2") }), 0);
+    EXPECT_EQ(player.calls.last().arguments.first(), text("/two"));
+    EXPECT_EQ(run({ text("ls"), text("Albums/3") }), 1);
+    EXPECT_EQ(err, text("tavu-ctl: There is no row \"3\" in \"Albums\"."));
+    EXPECT_EQ(run({ text("ls"), text("Songs") }), 1);
+    EXPECT_EQ(err, text("tavu-ctl: There is no row \"Songs\" at the root."));
+}
+
+TEST_F(Ctl, ListsAsJson)
+{
+    EXPECT_EQ(run({ text("--json"), text("ls") }), 0);
+    const QVariantList rows = TavuJson::parse(out.toUtf8()).toList();
+    ASSERT_EQ(rows.size(), 1);
+    EXPECT_EQ(rows.first().toHash().value(text("title")), text("Song"));
+}
+
+TEST_F(Ctl, SearchesForAllWordsAndListsWhatIsFound)
+{
+    player.answerWith(text("/found"));
+    player.pages[text("/found")] = { hash(R"({"title": "Tune", "type": 3, "path": "/tune"})") };
+    EXPECT_EQ(run({ text("search"), text("a"), text("tune & more") }), 0);
+    EXPECT_TRUE(player.told().join(text(" ")).contains(text("search[\"a tune & more\"")))
+        << player.told().join(text(" ")).toStdString();
+    EXPECT_EQ(out, text("1.  >  Tune"));
+    player.pages[text("/found")].clear();
+    EXPECT_EQ(run({ text("search"), text("no") }), 0);
+    EXPECT_EQ(out, text("Nothing found for \"no\"."));
+}
+
+TEST_F(Ctl, PassesTransportCommandsOn)
+{
+    const std::vector<std::pair<QStringList, const char*>> commands{
+        { { text("pause") }, R"(command["TogglePause"])" },
+        { { text("resume") }, R"(command["Resume"])" },
+        { { text("next") }, R"(command["Next"])" },
+        { { text("prev") }, R"(command["Previous"])" },
+        { { text("stop") }, R"(command["Stop"])" },
+        { { text("like") }, R"(command["Like"])" },
+        { { text("dislike") }, R"(command["Dislike"])" },
+        { { text("seek"), text("61.5") }, "seek[61500]" },
+        { { text("volume"), text("40") }, "setVolume[40]" },
+        { { text("mode"), text("5") }, "setPlayMode[5]" },
+        { { text("logout") }, "logout[]" },
+    };
+    for (const auto& [arguments, told] : commands) {
+        player.calls.clear();
+        EXPECT_EQ(run(arguments), 0) << told << err.toStdString();
+        ASSERT_EQ(player.told().size(), 1) << told;
+        EXPECT_EQ(player.told().first(), text(told));
+    }
+}
+
+TEST_F(Ctl, ShowsTheCodeOfALoginAndWaitsForItsEnd)
+{
+    player.m_login = hash(R"({"state": "starting"})");
+    QTimer steps;
+    steps.start(20);
+    int asked = 0;
+    QObject::connect(&steps, &QTimer::timeout, [&] {
+        if (player.calls.isEmpty() || player.calls.last().name != text("startLogin"))
+            return;
+        ++asked;
+        player.m_login = asked < 30 ? hash(R"({"state": "waiting", "userCode": "AB-12",
+                       "verificationUri": "https://login.example/",
+                       "verificationUriComplete": "https://login.example/?c=AB-12"})")
+                                    : hash(R"({"state": "loggedIn"})");
+    });
+    EXPECT_EQ(run({ text("login") }), 0);
+    EXPECT_EQ(out,
+        text("Open https://login.example/ on any device and enter the code AB-12\n"
+             "or open https://login.example/?c=AB-12\nSigned in."));
+}
+
+TEST_F(Ctl, ALoginThatFailsSaysWhy)
+{
+    player.m_login = hash(R"({"state": "failed", "message": "The code has ended."})");
+    EXPECT_EQ(run({ text("login") }), 1);
+    EXPECT_EQ(err, text("tavu-ctl: The code has ended."));
+}
+
+TEST_F(Ctl, StatusTellsWhatPlaysAndHow)
+{
+    player.m_login = hash(R"({"state": "loggedIn"})");
+    player.m_player = hash(R"({"state": 2, "title": "Song", "artist": "Ann", "position": 61000,
+        "duration": 3725000, "volume": 40, "mute": true, "mode": 5, "error": null})");
+    EXPECT_EQ(run({ text("status") }), 0);
+    EXPECT_EQ(out,
+        text("playing  1:01 / 1:02:05\nSong - Ann\nvolume 40 (muted), mode shuffle, repeat all"));
+    EXPECT_EQ(run({ text("--json"), text("status") }), 0);
+    EXPECT_EQ(
+        TavuJson::parse(out.toUtf8()).toHash().value(text("player")).toHash().value(text("title")),
+        text("Song"));
+    player.m_login = hash(R"({"state": "waiting"})");
+    EXPECT_EQ(run({ text("status") }), 0);
+    EXPECT_TRUE(out.endsWith(text("Not signed in. Run \"tavu-ctl login\"."))) << out.toStdString();
+}

@@ -228,6 +228,28 @@ TEST_F(Scan, EndsWithoutHangingInALoopOfLinks)
     EXPECT_EQ(scanned()->catalogue()->tracks.size(), 1u);
 }
 
+TEST_F(Scan, ServesWhatItHasFoundSoFarAndTellsHowFarItIs)
+{
+    for (int i = 0; i < 3; ++i)
+        addTone(qPrintable(QStringLiteral("%1.flac").arg(i)), tagged("A", "One", "x", i));
+    Library library(root(), stateFile());
+    std::vector<ScanStatus> told;
+    std::vector<size_t> served;
+    QObject::connect(&library, &Library::catalogueChanged, [&] {
+        told.push_back(library.status());
+        served.push_back(library.catalogue()->tracks.size());
+    });
+    library.scan();
+    ASSERT_TRUE(
+        waitUntil([&] { return !told.empty() && told.back().phase == ScanStatus::Phase::Done; }));
+    EXPECT_EQ(told.front().phase, ScanStatus::Phase::Reading);
+    EXPECT_EQ(told.front().read, 1);
+    EXPECT_EQ(told.front().toRead, 3);
+    EXPECT_EQ(served.front(), 1u);
+    EXPECT_EQ(told.back().read, 3);
+    EXPECT_EQ(served.back(), 3u);
+}
+
 TEST_F(Scan, CanBeLeftInTheMiddle)
 {
     for (int i = 0; i < 5; ++i)
