@@ -13,19 +13,34 @@ namespace {
 constexpr int timeoutMs = 40000;
 constexpr int answerAtMost = 8 * 1024 * 1024;
 
-QString problemOf(const HttpClient::Result& result, const QVariantHash& body, const QString& base)
+QString nobodyAnswers(const QString& base, HttpClientStatus why)
 {
-    if (result.code == 0)
-        return QStringLiteral(
-            "No player answers at %1 (%2). Start it, or name its address with --url.")
-            .arg(base, HttpClient::toString(result.error));
-    if (result.code < 400)
-        return QString();
+    return QStringLiteral("No player answers at %1 (%2). Start it, or name its address with --url.")
+        .arg(base, HttpClient::toString(why));
+}
+
+QString isNoPlayer(const QString& base, int code)
+{
+    return QStringLiteral("What answers at %1 is no player (code %2). Name the player's address "
+                          "with --url.")
+        .arg(base)
+        .arg(code);
+}
+
+QString tokenNeeded(bool given)
+{
+    return given ? QStringLiteral("The token is not this player's. The player prints it when it "
+                                  "starts; give it with --token or TAVU_TOKEN.")
+                 : QStringLiteral("This player asks for its token, which it prints when it starts. "
+                                  "Give it with --token or TAVU_TOKEN.");
+}
+
+QString wordsOf(int code, const QVariantHash& body)
+{
     const QString title = body.value(QStringLiteral("title")).toString();
     const QString detail = body.value(QStringLiteral("detail")).toString();
-    if (title.isEmpty() && detail.isEmpty())
-        return QStringLiteral("The player answered with code %1.").arg(result.code);
-    return words(title, detail);
+    // The titles of refused requests are HTTP's own, such as "Bad Request".
+    return code < 409 && !detail.isEmpty() ? detail : words(title, detail);
 }
 
 } // namespace
@@ -79,11 +94,23 @@ Answer ApiClient::wait(const std::function<void(const HttpClient::Callback&)>& s
     send([&](const HttpClient::Result& result) {
         answer.code = result.code;
         answer.body = TavuJson::parse(result.data).toHash();
-        answer.problem = problemOf(result, answer.body, m_base);
+        answer.problem = problemOf(result, answer.body);
         loop.quit();
     });
     loop.exec();
     return answer;
+}
+
+QString ApiClient::problemOf(const HttpClient::Result& result, const QVariantHash& body) const
+{
+    if (result.code == 0)
+        return nobodyAnswers(m_base, result.error);
+    if (result.code == 401)
+        return tokenNeeded(!m_token.isEmpty());
+    const bool isJson = TavuJson::parse(result.data).type() == QVariant::Hash;
+    if (!isJson || (result.code >= 400 && !body.contains(QStringLiteral("title"))))
+        return isNoPlayer(m_base, result.code);
+    return result.code < 400 ? QString() : wordsOf(result.code, body);
 }
 
 } // namespace ctl

@@ -15,7 +15,7 @@ struct Answer
     QVariantHash body;
     QString problem; ///< For people; empty when the call succeeded.
 
-    bool ok() const { return code >= 200 && code < 300; }
+    bool ok() const { return problem.isEmpty() && code >= 200 && code < 300; }
 };
 
 /// Calls the control API of a running player and waits for the answer.
@@ -32,6 +32,8 @@ public:
 private:
     TavuUrl url(const QString& path) const;
     HttpClientOptions options() const;
+    /// What to tell people of an answer; empty for a success.
+    QString problemOf(const HttpClient::Result& result, const QVariantHash& body) const;
     Answer wait(const std::function<void(const HttpClient::Callback&)>& send);
 
     QString m_base;

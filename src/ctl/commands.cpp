@@ -8,21 +8,16 @@
 #include <QElapsedTimer>
 #include <QThread>
 
+#include <algorithm>
+#include <cmath>
 #include <functional>
+#include <limits>
+#include <utility>
 #include <vector>
 
 namespace ctl {
 
 namespace {
-
-struct Context
-{
-    ApiClient& api;
-    QStringList arguments;
-    Options options;
-
-    QString rest() const { return arguments.join(QLatin1Char(' ')); }
-};
 
 using Run = std::function<int(Context&)>;
 
@@ -35,72 +30,66 @@ struct Command
     QString name;
     QString arguments; // As shown in the help.
     int argumentsAtLeast;
+    int argumentsAtMost;
     QString help;
     Run run;
 };
 
-int report(const Answer& answer)
+/// Without a login the service shows nothing but its sign-in.
+int needLogin(const Context& context)
 {
-    if (answer.problem.isEmpty())
+    const Answer answer = context.api.get(QStringLiteral("/login"));
+    if (const int code = report(context, answer))
+        return code;
+    if (answer.body.value(QStringLiteral("state")) == QLatin1String("loggedIn"))
         return Done;
-    printError(answer.problem);
-    return answer.code == 0 ? NotRunning : Failed;
+    return fail(context.options, NotSignedIn,
+        QStringLiteral("Nobody is signed in. Run \"tavu-ctl login\"."));
 }
 
-int finish(const Context& context, const Answer& answer, const QVariant& value)
+/// The row at the end of the arguments; empty for none.
+int walk(Context& context, QVariantHash& row)
 {
-    const int code = report(answer);
-    if (code == Done && context.options.json)
-        printJson(value);
-    return code;
+    if (const int code = needLogin(context))
+        return code;
+    return report(context, Browse(context.api).walk(context.rest(), row));
 }
 
-/// As finish(); where the answer or the failure leads to a screen of the service, shows that.
-int finishAction(const Context& context, const Answer& answer)
+int printRows(const Context& context, const Answer& answer, const Screen& screen)
 {
-    const QVariantList rows =
-        context.options.json ? QVariantList() : resultRows(context.api, answer);
-    if (rows.isEmpty())
-        return finish(context, answer, answer.body);
-    const auto print = answer.ok() ? printLine : printError;
-    print(screenText(rows));
-    if (!buttonsOf(rows).isEmpty())
-        print(QStringLiteral("To press a button: tavu-ctl press NUMBER"));
-    return answer.ok() ? Done : Failed;
+    if (context.options.json || !answer.ok())
+        return finish(context, answer, screen.rows);
+    for (int index = 0; index < screen.rows.size(); ++index)
+        printLine(rowLine(index + 1, screen.rows.at(index).toHash()));
+    return Done;
 }
 
 int list(Context& context)
 {
-    Browse browse(context.api);
     QVariantHash row;
-    const Answer walked = browse.walk(context.rest(), row);
-    if (const int code = report(walked))
+    if (const int code = walk(context, row))
         return code;
     Screen screen;
-    const Answer answer = browse.screen(row.value(QStringLiteral("path")).toString(), screen);
-    if (context.options.json || !answer.ok())
-        return finish(context, answer, screen.rows);
-    for (int index = 0; index < screen.rows.size(); ++index)
-        printLine(rowLine(index + 1, screen.rows.at(index).toHash()));
-    return Done;
+    const Answer answer =
+        Browse(context.api).screen(row.value(QStringLiteral("path")).toString(), screen);
+    return printRows(context, answer, screen);
 }
 
 int search(Context& context)
 {
+    if (const int code = needLogin(context))
+        return code;
     const Answer found =
         context.api.post(QStringLiteral("/search"), { { QStringLiteral("text"), context.rest() } });
-    if (const int code = report(found))
+    if (const int code = report(context, found))
         return code;
     Screen screen;
     const Answer answer =
         Browse(context.api).screen(found.body.value(QStringLiteral("path")).toString(), screen);
-    if (context.options.json || !answer.ok())
-        return finish(context, answer, screen.rows);
-    for (int index = 0; index < screen.rows.size(); ++index)
-        printLine(rowLine(index + 1, screen.rows.at(index).toHash()));
-    if (screen.rows.isEmpty())
+    const int code = printRows(context, answer, screen);
+    if (code == Done && screen.rows.isEmpty() && !context.options.json)
         printLine(QStringLiteral("Nothing found for \"%1\".").arg(context.rest()));
-    return Done;
+    return code;
 }
 
 /// A play command is answered when the player has a stream to open; whether it sounds shows later.
@@ -110,32 +99,33 @@ int waitForSound(Context& context)
     waited.start();
     while (!waited.hasExpired(soundAtMostMs)) {
         const Answer answer = context.api.get(QStringLiteral("/state"));
-        if (const int code = report(answer))
+        if (const int code = report(context, answer))
             return code;
         const QVariantHash player = answer.body.value(QStringLiteral("player")).toHash();
         const QVariantHash error = player.value(QStringLiteral("error")).toHash();
-        if (!error.isEmpty()) {
-            printError(words(error.value(QStringLiteral("title")).toString(),
-                error.value(QStringLiteral("detail")).toString()));
-            return Failed;
-        }
+        if (!error.isEmpty())
+            return fail(context.options, Failed,
+                words(error.value(QStringLiteral("title")).toString(),
+                    error.value(QStringLiteral("detail")).toString()),
+                error);
         if (player.value(QStringLiteral("state")).toInt() == TavuPlayLogicState::Playing)
-            return Done;
+            return finish(context, answer, player);
         QThread::msleep(pollMs);
     }
-    printError(QStringLiteral("The player has not begun to play. See \"tavu-ctl messages\"."));
-    return Failed;
+    return fail(context.options, Failed,
+        QStringLiteral("The player has not begun to play. See \"tavu-ctl messages\"."));
 }
 
 int play(Context& context)
 {
     QVariantHash row;
-    const Answer walked = Browse(context.api).walk(context.rest(), row);
-    if (const int code = report(walked))
+    if (const int code = walk(context, row))
         return code;
     const Answer answer = context.api.post(
         QStringLiteral("/play"), { { QStringLiteral("ref"), row.value(QStringLiteral("ref")) } });
-    const int code = finishAction(context, answer);
+    // What is printed after a success is what then plays.
+    const bool saysMore = !answer.ok() || !context.options.json;
+    const int code = saysMore ? finishAction(context, answer) : static_cast<int>(Done);
     return code == Done ? waitForSound(context) : code;
 }
 
@@ -149,8 +139,7 @@ int activate(const Context& context, const QVariantHash& row)
 int open(Context& context)
 {
     QVariantHash row;
-    const Answer walked = Browse(context.api).walk(context.rest(), row);
-    if (const int code = report(walked))
+    if (const int code = walk(context, row))
         return code;
     return activate(context, row);
 }
@@ -162,8 +151,11 @@ int status(Context& context)
         return finish(context, answer, answer.body);
     printLine(statusText(answer.body.value(QStringLiteral("player")).toHash()));
     const QVariantHash login = answer.body.value(QStringLiteral("login")).toHash();
+    const QString trouble = login.value(QStringLiteral("message")).toString();
+    if (!trouble.isEmpty())
+        printLine(trouble);
     if (login.value(QStringLiteral("state")) != QLatin1String("loggedIn"))
-        printLine(QStringLiteral("Not signed in. Run \"tavu-ctl login\"."));
+        printLine(QStringLiteral("Nobody is signed in. Run \"tavu-ctl login\"."));
     return Done;
 }
 
@@ -177,30 +169,40 @@ void printCode(const QVariantHash& login)
         printLine(QStringLiteral("or open %1").arg(complete));
 }
 
-/// Shows each code once and waits until the user is signed in or the login has failed.
+/// Shows each step once, and for people only the code and the end.
+void printLogin(const Context& context, const QVariantHash& login, QVariantHash& shown)
+{
+    QVariantHash step = login;
+    step.remove(QStringLiteral("expiresIn")); // It counts down.
+    if (step == std::exchange(shown, step))
+        return;
+    const QVariant state = login.value(QStringLiteral("state"));
+    if (context.options.json)
+        printJson(login);
+    else if (login.contains(QStringLiteral("userCode")))
+        printCode(login);
+    else if (state == QLatin1String("loggedIn"))
+        printLine(QStringLiteral("Signed in."));
+}
+
+/// Waits until the user is signed in or the login has failed.
 int login(Context& context)
 {
     Answer answer = context.api.post(QStringLiteral("/login/start"));
-    QVariant shownCode;
+    QVariantHash shown;
     while (answer.ok()) {
         answer = context.api.get(QStringLiteral("/login"));
         const QVariant state = answer.body.value(QStringLiteral("state"));
-        const QVariant code = answer.body.value(QStringLiteral("userCode"));
+        if (state == QLatin1String("failed"))
+            return fail(context.options, Failed,
+                answer.body.value(QStringLiteral("message")).toString(), answer.body);
+        if (answer.ok())
+            printLogin(context, answer.body, shown);
         if (state == QLatin1String("loggedIn"))
-            break;
-        if (state == QLatin1String("failed")) {
-            printError(answer.body.value(QStringLiteral("message")).toString());
-            return Failed;
-        }
-        if (code.isValid() && code != shownCode && !context.options.json) {
-            printCode(answer.body);
-            shownCode = code;
-        }
+            return Done;
         QThread::msleep(pollMs);
     }
-    if (answer.ok() && !context.options.json)
-        printLine(QStringLiteral("Signed in."));
-    return finish(context, answer, answer.body);
+    return report(context, answer);
 }
 
 Run post(const char* path)
@@ -214,12 +216,13 @@ Run postNumber(const char* path, const char* name, qint64 factor = 1)
 {
     return [target = QString::fromLatin1(path), key = QString::fromLatin1(name), factor](
                Context& context) {
+        constexpr double most = 1e12; // What every conversion below can hold.
         bool ok = false;
         const double number = context.arguments.first().toDouble(&ok);
-        if (!ok) {
-            printError(QStringLiteral("\"%1\" is not a number.").arg(context.arguments.first()));
-            return static_cast<int>(Usage);
-        }
+        if (!ok || !(std::abs(number) <= most))
+            return fail(context.options, Usage,
+                QStringLiteral("\"%1\" is not a number that \"%2\" takes.")
+                    .arg(context.arguments.first(), key));
         const auto value = static_cast<qint64>(number * static_cast<double>(factor));
         const Answer answer = context.api.post(target, { { key, value } });
         return finish(context, answer, answer.body);
@@ -253,52 +256,60 @@ int press(Context& context)
 {
     QVariantList list;
     const Answer answer = readMessages(context.api, list);
-    if (const int code = report(answer))
+    if (const int code = report(context, answer))
         return code;
-    const QVariantHash button = pickRow(latestButtons(list), context.rest());
-    if (button.isEmpty()) {
-        printError(QStringLiteral("There is no button \"%1\".").arg(context.rest()));
-        return Failed;
-    }
+    const QVariantList buttons = latestButtons(list);
+    const QVariantHash button = pickRow(buttons, context.rest());
+    if (button.isEmpty())
+        return fail(context.options, Failed,
+            buttons.isEmpty()
+                ? QStringLiteral("No message has a button.")
+                : QStringLiteral("There is no button \"%1\". See \"tavu-ctl messages\".")
+                      .arg(context.rest()));
     const QString link = button.value(QStringLiteral("link")).toString();
     if (link.isEmpty())
         return activate(context, button);
-    printLine(link);
+    if (context.options.json)
+        printJson(QVariantHash{ { QStringLiteral("link"), link } });
+    else
+        printLine(link);
     return Done;
 }
 
 const std::vector<Command>& commands()
 {
-    const auto command = [](const char* name, const char* arguments, int atLeast, const char* help,
-                             Run run) {
-        return Command{ QString::fromLatin1(name), QString::fromLatin1(arguments), atLeast,
+    const auto command = [](const char* name, const char* arguments, int atLeast, int atMost,
+                             const char* help, Run run) {
+        return Command{ QString::fromLatin1(name), QString::fromLatin1(arguments), atLeast, atMost,
             QString::fromLatin1(help), std::move(run) };
     };
     constexpr qint64 msPerSecond = 1000;
+    constexpr int words = std::numeric_limits<int>::max(); // Of one text, quoted or not.
     static const std::vector<Command> all{
-        command("login", "", 0, "sign in with a code and wait for it", login),
-        command("logout", "", 0, "sign out", post("/logout")),
-        command("ls", "[ROW/ROW/...]", 0, "show a screen; a row is its number or its title", list),
-        command("search", "TEXT", 1, "search the service", search),
-        command("play", "ROW/ROW/...", 1, "play a row", play),
-        command("open", "ROW/ROW/...", 1, "press an action row", open),
-        command("pause", "", 0, "pause, or go on", post("/player/pause")),
-        command("resume", "", 0, "go on when paused", post("/player/resume")),
-        command("next", "", 0, "next track", post("/player/next")),
-        command("prev", "", 0, "previous track, or restart this one", post("/player/previous")),
-        command("stop", "", 0, "stop", post("/player/stop")),
-        command("seek", "SECONDS", 1, "go to a position",
+        command("login", "", 0, 0, "sign in with a code and wait for it", login),
+        command("logout", "", 0, 0, "sign out", post("/logout")),
+        command("ls", "[ROW/ROW/...]", 0, words, "show a screen; a row is its number or its title",
+            list),
+        command("search", "TEXT", 1, words, "search the service", search),
+        command("play", "ROW/ROW/...", 1, words, "play a row", play),
+        command("open", "ROW/ROW/...", 1, words, "press an action row", open),
+        command("pause", "", 0, 0, "pause, or go on", post("/player/pause")),
+        command("resume", "", 0, 0, "go on when paused", post("/player/resume")),
+        command("next", "", 0, 0, "next track", post("/player/next")),
+        command("prev", "", 0, 0, "previous track, or restart this one", post("/player/previous")),
+        command("stop", "", 0, 0, "stop", post("/player/stop")),
+        command("seek", "SECONDS", 1, 1, "go to a position",
             postNumber("/player/seek", "position", msPerSecond)),
-        command("volume", "0..100", 1, "set the volume", postNumber("/player/volume", "volume")),
-        command("mode", "0..5", 1,
+        command("volume", "0..100", 1, 1, "set the volume", postNumber("/player/volume", "volume")),
+        command("mode", "0..5", 1, 1,
             "normal, shuffle, repeat one, shuffle + repeat one, repeat all, shuffle + repeat all",
             postNumber("/player/mode", "mode")),
-        command("like", "", 0, "thumb up", post("/player/like")),
-        command("dislike", "", 0, "thumb down", post("/player/dislike")),
-        command("status", "", 0, "what plays", status),
-        command("messages", "", 0, "the last messages, with their buttons", messages),
-        command("press", "BUTTON", 1, "press a button of the latest message, by number or title",
-            press),
+        command("like", "", 0, 0, "thumb up", post("/player/like")),
+        command("dislike", "", 0, 0, "thumb down", post("/player/dislike")),
+        command("status", "", 0, 0, "what plays", status),
+        command("messages", "", 0, 0, "the last messages, with their buttons", messages),
+        command("press", "BUTTON", 1, words,
+            "press a button of the latest message, by number or title", press),
     };
     return all;
 }
@@ -306,20 +317,21 @@ const std::vector<Command>& commands()
 } // namespace
 
 int runCommand(
-    ApiClient& api, const QString& command, const QStringList& arguments, const Options& options)
+    ApiClient& api, const QString& name, const QStringList& arguments, const Options& options)
 {
-    for (const Command& candidate : commands()) {
-        if (candidate.name != command)
-            continue;
-        if (arguments.size() < candidate.argumentsAtLeast) {
-            printError(QStringLiteral("Usage: tavu-ctl %1 %2").arg(command, candidate.arguments));
-            return Usage;
-        }
-        Context context{ api, arguments, options };
-        return candidate.run(context);
-    }
-    printError(QStringLiteral("There is no command \"%1\". Run \"tavu-ctl --help\".").arg(command));
-    return Usage;
+    const auto& all = commands();
+    const auto command = std::find_if(
+        all.begin(), all.end(), [&name](const Command& each) { return each.name == name; });
+    if (command == all.end())
+        return fail(options, Usage,
+            QStringLiteral("There is no command \"%1\". Run \"tavu-ctl --help\".").arg(name));
+    Context context{ api, arguments, options };
+    const bool tooFew = arguments.size() < command->argumentsAtLeast
+        || (command->argumentsAtLeast > 0 && context.rest().trimmed().isEmpty());
+    if (tooFew || arguments.size() > command->argumentsAtMost)
+        return fail(options, Usage,
+            QStringLiteral("Usage: tavu-ctl %1 %2").arg(name, command->arguments).trimmed());
+    return command->run(context);
 }
 
 QString commandHelp()

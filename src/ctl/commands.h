@@ -1,22 +1,12 @@
 #pragma once
 
-#include "apiclient.h"
-
-#include <QStringList>
+#include "report.h"
 
 namespace ctl {
 
-/// Exit codes of the program.
-enum ExitCode : int { Done = 0, Failed = 1, Usage = 2, NotRunning = 7 };
-
-struct Options
-{
-    bool json = false;
-};
-
-/// Runs one command with its arguments and prints what it gives.
+/// Runs one command with its arguments and prints what it gives. Returns the program's exit code.
 int runCommand(
-    ApiClient& api, const QString& command, const QStringList& arguments, const Options& options);
+    ApiClient& api, const QString& name, const QStringList& arguments, const Options& options);
 
 /// The commands with their arguments, a line each.
 QString commandHelp();

@@ -94,11 +94,15 @@ QString statusText(const QVariantHash& player)
         static_cast<TavuPlayLogicState::Enum>(player.value(QStringLiteral("state")).toInt());
     QString text = TavuPlayLogicState::toString(state);
     if (state != TavuPlayLogicState::Idle) {
-        text += QStringLiteral("  %1 / %2\n%3 - %4")
+        text += QStringLiteral("  %1 / %2")
                     .arg(clockTime(player.value(QStringLiteral("position")).toLongLong()),
-                        clockTime(player.value(QStringLiteral("duration")).toLongLong()),
-                        player.value(QStringLiteral("title")).toString(),
-                        player.value(QStringLiteral("artist")).toString());
+                        clockTime(player.value(QStringLiteral("duration")).toLongLong()));
+        // While the first track is fetched neither is known.
+        QStringList names{ player.value(QStringLiteral("title")).toString(),
+            player.value(QStringLiteral("artist")).toString() };
+        names.removeAll(QString());
+        if (!names.isEmpty())
+            text += QLatin1Char('\n') + names.join(QLatin1String(" - "));
     }
     const auto mode =
         static_cast<TavuPlayerPlayMode::Enum>(player.value(QStringLiteral("mode")).toInt());

@@ -23,6 +23,12 @@ CMError noService()
         "The service is not loaded yet. Please wait, or see the log.")));
 }
 
+CMError noLogin()
+{
+    return CMError(TrString(
+        TrCharData(trExtractContext("player"), "Nobody is signed in. Please sign in first.")));
+}
+
 template <class T>
 CMReply<T> failedReply(const CMError& error)
 {
@@ -100,6 +106,11 @@ CMReply<QVariant> Player::setData(const CMPath& path, const QVariant& value)
 CMReply<QVariant> Player::activateRow(const QVariantHash& row, const QVariant& value)
 {
     const TavuRoles roles(row);
+    if (roles.path().isEmpty())
+        return refused(CMError(TrString(TrCharData(trExtractContext("player"),
+                                            "\"%1\" is nothing that can be pressed."),
+                           { roles.title() })),
+            QStringLiteral("activate"));
     const QVariant given = value.isValid() ? value : QVariant(row);
     return observed(setData(roles.path(), given), QStringLiteral("activate"));
 }
@@ -118,9 +129,9 @@ CMReply<QVariant> Player::search(const QString& text, const QString& path)
     const CMReply<QVariant> found = rows(container.toEncoded(), 0, 0);
     cmchain::whenSucceeded(found, result, m_context, [this, result, text](const QVariant& screen) {
         const QVariantList list = screen.toHash().value(QStringLiteral("rows")).toList();
-        if (list.isEmpty())
-            return result.setError(noService());
-        const CMPath query = TavuRoles(list.first().toHash()).path();
+        const CMPath query = TavuRoles(list.value(0).toHash()).path();
+        if (query.isEmpty())
+            return result.setError(m_loggedIn || !m_service.needsLogin() ? noService() : noLogin());
         cmchain::forward(setData(query, TavuValue::fromString(text).__variant()), result);
     });
     return result;

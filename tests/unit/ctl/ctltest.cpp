@@ -1,5 +1,6 @@
 #include "controlserver.h"
 #include "fakeplayer.h"
+#include "httpserver.h"
 #include "printers.h"
 #include "tavujson.h"
 #include "watchdog.h"
@@ -43,7 +44,16 @@ public:
         return reply;
     }
 
+    /// One after the other, the last for good; none: as the fake player does it.
+    QVariantHash login() const override
+    {
+        return logins.isEmpty()  ? FakePlayer::login()
+            : logins.size() == 1 ? logins.first()
+                                 : logins.takeFirst();
+    }
+
     QHash<QString, QVariantList> pages;
+    mutable QList<QVariantHash> logins;
     std::function<void()> whenPlaying;
 };
 
@@ -53,6 +63,7 @@ protected:
     Ctl()
     {
         player.answerWith(QVariant());
+        player.m_login = hash(R"({"state": "loggedIn", "message": ""})");
         player.m_player = hash(R"({"state": 0, "error": null})");
         player.pages[QString()] = { hash(R"({"title": "Song", "type": 3, "path": "/song"})") };
         player.pages[text("/refused")] = {
@@ -69,13 +80,25 @@ protected:
     /// Runs the program to its end; returns its exit code.
     int run(const QStringList& arguments)
     {
-        QProcess program;
-        program.start(text(TAVU_CTL),
+        return start(
             QStringList{ text("--url"), text("http://127.0.0.1:%1").arg(port) } + arguments);
+    }
+
+    int start(const QStringList& arguments)
+    {
+        QProcess program;
+        program.start(text(TAVU_CTL), arguments);
         EXPECT_TRUE(waitUntil([&] { return program.state() == QProcess::NotRunning; }));
         out = QString::fromUtf8(program.readAllStandardOutput()).trimmed();
         err = QString::fromUtf8(program.readAllStandardError()).trimmed();
         return program.exitCode();
+    }
+
+    /// The one line of JSON on standard output.
+    QVariant json() const
+    {
+        EXPECT_FALSE(out.contains(QLatin1Char('\n'))) << out.toStdString();
+        return TavuJson::parse(out.toUtf8());
     }
 
     QVariantHash refusedMessage()
@@ -115,7 +138,10 @@ TEST_F(Ctl, PressesAButtonOfTheLatestMessageThatHasAny)
     EXPECT_EQ(run({ text("press"), text("see"), text("plans") }), 0);
     EXPECT_EQ(out, text("https://plans.example/"));
     EXPECT_EQ(run({ text("press"), text("3") }), 1);
-    EXPECT_EQ(err, text("tavu-ctl: There is no button \"3\"."));
+    EXPECT_EQ(err, text("tavu-ctl: There is no button \"3\". See \"tavu-ctl messages\"."));
+    player.m_messages.clear();
+    EXPECT_EQ(run({ text("press"), text("1") }), 1);
+    EXPECT_EQ(err, text("tavu-ctl: No message has a button."));
 }
 
 TEST_F(Ctl, PlayEndsWellOnceItSounds)
@@ -172,6 +198,176 @@ TEST_F(Ctl, StatusTellsARating)
     player.m_player = hash(R"({"state": 2, "title": "Song", "rating": "up", "error": null})");
     EXPECT_EQ(run({ text("status") }), 0);
     EXPECT_TRUE(out.contains(text("rated up"))) << out.toStdString();
+}
+
+TEST_F(Ctl, StatusOfATrackWithoutNamesHasNoEmptyLine)
+{
+    player.m_player = hash(R"({"state": 1, "title": "", "artist": "", "error": null})");
+    EXPECT_EQ(run({ text("status") }), 0);
+    EXPECT_FALSE(out.contains(text(" - "))) << out.toStdString();
+    EXPECT_EQ(out.count(QLatin1Char('\n')), 1) << out.toStdString();
+    player.m_player = hash(R"({"state": 2, "title": "Song", "artist": "", "error": null})");
+    EXPECT_EQ(run({ text("status") }), 0);
+    EXPECT_TRUE(out.contains(text("\nSong\n"))) << out.toStdString();
+    player.m_player = hash(R"({"state": 2, "title": "Song", "artist": "Band", "error": null})");
+    EXPECT_EQ(run({ text("status") }), 0);
+    EXPECT_TRUE(out.contains(text("\nSong - Band\n"))) << out.toStdString();
+}
+
+TEST_F(Ctl, StatusTellsOfTroubleWithTheLogin)
+{
+    player.m_login = hash(R"({"state": "loggedIn", "message": "It could not be renewed."})");
+    EXPECT_EQ(run({ text("status") }), 0);
+    EXPECT_TRUE(out.endsWith(text("\nIt could not be renewed."))) << out.toStdString();
+    player.m_login = hash(R"({"state": "loggedOut", "message": ""})");
+    EXPECT_EQ(run({ text("status") }), 0);
+    EXPECT_TRUE(out.endsWith(text("Nobody is signed in. Run \"tavu-ctl login\".")));
+}
+
+TEST_F(Ctl, WithoutALoginNothingOfTheServiceIsThere)
+{
+    player.m_login = hash(R"({"state": "loggedOut", "message": ""})");
+    for (const char* command : { "ls", "search", "play", "open" }) {
+        const QStringList arguments{ text(command), text("Song") };
+        EXPECT_EQ(run(arguments), 6) << command;
+        EXPECT_EQ(err, text("tavu-ctl: Nobody is signed in. Run \"tavu-ctl login\"."));
+        EXPECT_EQ(out, QString());
+        EXPECT_EQ(run(arguments + QStringList{ text("--json") }), 6) << command;
+        EXPECT_EQ(json().toHash().value(text("title")),
+            text("Nobody is signed in. Run \"tavu-ctl login\"."));
+    }
+    EXPECT_EQ(run({ text("status") }), 0);
+}
+
+TEST_F(Ctl, RowsThatAreNotThereAreNamed)
+{
+    for (const char* command : { "ls", "play", "open" }) {
+        EXPECT_EQ(run({ text(command), text("Nowhere/1") }), 1) << command;
+        EXPECT_EQ(err, text("tavu-ctl: There is no row \"Nowhere\" at the root."));
+        EXPECT_EQ(run({ text("--json"), text(command), text("Song/7") }), 1);
+        EXPECT_EQ(json().toHash().value(text("title")), text("There is no row \"7\" in \"Song\"."));
+    }
+}
+
+TEST_F(Ctl, WrongArgumentsEndWithTwoAndAHint)
+{
+    const QList<QPair<QStringList, QString>> cases{
+        { {}, text("A command is missing. Run \"tavu-ctl --help\".") },
+        { { text("dance") }, text("There is no command \"dance\". Run \"tavu-ctl --help\".") },
+        { { text("--loud") }, text("Unknown option 'loud'. Run \"tavu-ctl --help\".") },
+        { { text("--url") }, text("Missing value after '--url'. Run \"tavu-ctl --help\".") },
+        { { text("seek"), text("-5") }, text("\"-5\" is less than 0. Run \"tavu-ctl --help\".") },
+        { { text("seek") }, text("Usage: tavu-ctl seek SECONDS") },
+        { { text("seek"), text("1"), text("2") }, text("Usage: tavu-ctl seek SECONDS") },
+        { { text("pause"), text("now") }, text("Usage: tavu-ctl pause") },
+        { { text("search"), text(" ") }, text("Usage: tavu-ctl search TEXT") },
+        { { text("play"), QString() }, text("Usage: tavu-ctl play ROW/ROW/...") },
+        { { text("seek"), text("soon") },
+            text("\"soon\" is not a number that \"position\" takes.") },
+        { { text("seek"), text("nan") }, text("\"nan\" is not a number that \"position\" takes.") },
+        { { text("volume"), text("1e300") },
+            text("\"1e300\" is not a number that \"volume\" takes.") },
+    };
+    for (const auto& [arguments, message] : cases) {
+        EXPECT_EQ(run(arguments), 2) << arguments.join(QLatin1Char(' ')).toStdString();
+        EXPECT_EQ(err, text("tavu-ctl: ") + message);
+        EXPECT_EQ(out, QString());
+        if (arguments.isEmpty() || arguments.first() == text("--url"))
+            continue;
+        EXPECT_EQ(run(QStringList{ text("--json") } + arguments), 2);
+        EXPECT_EQ(json().toHash().value(text("title")).toString(), message);
+    }
+    EXPECT_TRUE(player.calls.isEmpty());
+}
+
+TEST_F(Ctl, BoundsAreThePlayersAndToldInItsWords)
+{
+    EXPECT_EQ(run({ text("volume"), text("101") }), 1);
+    EXPECT_EQ(err, text("tavu-ctl: \"volume\" is a number, 0 to 100; \"mute\" is true or false."));
+    EXPECT_EQ(run({ text("mode"), text("6") }), 1);
+    EXPECT_EQ(err, text("tavu-ctl: \"mode\" is a number, 0 to 5."));
+}
+
+TEST_F(Ctl, EveryCommandAnswersInOneLineOfJson)
+{
+    player.whenPlaying = [this] { player.m_player = hash(R"({"state": 2, "error": null})"); };
+    player.m_messages = { refusedMessage() };
+    const QList<QStringList> commands{ { text("login") }, { text("logout") }, { text("ls") },
+        { text("search"), text("Song") }, { text("play"), text("Song") },
+        { text("open"), text("Song") }, { text("pause") }, { text("resume") }, { text("next") },
+        { text("prev") }, { text("stop") }, { text("seek"), text("1") },
+        { text("volume"), text("30") }, { text("mode"), text("1") }, { text("like") },
+        { text("dislike") }, { text("status") }, { text("messages") }, { text("press"), text("1") },
+        { text("press"), text("2") } };
+    for (const QStringList& command : commands) {
+        EXPECT_EQ(run(command + QStringList{ text("--json") }), 0)
+            << command.first().toStdString() << ' ' << err.toStdString();
+        const QVariant::Type type = json().type();
+        EXPECT_TRUE(type == QVariant::Hash || type == QVariant::List)
+            << command.first().toStdString() << ": " << out.toStdString();
+        EXPECT_EQ(err, QString());
+    }
+}
+
+TEST_F(Ctl, FailuresAreProblemDetailsInJson)
+{
+    player.failWith(CMError(hash(R"({"name": "error", "title": "Error", "message": "No next"})")));
+    EXPECT_EQ(run({ text("next"), text("--json") }), 1);
+    EXPECT_EQ(err, text("tavu-ctl: No next"));
+    const QVariantHash problem = json().toHash();
+    EXPECT_EQ(problem.value(text("status")).toInt(), 409);
+    EXPECT_EQ(problem.value(text("detail")).toString(), text("No next"));
+}
+
+TEST_F(Ctl, LoginShowsEachStepToPrograms)
+{
+    const QVariantHash waiting = hash(R"({"state": "waiting", "userCode": "ABCD", "expiresIn": 9,
+        "verificationUri": "http://a.example/"})");
+    player.logins = { waiting, waiting, waiting, player.m_login };
+    EXPECT_EQ(run({ text("login"), text("--json") }), 0);
+    const QStringList lines = out.split(QLatin1Char('\n'));
+    ASSERT_EQ(lines.size(), 2) << out.toStdString();
+    EXPECT_EQ(
+        TavuJson::parse(lines.first().toUtf8()).toHash().value(text("userCode")), text("ABCD"));
+    EXPECT_EQ(
+        TavuJson::parse(lines.last().toUtf8()).toHash().value(text("state")), text("loggedIn"));
+}
+
+TEST_F(Ctl, HelpTellsTheExitCodes)
+{
+    EXPECT_EQ(run({ text("--help") }), 0);
+    for (const char* line : { "0  done", "1  it failed", "2  wrong arguments", "4  the player asks",
+             "6  nobody is signed in", "7  no player answers" })
+        EXPECT_TRUE(out.contains(text(line))) << line;
+}
+
+TEST_F(Ctl, AddressesThatAreNoneAreRefused)
+{
+    for (const char* address :
+        { "", "foo", "http://", "ftp://x", "127.0.0.1:6680", "http://a b/" }) {
+        EXPECT_EQ(start({ text("--url"), text(address), text("status") }), 2) << address;
+        EXPECT_EQ(err,
+            text("tavu-ctl: The player's address must be one such as http://127.0.0.1:6680, not "
+                 "\"%1\". See --url.")
+                .arg(text(address)));
+    }
+}
+
+TEST_F(Ctl, ADifferentServerIsNoPlayer)
+{
+    http::Server other;
+    other.setHandler([](const http::Request& request, const http::Responder& responder) {
+        const bool json = request.path == QLatin1String("/api/v1/state");
+        responder.send({ json ? 404 : 200, {}, json ? "{}" : "<html>" });
+    });
+    port = other.listen(QHostAddress::LocalHost, 0);
+    EXPECT_EQ(run({ text("status") }), 1);
+    EXPECT_EQ(err,
+        text("tavu-ctl: What answers at http://127.0.0.1:%1 is no player (code 404). Name the "
+             "player's address with --url.")
+            .arg(port));
+    EXPECT_EQ(run({ text("messages") }), 1);
+    EXPECT_TRUE(err.contains(text("is no player (code 200)"))) << err.toStdString();
 }
 
 TEST_F(Ctl, WithoutAPlayerEndsWithACodeOfItsOwn)
@@ -291,5 +487,48 @@ TEST_F(Ctl, StatusTellsWhatPlaysAndHow)
         text("Song"));
     player.m_login = hash(R"({"state": "waiting"})");
     EXPECT_EQ(run({ text("status") }), 0);
-    EXPECT_TRUE(out.endsWith(text("Not signed in. Run \"tavu-ctl login\"."))) << out.toStdString();
+    EXPECT_TRUE(out.endsWith(text("Nobody is signed in. Run \"tavu-ctl login\".")))
+        << out.toStdString();
+}
+
+namespace {
+
+/// A player that asks for a token, as one does that others can reach. Behind a server that passes
+/// all to it, so that the program's own address, which needs none, is not seen.
+class CtlWithToken : public Ctl
+{
+protected:
+    CtlWithToken()
+    {
+        guarded.setHandler([](const http::Request& request, const http::Responder& responder) {
+            const bool good = request.headers.value("Authorization") == "Bearer open-sesame-please";
+            responder.send(good
+                    ? http::Response{ 200, {}, R"({"player": {"state": 0, "error": null},
+                                                   "login": {"state": "loggedIn"}})" }
+                    : http::Response{
+                        401, {}, R"({"title": "Unauthorized", "detail": "A code"})" });
+        });
+        port = guarded.listen(QHostAddress::LocalHost, 0);
+    }
+
+    http::Server guarded;
+};
+
+} // namespace
+
+TEST_F(CtlWithToken, AsksForTheTokenAndTellsAWrongOne)
+{
+    EXPECT_EQ(run({ text("status") }), 4);
+    EXPECT_EQ(err,
+        text("tavu-ctl: This player asks for its token, which it prints when it starts. Give it "
+             "with --token or TAVU_TOKEN."));
+    EXPECT_EQ(run({ text("--token"), text("wrong"), text("status") }), 4);
+    EXPECT_TRUE(err.startsWith(text("tavu-ctl: The token is not this player's.")));
+    EXPECT_EQ(run({ text("--token"), text("open-sesame-please"), text("status") }), 0);
+}
+
+TEST_F(CtlWithToken, TakesTheAddressAsThePlayerPrintsIt)
+{
+    const QString printed = text("http://127.0.0.1:%1/?token=open-sesame-please").arg(port);
+    EXPECT_EQ(start({ text("--url"), printed, text("status") }), 0) << err.toStdString();
 }
