@@ -24,12 +24,12 @@ ExitCode exitCodeOf(const Answer& answer)
 QString exitCodeHelp()
 {
     return QStringLiteral("Exit codes:\n"
-                          "  0  done\n"
-                          "  1  it failed; standard error tells why\n"
-                          "  2  wrong arguments\n"
-                          "  4  the player asks for a token, and this is not it\n"
-                          "  6  nobody is signed in\n"
-                          "  7  no player answers\n"
+                          "  0: done\n"
+                          "  1: it failed; standard error tells why\n"
+                          "  2: wrong arguments\n"
+                          "  4: the player asks for a token, and this is not it\n"
+                          "  6: nobody is signed in\n"
+                          "  7: no player answers\n"
                           "\n"
                           "With --json, standard output is one line of JSON: what the player "
                           "answered, or problem\ndetails (title, detail, status) when the exit "

@@ -31,7 +31,10 @@ test('a pause survives kill -9: track, position, mode, volume', async () => {
   await house.command('volume', { volume: 33, mute: true });
   await house.command('pause');
   const paused = await house.waitForState(State.paused);
-  await house.until(() => existsSync(file()) && written().position === paused.position, 'the file');
+  // All of it: the position alone may stand in the file since the seek.
+  const isWhole = ({ position, volume, muted, playMode }) =>
+    position === paused.position && volume === 33 && muted && playMode === 4;
+  await house.until(() => existsSync(file()) && isWhole(written()), 'the file');
 
   await killAndStart();
   const back = await house.now();

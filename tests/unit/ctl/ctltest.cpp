@@ -336,8 +336,8 @@ TEST_F(Ctl, LoginShowsEachStepToPrograms)
 TEST_F(Ctl, HelpTellsTheExitCodes)
 {
     EXPECT_EQ(run({ text("--help") }), 0);
-    for (const char* line : { "0  done", "1  it failed", "2  wrong arguments", "4  the player asks",
-             "6  nobody is signed in", "7  no player answers" })
+    for (const char* line : { "0: done", "1: it failed", "2: wrong arguments", "4: the player asks",
+             "6: nobody is signed in", "7: no player answers" })
         EXPECT_TRUE(out.contains(text(line))) << line;
 }
 
