@@ -107,3 +107,20 @@ function(tavu_test name)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
 endfunction()
+
+# tavu_npm(<stamp>): installs what the folder's package-lock.json names. <stamp> becomes a file to
+# depend on.
+function(tavu_npm stamp)
+  find_program(TAVU_NPM npm REQUIRED)
+  set(file ${CMAKE_CURRENT_SOURCE_DIR}/node_modules/.package-lock.json)
+  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  add_custom_command(
+    OUTPUT ${file}
+    COMMAND ${TAVU_NPM} ci --no-audit --no-fund --loglevel=error
+    COMMAND ${CMAKE_COMMAND} -E touch ${file}
+    DEPENDS package.json package-lock.json
+    WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}
+    COMMENT "Installing the libraries of ${folder} from npm"
+    VERBATIM)
+  set(${stamp} ${file} PARENT_SCOPE)
+endfunction()

@@ -1,17 +1,10 @@
 #include "cmabstractworker.h"
 
+#include "cmdispatch.h"
+
 void CMAbstractWorker::request(const CMRequest& request)
 {
-    switch (request.type()) {
-    case CMRequestType::GetRows:
-        return getRowsRequest(CMGetRowsRequest(request));
-    case CMRequestType::SetData:
-        return setDataRequest(CMSetDataRequest(request));
-    case CMRequestType::GetData:
-        return getDataRequest(CMGetDataRequest(request));
-    case CMRequestType::MatchRow:
-        return matchRowRequest(CMMatchRowRequest(request));
-    }
+    cmDispatch(request, this);
 }
 
 void CMAbstractWorker::connectValueChange(

@@ -1,5 +1,6 @@
 #include "cmnode.h"
 
+#include "cmdispatch.h"
 #include "cmnodes.h"
 
 CMNode::CMNode(const CMPath& path)
@@ -29,16 +30,7 @@ void CMNode::deleteLater()
 
 void CMNode::request(const CMRequest& request)
 {
-    switch (request.type()) {
-    case CMRequestType::GetRows:
-        return getRowsRequest(CMGetRowsRequest(request));
-    case CMRequestType::SetData:
-        return setDataRequest(CMSetDataRequest(request));
-    case CMRequestType::GetData:
-        return getDataRequest(CMGetDataRequest(request));
-    case CMRequestType::MatchRow:
-        return matchRowRequest(CMMatchRowRequest(request));
-    }
+    cmDispatch(request, this);
 }
 
 void CMNode::getDataRequest(const CMGetDataRequest& request)
