@@ -144,19 +144,19 @@ CMReply<QVariant> Player::play(const QVariantHash& row)
     return playRow(row);
 }
 
-CMReply<QVariant> Player::playRow(const TavuRoles& roles)
+CMReply<QVariant> Player::playRow(const TavuRoles& row)
 {
     PlayLogicInterface* logic =
-        PlayLogicInterface::instance(roles.mediaData().metaData().playLogicPath());
+        PlayLogicInterface::instance(row.mediaData().metaData().playLogicPath());
     if (!logic)
         return refused(CMError(TrString(TrCharData(trExtractContext("player"),
                                             "\"%1\" is nothing that can be played."),
-                           { roles.title() })),
+                           { row.title() })),
             QStringLiteral("play"));
     m_error.clear();
     TavuPlayLogicPlayArgs args;
-    args.setMediaRoles(mediaRolesFor(roles));
-    args.setTrackRoles(roles);
+    args.setMediaRoles(mediaRolesFor(row));
+    args.setTrackRoles(row);
     return observed(withDeadline(logic->play(args)), QStringLiteral("play"));
 }
 

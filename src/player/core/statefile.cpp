@@ -11,7 +11,7 @@ namespace player {
 namespace {
 
 constexpr int stateVersion = 1;
-constexpr qint64 longestFile = 256 * 1024;
+constexpr qint64 longestFile = qint64{ 256 } * 1024;
 
 QString trackUrl()
 {
