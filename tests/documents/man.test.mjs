@@ -44,6 +44,13 @@ for (const [name, program] of Object.entries(programs)) {
   });
 }
 
+test('tavu-ctl: the exit codes are those of --help', () => {
+  const offered = [...run(programs['tavu-ctl'], '--help').out.matchAll(/^ {2}(\d): /gm)];
+  const described = [...read('docs/man/tavu-ctl.1').matchAll(/^\.TP\n\.B (\d)$/gm)];
+  assert.ok(offered.length > 4);
+  assert.deepEqual(described.map((match) => match[1]), offered.map((match) => match[1]));
+});
+
 test('tavu-ctl: each command of --help has its paragraph, and each paragraph its command', () => {
   const help = run(programs['tavu-ctl'], '--help').out;
   const offered = help.slice(help.indexOf('Commands:'), help.indexOf('Options:'))
