@@ -139,6 +139,7 @@ CMReply<QVariant> Player::search(const QString& text, const QString& path)
 
 CMReply<QVariant> Player::play(const QVariantHash& row)
 {
+    giveUpResume();
     if (m_startAt)
         m_startAt(CMPath(), 0);
     return playRow(row);
@@ -186,10 +187,13 @@ CMReply<QVariant> Player::transport(Command command)
     case Command::Resume:
         return pauseOrResume();
     case Command::Next:
+        giveUpResume();
         return logic->next();
     case Command::Previous:
+        giveUpResume();
         return logic->previous();
     case Command::Stop:
+        giveUpResume();
         forgetRestored();
         return logic->stop(TavuPlayLogicStopReason::User);
     case Command::Like:
@@ -204,17 +208,38 @@ CMReply<QVariant> Player::pauseOrResume()
 {
     if (waitsRestored())
         return playRestored();
-    if (m_data.state() != TavuPlayLogicState::Paused || !m_beforeResume)
+    if (m_data.state() != TavuPlayLogicState::Paused)
         return playLogic()->pause();
-    auto reply = CMReply<QVariant>::create();
+    // Who is impatient and asks twice asks for the same.
+    const bool underWay = !!m_resume.data() && !m_resume.isFinished();
+    return underWay ? m_resume : resume();
+}
+
+/// A play logic need not answer a resume that it gives up; what it tells of playback ends it then.
+CMReply<QVariant> Player::resume()
+{
+    const auto reply = CMReply<QVariant>::create();
+    m_resume = reply;
     // When the renewal fails the play logic is asked all the same: it judges the track by itself.
-    m_beforeResume([this, reply](const CMError&) {
+    const auto goOn = [this, reply](const CMError&) {
+        if (reply.isFinished())
+            return; // By now a pause would be of something else.
         if (PlayLogicInterface* logic = playLogic())
             cmchain::forward(logic->pause(), reply);
         else
             reply.setError(noService());
-    });
+    };
+    if (m_beforeResume)
+        m_beforeResume(goOn);
+    else
+        goOn(CMError());
     return reply;
+}
+
+void Player::giveUpResume()
+{
+    if (m_resume.data())
+        m_resume.cancel();
 }
 
 CMReply<QVariant> Player::seek(qint64 positionMs)

@@ -88,6 +88,8 @@ private:
     CMReply<QVariant> refused(const CMError& error, const QString& source);
     CMReply<QVariant> transport(Command command);
     CMReply<QVariant> pauseOrResume();
+    CMReply<QVariant> resume();
+    void giveUpResume();
     CMReply<QVariant> rate(const CMReply<QVariant>& reply, Rating rating);
     CMReply<QVariant> playRestored();
     bool isRestored() const { return !m_restored.isEmpty(); }
@@ -114,6 +116,7 @@ private:
     AudioControl* m_audio;
     Service m_service;
     BeforeResume m_beforeResume;
+    CMReply<QVariant> m_resume; // The last one; without data before the first.
     StartAt m_startAt;
     MessageLog m_messages;
     SkippedTracks m_skipped;

@@ -66,8 +66,11 @@ void Player::setPlayData(const TavuPlayLogicData& data)
         m_position = 0;
         m_positionAt = QDateTime::currentMSecsSinceEpoch();
     }
-    if (data.state() == TavuPlayLogicState::Playing)
+    if (data.state() == TavuPlayLogicState::Playing) {
         m_error.clear();
+        if (m_resume.data())
+            m_resume.setValue(QVariant());
+    }
     Q_EMIT playerChanged();
 }
 
@@ -82,6 +85,8 @@ void Player::fail(const CMError& error)
 {
     m_error = error;
     showError(error, QStringLiteral("player"));
+    if (m_resume.data())
+        m_resume.setError(error);
     Q_EMIT playerChanged();
 }
 

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDateTime>
 #include <QDirIterator>
 #include <QFile>
 
@@ -110,6 +111,69 @@ TEST_F(Play, pauses_and_goes_on_and_tells_the_service_of_both)
     EXPECT_EQ(house.reportsWithoutPositions(),
         QStringList({ QStringLiteral("START CONTAINER_SELECTED"), QStringLiteral("STOP PAUSE"),
             QStringLiteral("START UNPAUSE"), QStringLiteral("STOP STOP") }));
+}
+
+TEST_F(Play, goes_on_once_for_two_wishes_to_go_on)
+{
+    startInRealTime();
+    house.play(QStringLiteral("Albums/Night Trains"));
+    ASSERT_TRUE(house.waitForState(playing));
+    house.command(Command::TogglePause);
+    ASSERT_TRUE(house.waitForState(paused));
+    house.fault("kind=report effect=none delay=300");
+    const auto first = house.player().command(Command::TogglePause);
+    const auto second = house.player().command(Command::TogglePause);
+    valueOf(first);
+    valueOf(second);
+    ASSERT_TRUE(house.waitForState(playing));
+    EXPECT_EQ(house.reportsWithoutPositions().count(QStringLiteral("START UNPAUSE")), 1);
+    EXPECT_EQ(house.messageTexts(), QStringList());
+}
+
+TEST_F(Play, a_resume_that_the_service_refuses_is_told_at_once_and_once)
+{
+    startInRealTime();
+    house.play(QStringLiteral("Albums/Night Trains"));
+    ASSERT_TRUE(house.waitForState(playing));
+    house.command(Command::TogglePause);
+    ASSERT_TRUE(house.waitForState(paused));
+    house.fault("kind=report effect=conflict brief=Elsewhere explanation=x label=Close "
+                "action=close");
+    EXPECT_EQ(errorOf(house.player().command(Command::Resume)),
+        QStringLiteral("Reporting failed: Elsewhere"));
+    ASSERT_TRUE(house.waitForState(idle));
+    ASSERT_TRUE(waitUntil([&] { return !house.messageTexts().isEmpty(); }));
+    settle();
+    EXPECT_EQ(house.messageTexts(), QStringList{ QStringLiteral("Elsewhere: x") });
+}
+
+TEST_F(Play, a_resume_that_comes_after_another_play_does_not_pause_that)
+{
+    startInRealTime();
+    house.fault("kind=chunk effect=expire in=1500 times=1");
+    house.play(QStringLiteral("Albums/Night Trains"));
+    ASSERT_TRUE(house.waitForState(playing));
+    house.command(Command::TogglePause);
+    ASSERT_TRUE(house.waitForState(paused));
+    const qint64 expired = QDateTime::currentMSecsSinceEpoch() + 1600;
+    ASSERT_TRUE(waitUntil([&] { return QDateTime::currentMSecsSinceEpoch() > expired; }));
+    const QVariantHash other = house.row(QStringLiteral("Albums/Small Rooms"));
+    house.fault("kind=instance effect=none delay=1500");
+    const auto resumed = house.player().command(Command::Resume);
+    valueOf(house.player().play(other));
+    ASSERT_TRUE(house.waitForState(playing));
+    errorOf(resumed);
+    emulator::Ledger::Filter instances;
+    instances.kinds = QStringList{ QStringLiteral("instance") };
+    ASSERT_TRUE(waitUntil([&] {
+        const auto asked = house.service().ledger().entries(instances);
+        return !asked.empty() && asked.front().status != 0;
+    }));
+    house.row(QStringLiteral("Albums/Night Trains")); // Comes behind that answer.
+    settle();
+    EXPECT_EQ(house.state(), playing);
+    EXPECT_FALSE(house.reportsWithoutPositions().contains(QStringLiteral("START UNPAUSE")));
+    EXPECT_EQ(house.reportsWithoutPositions().count(QStringLiteral("STOP PAUSE")), 1);
 }
 
 TEST_F(Play, goes_to_the_next_track_and_back)
