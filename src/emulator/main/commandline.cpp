@@ -236,7 +236,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
     if (parser.isSet(help))
         return saying(parser.helpText(), 0);
     if (parser.isSet(version))
-        return saying(text("amazon-music-emulator 0.1.0"), 0);
+        return saying(text("amazon-music-emulator " TAVU_VERSION), 0);
     CommandLine line;
     Settings settings;
     Reader reader(parser);
