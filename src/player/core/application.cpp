@@ -20,6 +20,7 @@
 #include "tavupaths.h"
 #include "webpage.h"
 
+#include <QFile>
 #include <QHostAddress>
 
 namespace player {
@@ -58,6 +59,11 @@ private:
         new CMValueItem(this, path, this, SLOT(on_token_changed(TavuValue)), Qt::AutoConnection);
     }
 };
+
+QString lockFile(const QString& stateFolder)
+{
+    return stateFolder + QLatin1String("/lock");
+}
 
 /// The name of a plug-in's worker is all that a plug-in without sign-in tells of itself.
 Service serviceOf(const CMAbstractWorker* worker, const OAuth2Service& oauth2)
@@ -111,7 +117,7 @@ Application::Application(const Settings& settings, const QString& stateFolder,
     , m_settings(settings)
     , m_stateFolder(stateFolder)
     , m_pluginFile(pluginFile)
-    , m_lock(stateFolder + QLatin1String("/lock"))
+    , m_lock(lockFile(stateFolder))
 {
 }
 
@@ -138,6 +144,8 @@ void Application::giveUp(ExitCode code, const QString& message)
 bool Application::lockState()
 {
     m_lock.setStaleLockTime(0);
+    // An orderly end takes the lock away.
+    m_endedUnexpectedly = QFile::exists(lockFile(m_stateFolder));
     if (m_lock.tryLock())
         return true;
     if (m_lock.error() == QLockFile::LockFailedError)
@@ -169,6 +177,12 @@ void Application::makeParts()
     m_parts->keeper = std::make_unique<StateKeeper>(&m_parts->player,
         m_stateFolder + QLatin1String("/state.json"), m_settings.text("service.base-url"));
     m_parts->keeper->restore();
+    if (m_endedUnexpectedly)
+        m_parts->player.addMessage(QStringLiteral("info"),
+            QStringLiteral("The player ended unexpectedly"),
+            QStringLiteral("It has been started again. If it ends whenever something certain is "
+                           "played, please choose something else."),
+            QStringLiteral("player"));
     connect(&m_parts->gstreamer, &GstStreamer::outputLost, this, [this](const CMError& lost) {
         m_parts->player.addMessage(
             QStringLiteral("error"), lost.title(), lost.message(), QStringLiteral("output"));

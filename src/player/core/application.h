@@ -62,6 +62,7 @@ private:
     QString m_stateFolder;
     QString m_pluginFile;
     QLockFile m_lock;
+    bool m_endedUnexpectedly = false;
     QString m_token;
     quint16 m_port = 0;
     std::unique_ptr<Parts> m_parts;

@@ -11,6 +11,8 @@ namespace {
 
 constexpr qint64 longestLeadMs = 60000;
 constexpr qint64 saveAgainMs = 30000;
+// So late a request may be refused that was sent before a renewal.
+constexpr qint64 stragglersMs = 2000;
 
 QString stateOf(int stage)
 {
@@ -120,6 +122,8 @@ void OAuth2Account::renewed(const TokenAnswer& token)
     if (!token.refreshToken.isEmpty())
         m_refreshToken = token.refreshToken;
     m_renewal->setRefreshToken(m_refreshToken);
+    m_renewedToken = token.accessToken;
+    m_renewedMs = m_clock.monotonicMs();
     takeTokens(token);
     setStage(Stage::LoggedIn, m_saveProblem);
     finishWaiting(QString());
@@ -168,6 +172,7 @@ void OAuth2Account::expired()
 {
     if (m_refreshToken.isEmpty())
         return endLogin(QStringLiteral("The login has expired. Sign in again."));
+    m_renewedToken.clear();
     publishAccessToken(QString());
 }
 
@@ -179,10 +184,19 @@ void OAuth2Account::refreshToken(const CMReply<QVariant>& reply)
         reply.setError(CMError(TrString(QStringLiteral("The login has expired. Sign in again."))));
         return endLogin(QStringLiteral("The login has expired. Sign in again."));
     }
+    if (wasJustRenewed()) {
+        publishAccessToken(m_renewedToken);
+        return reply.setValue(QVariant());
+    }
     if (!m_renewal->renew())
         return reply.setError(CMError(TrString(
             QStringLiteral("The login could not be renewed a moment ago; it is tried again."))));
     m_waiting.push_back(reply);
+}
+
+bool OAuth2Account::wasJustRenewed() const
+{
+    return !m_renewedToken.isEmpty() && m_clock.monotonicMs() - m_renewedMs < stragglersMs;
 }
 
 void OAuth2Account::logout()
@@ -198,6 +212,7 @@ void OAuth2Account::endLogin(const QString& message)
     m_expiry.reset();
     m_saveAgain.reset();
     m_refreshToken.clear();
+    m_renewedToken.clear();
     m_saveProblem.clear();
     QString error;
     if (!m_store.save(name(), QString(), &error))

@@ -28,7 +28,8 @@ public:
     /// the user has not entered yet.
     void startLogin(bool anew);
     /// Asks for a new access token; `reply` finishes with the outcome. Requests that come meanwhile
-    /// share it.
+    /// share it. Whoever asks right after a renewal was refused with the token before it, and is
+    /// given the new one.
     void refreshToken(const CMReply<QVariant>& reply);
     /// Forgets the tokens.
     void logout();
@@ -43,6 +44,7 @@ private:
     void renewed(const TokenAnswer& token);
     void takeTokens(const TokenAnswer& token);
     void saveRefreshToken();
+    bool wasJustRenewed() const;
     void watchExpiry(qint64 lifetimeMs);
     void expired();
     void endLogin(const QString& message);
@@ -63,6 +65,8 @@ private:
     DeviceAnswer m_code;
     qint64 m_codeEndsWallMs = 0;
     QString m_refreshToken;
+    QString m_renewedToken; // The access token, unless it came with the login.
+    qint64 m_renewedMs = 0; // Monotonic.
     QString m_saveProblem; // Empty when the token is on the disk.
     std::vector<CMReply<QVariant>> m_waiting; // For the outcome of a renewal.
     std::unique_ptr<DeviceLogin> m_login;

@@ -46,6 +46,7 @@ TEST_F(TokenRenewal, RotatedTokenIsOnTheDiskBeforeItIsUsed)
     expectValue(refresh());
     EXPECT_TRUE(atPublication.contains("refresh-2"));
     EXPECT_TRUE(saved(text(".bak")).contains("refresh-1"));
+    advance(2000);
     expectValue(refresh());
     EXPECT_EQ(shownRefreshToken(), text("refresh-2"));
 }
@@ -55,6 +56,7 @@ TEST_F(TokenRenewal, TokenThatIsNotRotatedStays)
     signIn("access-1", "refresh-1");
     server.token = Server::json(200, { { text("access_token"), text("access-2") } });
     expectValue(refresh());
+    advance(2000);
     expectValue(refresh());
     EXPECT_EQ(shownRefreshToken(), text("refresh-1"));
     EXPECT_TRUE(saved().contains("refresh-1"));
@@ -72,6 +74,22 @@ TEST_F(TokenRenewal, SeveralWishesShareOneRequest)
     expectValue(first);
     expectValue(second);
     EXPECT_EQ(server.polls(), 2);
+}
+
+TEST_F(TokenRenewal, WhoWasRefusedWithTheTokenBeforeIsGivenTheNewOne)
+{
+    signIn("access-1", "refresh-1");
+    server.token = Server::tokens("access-2", "refresh-2");
+    expectValue(refresh());
+    const int asked = server.polls();
+    published.clear();
+    advance(1999);
+    expectValue(refresh());
+    EXPECT_EQ(published, QStringList({ text("token access-2") }));
+    EXPECT_EQ(server.polls(), asked);
+    advance(1);
+    expectValue(refresh());
+    EXPECT_EQ(server.polls(), asked + 1);
 }
 
 TEST_F(TokenRenewal, HappensByItselfBeforeTheTokenExpires)
@@ -245,6 +263,7 @@ TEST_F(TokenRenewal, UnusableTokensLeaveTheOldOnesAlone)
         server.token = Server::tokens("access-1", "refresh-1");
         clock.advance(30000);
         EXPECT_TRUE(waitUntil([&] { return login().message().isEmpty(); }));
+        clock.advance(2000);
     }
 }
 
