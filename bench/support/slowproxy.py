@@ -1,21 +1,39 @@
 """Stands between two programs on one machine and adds a round trip, as a distant host would."""
 import asyncio
-import threading
+import os
+import socket
 
 
 class SlowProxy:
+    """A process of its own, so that nobody else's work delays what passes."""
+
     def __init__(self, target_port, round_trip):
         self.target_port = target_port
         self.one_way = round_trip / 2
-        self.connections = 0
-        self.loop = asyncio.new_event_loop()
-        self.server = self.loop.run_until_complete(
-            asyncio.start_server(self._serve, "127.0.0.1", 0))
-        self.port = self.server.sockets[0].getsockname()[1]
-        threading.Thread(target=self.loop.run_forever, daemon=True).start()
+        listener = socket.create_server(("127.0.0.1", 0))
+        self.port = listener.getsockname()[1]
+        goes_on, self.held = os.pipe()
+        self.pid = os.fork()
+        if self.pid == 0:
+            os.close(self.held)
+            asyncio.run(self._run(listener, goes_on))
+            os._exit(0)
+        os.close(goes_on)
+        listener.close()
+
+    def close(self):
+        os.close(self.held)
+        os.waitpid(self.pid, 0)
+
+    async def _run(self, listener, goes_on):
+        self.loop = asyncio.get_running_loop()
+        ended = self.loop.create_future()
+        self.loop.add_reader(goes_on, lambda: ended.done() or ended.set_result(None))
+        await asyncio.start_server(self._serve, sock=listener)
+        await ended
+        os._exit(0)
 
     async def _serve(self, reader, writer):
-        self.connections += 1
         # The handshake of TCP takes a round trip as well.
         await asyncio.sleep(2 * self.one_way)
         there_reader, there_writer = await asyncio.open_connection("127.0.0.1", self.target_port)

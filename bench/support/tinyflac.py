@@ -1,4 +1,7 @@
-"""FLAC files of one level from end to end: tiny, quick to make, and each told by its level."""
+"""FLAC files of one level from end to end: quick to make, and each told by its level.
+
+They are tiny, or as large as uncompressed sound.
+"""
 import pathlib
 import struct
 
@@ -43,12 +46,36 @@ def _coded_number(number):
     return bytes([0xE0 | number >> 12, 0x80 | number >> 6 & 0x3F, 0x80 | number & 0x3F])
 
 
-def _frame(number, level):
-    # 4,096 samples at 44.1 kHz, two channels of 16 bits.
-    head = bytes([0xFF, 0xF8, 0xC9, 0x18]) + _coded_number(number)
-    head += bytes([_crc8(head)])
-    body = head + 2 * (b"\0" + struct.pack(">h", level))
-    return body + struct.pack(">H", _crc16(body))
+class _Crc16Behind:
+    """The checksum of heads that stand before the same body, without going through it each time."""
+
+    def __init__(self, body):
+        self.own = _crc16(body)
+        # What is left of each bit of a head's checksum behind so many bytes.
+        self.left = []
+        for bit in range(16):
+            crc = 1 << bit
+            for _ in body:
+                crc = ((crc << 8) & 0xFFFF) ^ _CRC16[crc >> 8]
+            self.left.append(crc)
+
+    def of(self, head):
+        crc, whole = _crc16(head), self.own
+        for bit in range(16):
+            if crc >> bit & 1:
+                whole ^= self.left[bit]
+        return whole
+
+
+def _frames(count, level, large):
+    # 4,096 samples at 44.1 kHz, two channels of 16 bits; constant subframes or verbatim ones.
+    sample = struct.pack(">h", level)
+    body = 2 * (b"\x02" + BLOCK * sample if large else b"\0" + sample)
+    behind = _Crc16Behind(body)
+    for number in range(count):
+        head = bytes([0xFF, 0xF8, 0xC9, 0x18]) + _coded_number(number)
+        head += bytes([_crc8(head)])
+        yield head + body + struct.pack(">H", behind.of(head))
 
 
 def _block(kind, data, last=False):
@@ -63,16 +90,16 @@ def _comments(tags):
         text(f"{name}={value}") for name, value in tags.items())
 
 
-def flac(seconds, level, tags):
+def flac(seconds, level, tags, large=False):
     """The bytes of a file; `level` is a 16-bit sample."""
-    frames = int(seconds * RATE) // BLOCK + 1
-    format_bits = RATE << 44 | 1 << 41 | 15 << 36 | frames * BLOCK
+    count = int(seconds * RATE) // BLOCK + 1
+    format_bits = RATE << 44 | 1 << 41 | 15 << 36 | count * BLOCK
     info = struct.pack(">HH", BLOCK, BLOCK) + bytes(6) + format_bits.to_bytes(8, "big") + bytes(16)
     head = b"fLaC" + _block(0, info) + _block(4, _comments(tags), last=True)
-    return head + b"".join(_frame(number, level) for number in range(frames))
+    return head + b"".join(_frames(count, level, large))
 
 
-def make_library(folder, albums, tracks, seconds):
+def make_library(folder, albums, tracks, seconds, large=False):
     """`albums` times `tracks` files. Track n of every album has the level 100 n."""
     folder = pathlib.Path(folder)
     for album in range(1, albums + 1):
@@ -81,4 +108,4 @@ def make_library(folder, albums, tracks, seconds):
         for track in range(1, tracks + 1):
             tags = {"TITLE": f"Track {track} of {album}", "ALBUM": f"Album {album:05}",
                     "ARTIST": f"Artist {album // 10:04}", "TRACKNUMBER": track}
-            (place / f"{track:03}.flac").write_bytes(flac(seconds, 100 * track, tags))
+            (place / f"{track:03}.flac").write_bytes(flac(seconds, 100 * track, tags, large))
