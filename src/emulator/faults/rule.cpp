@@ -165,8 +165,10 @@ bool Rule::matches(const Target& target) const
 {
     const bool withQuery = path.contains(QLatin1Char('?'));
     const QString where = withQuery ? target.path + QLatin1Char('?') + target.query : target.path;
-    return (method.isEmpty() || method == target.method)
-        && (path.isEmpty() || matchesPattern(path, where))
+    // Who asks for a head only keeps a connection; it takes no fault away from who asks for more.
+    const bool meant =
+        method.isEmpty() ? target.method != QLatin1String("HEAD") : method == target.method;
+    return meant && (path.isEmpty() || matchesPattern(path, where))
         && (host.isEmpty() || matchesPattern(host, target.host))
         && (kind.isEmpty() || matchesPattern(kind, target.kind))
         && (listener.isEmpty() || (listener == QLatin1String("tls")) == target.secure);

@@ -17,7 +17,7 @@ namespace {
 log4cplus::Logger logger = log4cplus::Logger::getInstance("player.streamer");
 
 constexpr int tickMs = 250;
-constexpr int fillCheckMs = 50;
+constexpr int fillCheckMs = 10;
 // Shorter than what a sound device holds, so that it is found in time.
 constexpr int dryConfirmMs = 100;
 // Who was asked for the next item has answered by then, or never will.

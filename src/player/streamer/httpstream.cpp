@@ -19,6 +19,8 @@ log4cplus::Logger logger = log4cplus::Logger::getInstance("player.streamer.http"
 constexpr int redirectsAtMost = 5;
 // A seek forward by less is read over rather than asked for anew.
 constexpr qint64 skipAtMost = qint64{ 128 } * 1024;
+// Servers close idle connections after a minute or more.
+constexpr std::chrono::seconds spareUse{ 30 };
 
 bool isRedirect(const HttpTransfer::Head& head)
 {
@@ -182,6 +184,8 @@ void HttpStream::post(void (HttpStream::*task)())
 void HttpStream::restart()
 {
     m_transfer.reset();
+    m_spare.reset();
+    m_spareDue = {};
     {
         const Lock lock(m_mutex);
         m_transferGeneration = m_generation;
@@ -205,12 +209,28 @@ void HttpStream::begin(const QByteArray& url)
     }
     const UrlParts parts = UrlParts::of(url);
     LOG4CPLUS_DEBUG(logger, "GET " << parts.forLog() << " from byte " << offset);
-    const bool ownOrigin = parts.sameOrigin(UrlParts::of(m_request.url));
     m_bodyWanted = false;
     m_transfer.reset();
-    m_transfer = std::make_unique<HttpTransfer>(m_loop, *this, m_options, url,
-        ownOrigin ? m_request.keyHeaders : QList<QByteArray>(), offset);
+    m_transferUrl = url;
+    m_transfer = std::make_unique<HttpTransfer>(
+        m_loop, *this, m_options, HttpTransfer::Method::Get, url, headersFor(url), offset);
     watchForStall();
+}
+
+QList<QByteArray> HttpStream::headersFor(const QByteArray& url) const
+{
+    const bool ownOrigin = UrlParts::of(url).sameOrigin(UrlParts::of(m_request.url));
+    return ownOrigin ? m_request.keyHeaders : QList<QByteArray>();
+}
+
+void HttpStream::keepSpare()
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (!m_transfer || now < m_spareDue)
+        return;
+    m_spareDue = now + spareUse;
+    m_spare = std::make_unique<SpareConnection>(
+        m_loop, m_options, m_transferUrl, headersFor(m_transferUrl));
 }
 
 void HttpStream::watchForStall()
@@ -321,6 +341,7 @@ bool HttpStream::dataArrived(const char* bytes, std::size_t size)
         return true;
     if (static_cast<qint64>(m_chunks.size()) >= capacity()) {
         m_held = true;
+        post(&HttpStream::keepSpare);
         return false;
     }
     m_attempts = 0;

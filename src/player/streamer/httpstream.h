@@ -2,6 +2,7 @@
 
 #include "bytechunk.h"
 #include "httptransfer.h"
+#include "spareconnection.h"
 #include "streamfailure.h"
 #include "streamrequest.h"
 
@@ -15,6 +16,9 @@ namespace player {
 /// The bytes of one item, fetched ahead of their reader into memory. A transfer that stalls, is cut
 /// or is reset goes on where it was, over another connection, for as long as the reader does not
 /// have to wait too long. Key headers go to the origin of the item's URL only.
+///
+/// A stream that does not fit into memory occupies its connection for as long as it is played, and
+/// takes it with it when it is closed early. So it keeps a spare one to its host for the next.
 ///
 /// The reader may be any one thread; the rest may be called on any thread.
 class HttpStream : public std::enable_shared_from_this<HttpStream>, public HttpTransfer::Receiver
@@ -66,6 +70,8 @@ private:
     void watchForStall();
     void checkForStall();
     void unpause();
+    void keepSpare();
+    QList<QByteArray> headersFor(const QByteArray& url) const;
     void follow(const QByteArray& url);
     bool mayFollow(const QByteArray& url);
 
@@ -93,6 +99,9 @@ private:
 
     // The loop's thread only.
     std::unique_ptr<HttpTransfer> m_transfer;
+    QByteArray m_transferUrl;
+    std::unique_ptr<SpareConnection> m_spare;
+    std::chrono::steady_clock::time_point m_spareDue; // When it is to be used, lest it be closed.
     int m_transferGeneration = 0;
     int m_redirects = 0;
     bool m_bodyWanted = false; // Of the present answer.

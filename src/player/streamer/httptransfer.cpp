@@ -41,7 +41,7 @@ qint64 number(const QByteArray& digits)
 } // namespace
 
 HttpTransfer::HttpTransfer(TransferLoop& loop, Receiver& receiver, const HttpOptions& options,
-    const QByteArray& url, const QList<QByteArray>& headers, qint64 offset)
+    Method method, const QByteArray& url, const QList<QByteArray>& headers, qint64 offset)
     : m_loop(loop)
     , m_receiver(receiver)
     , m_handle(curl_easy_init(), &curl_easy_cleanup)
@@ -51,6 +51,7 @@ HttpTransfer::HttpTransfer(TransferLoop& loop, Receiver& receiver, const HttpOpt
     curl_easy_setopt(handle(), CURLOPT_URL, url.constData());
     curl_easy_setopt(handle(), CURLOPT_HTTPHEADER, m_headers.get());
     curl_easy_setopt(handle(), CURLOPT_CONNECT_TO, m_connectTo.get());
+    curl_easy_setopt(handle(), CURLOPT_NOBODY, method == Method::Head ? 1L : 0L);
     if (offset > 0)
         curl_easy_setopt(handle(), CURLOPT_RANGE, (QByteArray::number(offset) + '-').constData());
     setOptions(options);

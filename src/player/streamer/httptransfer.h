@@ -13,10 +13,13 @@ namespace player {
 
 class TransferLoop;
 
-/// One GET in the loop's thread. Destroying it ends it, and its connection when it is not through.
+/// One request in the loop's thread. Destroying it ends it, and its connection when it is not
+/// through.
 class HttpTransfer
 {
 public:
+    enum class Method { Get, Head };
+
     struct Head
     {
         int status = 0;
@@ -42,7 +45,7 @@ public:
     };
 
     /// Fetches `url` from the byte `offset` on. It has begun when the constructor returns.
-    HttpTransfer(TransferLoop& loop, Receiver& receiver, const HttpOptions& options,
+    HttpTransfer(TransferLoop& loop, Receiver& receiver, const HttpOptions& options, Method method,
         const QByteArray& url, const QList<QByteArray>& headers, qint64 offset);
     ~HttpTransfer();
     Q_DISABLE_COPY_MOVE(HttpTransfer)

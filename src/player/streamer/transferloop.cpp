@@ -15,7 +15,7 @@ struct TransferLoop::Curl
         curl_global_init(CURL_GLOBAL_DEFAULT);
         multi = curl_multi_init();
         Q_ASSERT(multi);
-        // One of the present item, one of the next, and spare ones of hosts used before.
+        // One of the present item, one of the next, and spare ones.
         curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, 4L);
     }
     ~Curl() { curl_multi_cleanup(multi); }

@@ -89,8 +89,8 @@ int SoundServer::askedFor(const QString& path) const
 
 void SoundServer::handle(const http::Request& request, const http::Responder& responder)
 {
-    m_asked.append(
-        { request.path, request.headers.value("Range"), request.headers, request.peerPort });
+    m_asked.append({ request.path, request.headers.value("Range"), request.headers,
+        request.peerPort, request.method });
     const http::Handler handler = m_handlers.value(request.path);
     if (handler)
         handler(request, responder);

@@ -17,6 +17,7 @@ public:
         QByteArray range; ///< Empty without one.
         http::Headers headers;
         quint16 peerPort = 0; ///< Tells connections apart.
+        QByteArray method;
     };
 
     /// How a file is handed out.

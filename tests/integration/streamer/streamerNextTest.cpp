@@ -152,6 +152,21 @@ TEST_F(StreamerNext, keepsTheConnectionForTheNextItem)
     EXPECT_EQ(server.asked().at(0).peerPort, server.asked().at(1).peerPort);
 }
 
+TEST_F(StreamerNext, findsAConnectionAlthoughThePresentItemOccupiesItsOwn)
+{
+    player::HttpOptions options;
+    options.aheadBytesAtLeast = 16384;
+    options.aheadBytesAtMost = 16384;
+    makeStreamer(Synced, 44100, options);
+    streamer().play(1, flacRoles(QStringLiteral("a"), Sound::melody(10000, 1)), {});
+    ASSERT_TRUE(waitUntil([this] { return server.asked().size() == 2; }));
+    EXPECT_EQ(server.asked().at(1).method, QByteArray("HEAD"));
+    streamer().play(2, flacRoles(QStringLiteral("b"), second), {});
+    ASSERT_TRUE(waitUntil([this] { return server.askedFor(QStringLiteral("/b.flac")) > 0; }));
+    EXPECT_EQ(server.asked().at(2).peerPort, server.asked().at(1).peerPort);
+    EXPECT_NE(server.asked().at(2).peerPort, server.asked().at(0).peerPort);
+}
+
 TEST_F(StreamerNext, aFailedPreparedItemIsToldAtOnceAndThePresentOnePlaysOn)
 {
     makeStreamer(Synced);

@@ -125,6 +125,14 @@ TEST(Rule, ThatIsWrongIsToldWhatIsWrong)
     EXPECT_NE(problemOf("{\"a\":").find("not valid JSON"), std::string::npos);
 }
 
+TEST(Rule, LeavesRequestsForAHeadAloneUnlessItNamesThem)
+{
+    Target head = browse("/");
+    head.method = text("HEAD");
+    EXPECT_FALSE(rule("effect=hang").matches(head));
+    EXPECT_TRUE(rule("effect=hang method=HEAD").matches(head));
+}
+
 TEST(Rule, MatchesOnlyWhatItNames)
 {
     EXPECT_TRUE(rule("effect=hang").matches(browse("/")));
