@@ -105,8 +105,11 @@ void StreamerPlayLogic::sendSetNextMediaCommand(
     const bool waited = std::exchange(m_nextWanted, false);
     if (m_present.id == 0) {
         // The item that was to be followed ended while this one was fetched, or was stopped.
+        const bool paused = state() == TavuPlayLogicState::Paused;
         if (waited)
             sendPlayCommand(roles, attributes);
+        if (waited && paused)
+            pausePresent();
         return;
     }
     m_next = newItem(roles);
@@ -149,15 +152,22 @@ void StreamerPlayLogic::pauseInternal(const CMSetDataRequest& request)
     if (!streamer || state() == TavuPlayLogicState::Idle)
         return request.reply().setError(nothingPlays());
     if (state() == TavuPlayLogicState::Paused) {
+        const bool waits = m_present.id == 0;
         setPosition(m_position);
-        setState(TavuPlayLogicState::Playing);
+        setState(waits ? TavuPlayLogicState::Buffering : TavuPlayLogicState::Playing);
         streamer->resume();
     } else {
-        setPosition(playTime());
-        setState(TavuPlayLogicState::Paused);
-        streamer->pause();
+        pausePresent();
     }
     request.reply().setValue(QVariant());
+}
+
+void StreamerPlayLogic::pausePresent()
+{
+    setPosition(playTime());
+    setState(TavuPlayLogicState::Paused);
+    if (Streamer* streamer = Streamer::instance())
+        streamer->pause();
 }
 
 void StreamerPlayLogic::stopInternal(const CMSetDataRequest& request)

@@ -90,6 +90,7 @@ private:
     void skipPresent(const CMError& error);
     bool isPlayUnderWay() const { return !!m_play.data() && !m_play.isFinished(); }
     void awaitPlay();
+    void pausePresent();
     void setPosition(qint64 position);
     void setState(TavuPlayLogicState::Enum state);
     void setData(const TavuPlayLogicData& data);

@@ -243,6 +243,38 @@ TEST_F(StreamerPlayLogicFollowingTest, a_listener_may_stop_playback_when_an_item
     EXPECT_EQ(m_logic->state(), State::Idle);
 }
 
+TEST_F(StreamerPlayLogicFollowingTest, a_pause_while_playback_waits_for_the_next_item_holds)
+{
+    playAndStart(item("one"));
+    m_streamer.wantNextMedia();
+    m_streamer.tellEnded();
+    expectValue(m_logic->pause());
+    m_streamer.forgetCommands();
+    m_logic->sendSetNextMediaCommand(item("two"), {});
+    m_streamer.expect(Kind::Play);
+    m_streamer.expect(Kind::Pause);
+    EXPECT_EQ(m_logic->state(), State::Paused);
+    expectValue(m_logic->pause());
+    m_streamer.expect(Kind::Resume);
+    EXPECT_EQ(m_logic->state(), State::Playing);
+}
+
+TEST_F(StreamerPlayLogicFollowingTest, going_on_while_playback_waits_for_the_next_item_waits_on)
+{
+    playAndStart(item("one"));
+    m_streamer.tellPosition(179000);
+    m_streamer.wantNextMedia();
+    m_streamer.tellEnded();
+    expectValue(m_logic->pause());
+    expectValue(m_logic->pause());
+    EXPECT_EQ(m_logic->state(), State::Buffering);
+    m_streamer.forgetCommands();
+    m_logic->sendSetNextMediaCommand(item("two"), {});
+    m_streamer.expect(Kind::Play);
+    m_streamer.expectNothing();
+    EXPECT_EQ(m_logic->state(), State::Buffering);
+}
+
 // A play command that takes its time.
 
 TEST_F(StreamerPlayLogicFollowingTest,
