@@ -1,6 +1,7 @@
 // A stand-in for the player's control API, for developing and testing the web page without sound,
 // service or a built program. Start it by hand with
 //   node tests/web/mockplayer.mjs --vendor build/debug/src/player/web/vendor --signed-in
+import { randomUUID } from 'node:crypto';
 import { createReadStream } from 'node:fs';
 import { stat } from 'node:fs/promises';
 import { createServer } from 'node:http';
@@ -273,7 +274,7 @@ function json(response, value, status = 200, type = 'application/json') {
 function problem(response, status, title, detail = '', actionReply) {
   json(
     response,
-    { type: 'about:blank', title, status, detail, actionReply },
+    { type: 'about:blank', title, status, detail, instance: `urn:uuid:${randomUUID()}`, actionReply },
     status,
     'application/problem+json',
   );

@@ -334,6 +334,12 @@ describe('messages of the service', () => {
       );
       assert.equal(await dialog.getByRole('link').getAttribute('rel'), 'noopener noreferrer');
       assert.equal(await page.locator('.toast').count(), 0, 'not told a second time');
+      await dialog.getByText('Details').click();
+      await dialog.getByText('Request').waitFor();
+      assert.match(
+        await dialog.locator('dl').innerText(),
+        /^Time\n.+\nCode\n409\nRequest\n[0-9a-f-]{36}$/,
+      );
       await page.keyboard.press('Escape');
       await dialog.waitFor({ state: 'detached' });
       await person.waitFor(() => row.evaluate((element) => element === document.activeElement));
@@ -536,6 +542,26 @@ describe('the player', () => {
       await person.row(/^Open Harbour/).click();
       const row = person.row(/^Play Ferry Road/);
       await person.waitFor(async () => (await row.getAttribute('aria-current')) === 'true');
+    }));
+});
+
+describe('a screen on the wall', () => {
+  it('shows what plays and nothing else, reached and left by its address', () =>
+    visit({ query: '/#/wall' }, async ({ mock, page, person }) => {
+      mock.state.play({ kind: 'album', number: 0 });
+      await person.heading('Ferry Road').waitFor();
+      assert.equal(await page.getByRole('searchbox').count(), 0);
+      const main = person.now.getByRole('button', { name: 'Pause' });
+      await main.waitFor();
+      assert.ok((await main.boundingBox()).width >= 96, 'a target for a whole hand');
+      await main.click();
+      await person.waitFor(() => mock.state.state === 3);
+      await page.getByRole('link', { name: 'Leave the wall screen' }).click();
+      await page.getByRole('searchbox').waitFor();
+      await person.button('Settings').click();
+      await person.button('Show on a wall screen').click();
+      await page.getByRole('searchbox').waitFor({ state: 'detached' });
+      assert.match(page.url(), /#\/wall$/);
     }));
 });
 

@@ -13,7 +13,7 @@ namespace control {
 http::Response json(const QVariantHash& body, int status = 200);
 
 /// Problem details (RFC 9457). `title` and `detail` are for people; an empty title becomes the
-/// status's own phrase.
+/// status's own phrase. `instance` names this one failure, in the log too.
 http::Response problem(int status, const QString& title = {}, const QString& detail = {},
     const QVariantHash& more = {});
 

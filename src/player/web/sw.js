@@ -6,12 +6,13 @@ const start = new URL('./', self.registration.scope).pathname;
 const patienceMs = 3000;
 const giveUpMs = 10000; // what hangs takes one of the few connections that a browser opens
 
-/** Under which name an answer is kept: every address of the page is the same page. */
-const keyOf = (request) => (request.mode === 'navigate' ? start : new URL(request.url).pathname);
+/** Under which name an answer is kept: the page is the same whatever its address carries. */
+const keyOf = (request) => new URL(request.url).pathname;
 
 const isShell = (request) => {
   const url = new URL(request.url);
   const ours = url.origin === self.location.origin && request.method === 'GET';
+  if (request.mode === 'navigate') return ours && url.pathname === start;
   return ours && !url.pathname.startsWith('/api/');
 };
 

@@ -26,6 +26,12 @@ export async function tour({ mock, page, wide, look }) {
   await look('record, playing');
   await person.goTo('Now playing');
   await look('now playing');
+  await page.goto(page.url().replace(/#.*/, '#/wall'));
+  await page.getByRole('link', { name: 'Leave the wall screen' }).waitFor();
+  await look('wall');
+  await page.getByRole('link', { name: 'Leave the wall screen' }).click();
+  await page.getByRole('button', { name: 'Settings' }).waitFor();
+  await person.goTo('Now playing');
   mock.state.addMessage(
     'skipped',
     'Skipped “A title that goes on for quite a while before it ends”',

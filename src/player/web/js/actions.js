@@ -31,7 +31,7 @@ export function createActions({ api, store, listings, router, now = () => perfor
     text: error.detail,
     at: error.at,
     status: error.status,
-    source: error.type,
+    request: error.instance,
     rows: [],
   });
 
@@ -48,7 +48,7 @@ export function createActions({ api, store, listings, router, now = () => perfor
     const rows = await messageRows(error.screenPath).catch(() => []);
     return showScreen(
       isMessageScreen(rows)
-        ? screenOfRows(rows, { status: plain.status, source: plain.source })
+        ? screenOfRows(rows, { status: plain.status, request: plain.request })
         : plain,
     );
   }

@@ -7,10 +7,10 @@ const briskMs = 8000;
 
 /** A failure to show to people: `title` and `detail` are the player's or the service's words. */
 export class ApiError extends Error {
-  constructor({ title, detail = '', status = 0, type = '', actionReply = null }) {
+  constructor({ title, detail = '', status = 0, instance = '', actionReply = null }) {
     const words = wordsOf(title, detail);
     super(words.title);
-    Object.assign(this, { title: words.title, detail: words.text, status, type, actionReply });
+    Object.assign(this, { title: words.title, detail: words.text, status, instance, actionReply });
     this.at = new Date().toISOString();
   }
 

@@ -3,11 +3,14 @@
 
 export const places = ['browse', 'now', 'messages'];
 
+/** A screen on the wall, reached by its address: "#/wall". */
+const known = [...places, 'wall'];
+
 export function parseRoute(hash) {
   const [, place = '', query = ''] = /^#?\/?([^?]*)\??(.*)$/s.exec(hash ?? '') ?? [];
   const params = new URLSearchParams(query);
   return {
-    place: places.includes(place) ? place : 'browse',
+    place: known.includes(place) ? place : 'browse',
     path: params.get('path') ?? '',
     text: params.get('q') ?? '',
   };

@@ -1,5 +1,7 @@
 #include "controlfixture.h"
 
+#include <QRegularExpression>
+
 class Browse : public ControlFixture
 {
 };
@@ -166,6 +168,18 @@ TEST_F(Browse, TellsFailuresInTheServicesWords)
         QStringLiteral("Unable to browse in to the folder."));
     EXPECT_EQ(at(object(answer), "type").toString(), QStringLiteral("about:blank"));
     EXPECT_EQ(at(object(answer), "status").toInt(), 502);
+}
+
+TEST_F(Browse, NamesEachFailureForTheLog)
+{
+    CMError error;
+    error.setName(QStringLiteral("error"));
+    player.failWith(error);
+    const QString first = at(object(get("/api/v1/rows")), "instance").toString();
+    const QString second = at(object(get("/api/v1/rows")), "instance").toString();
+    const QRegularExpression urn(QStringLiteral("^urn:uuid:[0-9a-f-]{36}$"));
+    EXPECT_TRUE(urn.match(first).hasMatch()) << qPrintable(first);
+    EXPECT_NE(first, second);
 }
 
 TEST_F(Browse, AnswersWhenThePlayerDoes)

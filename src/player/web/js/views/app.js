@@ -16,7 +16,7 @@ import { Header } from './header.js';
 import { Icon } from './icons.js';
 import { Login } from './login.js';
 import { Messages, MessagesPlace, Toasts } from './messages.js';
-import { NowPlaying, PlayerBar } from './nowplaying.js';
+import { NowPlaying, PlayerBar, Wall } from './nowplaying.js';
 import { RowMenu } from './rowmenu.js';
 import { ScreenDialog } from './screen.js';
 import { Settings } from './settings.js';
@@ -123,6 +123,7 @@ function Content({ route }) {
     return html`<main class="main alone" aria-busy="true">
       <p class="notice">${t('app.loading')}</p></main>`;
   if (login.state !== 'loggedIn') return html`<main class="main alone"><${Login} /></main>`;
+  if (route.place === 'wall') return html`<main class="main alone"><${Wall} /></main>`;
   return html`<${Shell} route=${route} />`;
 }
 
@@ -145,9 +146,10 @@ function Page() {
   useLayoutEffect(() => shortcuts(window), []);
   const route = router.current;
   if (fault) return html`<${Fault} />`;
-  return html`<div class="app ${signedIn ? '' : 'signed-out'}">
+  const onWall = signedIn && route.place === 'wall';
+  return html`<div class="app ${signedIn ? '' : 'signed-out'} ${onWall ? 'on-wall' : ''}">
     <${LostBanner} />
-    <${Header} route=${route} signedIn=${signedIn} onSettings=${() => setSettings(true)} />
+    ${!onWall && html`<${Header} route=${route} signedIn=${signedIn} onSettings=${() => setSettings(true)} />`}
     <${Content} route=${route} />
     <${Toasts} />
     <${Announcer} />

@@ -32,22 +32,26 @@ function Status({ player }) {
   return null;
 }
 
+function Words({ player, level }) {
+  const some = hasTrack(player);
+  const Title = `h${level}`;
+  return html`<div class="now-text">
+    <${Title} class="now-title">${some ? player.title || '…' : t('player.none')}</${Title}>
+    ${
+      some
+        ? html`<p class="now-by">${player.artist || '\u00a0'}</p>
+      <p class="now-album">${player.album || '\u00a0'}</p>`
+        : html`<p class="now-hint">${t('player.noneText')}</p>`
+    }
+  </div>`;
+}
+
 /** The player at its largest: the picture first, then what it is, then what can be done. */
 export function NowPlaying({ level = 1 }) {
   const player = useStore((state) => state.player) ?? { state: 0 };
-  const some = hasTrack(player);
-  const Title = `h${level}`;
   return html`<section class="now" aria-label=${t('place.now')}>
     <${Art} player=${player} />
-    <div class="now-text">
-      <${Title} class="now-title">${some ? player.title || '…' : t('player.none')}</${Title}>
-      ${
-        some
-          ? html`<p class="now-by">${player.artist || '\u00a0'}</p>
-        <p class="now-album">${player.album || '\u00a0'}</p>`
-          : html`<p class="now-hint">${t('player.noneText')}</p>`
-      }
-    </div>
+    <${Words} player=${player} level=${level} />
     <${Status} player=${player} />
     <${Seek} />
     <${Transport} />
@@ -56,6 +60,30 @@ export function NowPlaying({ level = 1 }) {
         <${Rating} which="down" /><${Rating} which="up" /></div>
       <${Stop} />
       <${Volume} />
+    </div>
+  </section>`;
+}
+
+/** A screen on the wall, or a kiosk: to be seen and hit from afar, and nothing to get lost in. */
+export function Wall() {
+  const { actions } = useApp();
+  const player = useStore((state) => state.player) ?? { state: 0 };
+  const leave = (event) => {
+    event.preventDefault();
+    actions.goTo('now');
+  };
+  return html`<section class="now wall" aria-label=${t('place.now')}>
+    <${Art} player=${player} />
+    <div class="wall-side">
+      <${Words} player=${player} level=${1} />
+      <${Status} player=${player} />
+      <${Seek} />
+      <${Transport} />
+      <div class="now-more">
+        <div class="ratings" role="group" aria-label=${t('player.rating')}>
+          <${Rating} which="down" /><${Rating} which="up" /></div>
+        <a class="button quiet wall-leave" href="#/now" onClick=${leave}>${t('wall.leave')}</a>
+      </div>
     </div>
   </section>`;
 }

@@ -30,10 +30,11 @@ const isCurrent = (row, player) =>
   player.title === titleOf(row) &&
   player.artist === artistOf(row);
 
-/** The artist, and the album unless the heading says it already. */
+/** The artist and the album, each unless the heading says it already. `record` is the opened row. */
 function second(row, layout, record) {
-  const album = layout === 'list' && albumOf(row) !== record ? albumOf(row) : '';
-  return [artistOf(row), album].filter(Boolean).join(' · ');
+  const album = layout === 'list' && albumOf(row) !== titleOf(record) ? albumOf(row) : '';
+  const artist = record && artistOf(row) === artistOf(record) ? '' : artistOf(row);
+  return [artist, album].filter(Boolean).join(' · ');
 }
 
 function Texts({ row, line }) {

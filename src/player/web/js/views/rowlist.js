@@ -2,7 +2,7 @@ import { html } from '../html.js';
 import { useEffect, useLayoutEffect, useRef, useState } from '../../vendor/hooks.js';
 import { useApp, useOffline } from '../context.js';
 import { entriesOf, windowSize } from '../listing.js';
-import { isRecord, layoutOf, seeMoreTitle, titleOf } from '../rows.js';
+import { isRecord, layoutOf, seeMoreTitle } from '../rows.js';
 import { observerRootOf, scrollerOf } from '../scroller.js';
 import { t } from '../text.js';
 import { RowContent } from './rowitem.js';
@@ -61,7 +61,7 @@ export function RowList({ listing, opened, label, memo }) {
   const shown = more ? entries.slice(0, -1) : entries;
   const firstRows = listing.pages[0].rows.slice(0, windowSize);
   const layout = layoutOf(firstRows);
-  const record = isRecord(opened, firstRows) ? titleOf(opened) : '';
+  const record = isRecord(opened, firstRows) ? opened : null;
 
   const follow = async (focus) => {
     triedMore.current = more.path;

@@ -34,7 +34,8 @@ function Details({ screen }) {
   const lines = [
     ['screen.time', screen.at && shortTime(screen.at)],
     ['screen.code', screen.status || ''],
-    ['screen.request', screen.source],
+    ['screen.source', screen.source],
+    ['screen.request', screen.request?.replace('urn:uuid:', '')],
   ].filter(([, value]) => value);
   if (!lines.length) return null;
   return html`<details class="details">

@@ -85,6 +85,10 @@ export function Settings({ onClose }) {
     element.showModal();
     return () => element.close();
   }, []);
+  const wall = () => {
+    onClose();
+    actions.goTo('wall');
+  };
   const logout = async () => {
     onClose();
     await actions.logout();
@@ -100,6 +104,12 @@ export function Settings({ onClose }) {
     <${Outputs} />
     <${Shortcuts} />
     <${LockScreen} />
+    ${
+      signedIn &&
+      html`<div class="choice">
+      <p class="quiet">${t('settings.wallText')}</p>
+      <${Button} kind="second" onClick=${wall}><span>${t('settings.wall')}</span></${Button}></div>`
+    }
     ${
       signedIn &&
       html`<div class="choice">
