@@ -10,6 +10,8 @@
 
 #include <log4cplus/initializer.h>
 
+#include <malloc.h>
+
 using namespace player;
 
 namespace {
@@ -106,6 +108,9 @@ int runPlayer(QCoreApplication& application, const Settings& settings)
 
 int main(int argc, char** argv)
 {
+    // Each track brings threads of its own. With heaps of their own they would leave gaps behind,
+    // and none of them allocates so much that it had to wait for another.
+    mallopt(M_ARENA_MAX, 1);
     const log4cplus::Initializer log;
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tavu-player"));
