@@ -31,6 +31,9 @@ void quitOnSignals(QCoreApplication& application)
         notifier, &QSocketNotifier::activated, &application, [] { QCoreApplication::quit(); });
     std::signal(SIGINT, onSignal);
     std::signal(SIGTERM, onSignal);
+    // A write that fails is for the one who writes to tell.
+    for (const int writing : { SIGPIPE, SIGXFSZ })
+        std::signal(writing, SIG_IGN);
 }
 
 void say(const QString& text)

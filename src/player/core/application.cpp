@@ -238,6 +238,7 @@ void Application::loadPlugin()
 
 void Application::on_plugin_ready()
 {
+    m_parts->keeper->begin();
     m_parts->player.followService(serviceOf(m_parts->plugin.worker(), m_parts->oauth2));
     if (m_settings.boolean("player.resume") && m_parts->keeper->wasPlaying())
         m_parts->player.command(PlayerFacade::Command::Resume);

@@ -37,7 +37,7 @@ StateKeeper::StateKeeper(Player* player, const QString& fileName, const QString&
 
 StateKeeper::~StateKeeper()
 {
-    if (m_saved.version() != 0)
+    if (m_begun)
         saveIfChanged();
 }
 
@@ -52,7 +52,6 @@ void StateKeeper::restore()
         apply(*state);
     m_saved = state.value_or(present());
     m_saved.setVersion(1);
-    watch();
 }
 
 void StateKeeper::apply(const KeptState& state)
@@ -79,8 +78,9 @@ void StateKeeper::chooseOutput(const QString& id)
         QStringLiteral("output"));
 }
 
-void StateKeeper::watch()
+void StateKeeper::begin()
 {
+    m_begun = true;
     connect(&m_soon, &QTimer::timeout, this, &StateKeeper::saveIfChanged);
     connect(&m_positionDue, &QTimer::timeout, this, &StateKeeper::saveIfChanged);
     const auto soon = [this] {

@@ -19,15 +19,17 @@ public:
     StateKeeper(Player* player, const QString& fileName, const QString& origin);
     ~StateKeeper() override;
 
-    /// Gives the player back what was kept, and begins to keep what it does from now on. Once.
+    /// Gives the player back what was kept. Once.
     void restore();
+    /// Keeps what the player does from now on. Until then the file stays as it is, so that a start
+    /// that fails loses nothing. Once, after restore().
+    void begin();
     /// Whether something played, rather than was paused, when the player ended.
     bool wasPlaying() const { return m_wasPlaying; }
 
 private:
     void apply(const KeptState& state);
     void chooseOutput(const QString& id);
-    void watch();
     KeptState present() const;
     void saveIfChanged();
     void save();
@@ -37,6 +39,7 @@ private:
     const QString m_origin;
     const QString m_configuredOutput;
     bool m_wasPlaying = false;
+    bool m_begun = false;
     bool m_told = false; // That saving fails.
     KeptState m_saved;
     QTimer m_soon;

@@ -38,6 +38,9 @@ QuitSignals::QuitSignals(QObject* parent)
     action.sa_flags = SA_RESTART;
     ::sigaction(SIGINT, &action, nullptr);
     ::sigaction(SIGTERM, &action, nullptr);
+    // A write that fails is for the one who writes to tell; music plays on without it.
+    for (const int writing : { SIGPIPE, SIGXFSZ })
+        ::signal(writing, SIG_IGN);
 }
 
 QuitSignals::~QuitSignals()

@@ -44,6 +44,10 @@ OAuth2Account::OAuth2Account(
 OAuth2Account::~OAuth2Account()
 {
     finishWaiting(QStringLiteral("The login service has ended."));
+    // The last chance: the token on the disk has been used up.
+    QString error;
+    if (!m_saveProblem.isEmpty() && !m_store.save(name(), m_refreshToken, &error))
+        LOG4CPLUS_ERROR(oauth2Logger(), "The login is lost, since it cannot be saved: " << error);
 }
 
 QString OAuth2Account::missingSetting() const

@@ -330,6 +330,19 @@ TEST_F(TokenRenewal, FullDiskLosesNeitherTheLoginNorTheOldFile)
     EXPECT_TRUE(login().message().isEmpty());
 }
 
+TEST_F(TokenRenewal, TokenThatCouldNotBeSavedIsSavedAtTheEnd)
+{
+    signIn("access-1", "refresh-1");
+    server.token = Server::tokens("access-2", "refresh-2");
+    {
+        const FullDisk disk(10);
+        expectValue(refresh());
+    }
+    EXPECT_TRUE(saved().contains("refresh-1"));
+    restart();
+    EXPECT_TRUE(saved().contains("refresh-2"));
+}
+
 TEST_F(TokenRenewal, SecretsStayOutOfTheLog)
 {
     LogCapture oauth2("OAuth2");
