@@ -131,8 +131,8 @@ void Application::start()
     if (!listen())
         return;
     if (m_settings.boolean("player.mpris"))
-        m_parts->mpris = std::make_unique<Mpris>(
-            &m_parts->player, m_settings.text("player.name"), Mpris::findBus());
+        m_parts->mpris = std::make_unique<Mpris>(&m_parts->player, m_settings.text("player.name"),
+            Mpris::busNamed(m_settings.text("player.mpris-bus")));
     loadPlugin();
 }
 

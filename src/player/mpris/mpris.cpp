@@ -52,9 +52,11 @@ QVariantMap changed(const QVariantMap& before, const QVariantMap& after)
 
 } // namespace
 
-QDBusConnection Mpris::findBus()
+QDBusConnection Mpris::busNamed(const QString& setting)
 {
-    return hasSessionBus() ? QDBusConnection::sessionBus() : QDBusConnection::systemBus();
+    const bool session = setting == QLatin1String("session")
+        || (setting != QLatin1String("system") && hasSessionBus());
+    return session ? QDBusConnection::sessionBus() : QDBusConnection::systemBus();
 }
 
 Mpris::Mpris(

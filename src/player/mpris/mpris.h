@@ -18,9 +18,9 @@ class Mpris : public QObject
     Q_OBJECT
 
 public:
-    /// The session bus when there is one, else the system bus, which needs the policy file that
-    /// comes with the player.
-    static QDBusConnection findBus();
+    /// The bus by its setting: "session", "system", which needs the policy file that comes with the
+    /// player, or "auto", the session's when there is one. It may turn out not to be there.
+    static QDBusConnection busNamed(const QString& setting);
 
     /// `identity` is the player's name for people. `facade` must outlive the object.
     Mpris(PlayerFacade* facade, const QString& identity, const QDBusConnection& bus,

@@ -136,8 +136,10 @@ void MprisPlayerAdaptor::Pause()
         m_mpris.facade().command(PlayerFacade::Command::TogglePause);
 }
 
-void MprisPlayerAdaptor::PlayPause()
+void MprisPlayerAdaptor::PlayPause(const QDBusMessage& message)
 {
+    if (!canPause())
+        return refuse(message, QStringLiteral("Nothing plays that could be paused."));
     if (is("Paused"))
         Play();
     else
@@ -180,10 +182,13 @@ void MprisPlayerAdaptor::SetPosition(const QDBusObjectPath& TrackId, qlonglong P
 
 void MprisPlayerAdaptor::OpenUri(const QString&, const QDBusMessage& message)
 {
+    refuse(message, QStringLiteral("The player plays what its services list."));
+}
+
+void MprisPlayerAdaptor::refuse(const QDBusMessage& message, const QString& why)
+{
     message.setDelayedReply(true);
-    QDBusMessage refusal = message.createErrorReply(
-        QDBusError::NotSupported, QStringLiteral("The player plays what its services list."));
-    QDBusConnection(m_mpris.bus()).send(refusal);
+    QDBusConnection(m_mpris.bus()).send(message.createErrorReply(QDBusError::NotSupported, why));
 }
 
 } // namespace player

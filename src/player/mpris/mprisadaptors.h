@@ -86,7 +86,7 @@ public Q_SLOTS:
     void Next();
     void Previous();
     void Pause();
-    void PlayPause();
+    void PlayPause(const QDBusMessage& message);
     void Stop();
     void Play();
     void Seek(qlonglong Offset);
@@ -99,6 +99,7 @@ Q_SIGNALS:
 
 private:
     bool is(const char* status) const;
+    void refuse(const QDBusMessage& message, const QString& why);
 
     Mpris& m_mpris;
 };

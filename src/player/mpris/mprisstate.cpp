@@ -75,6 +75,10 @@ QVariantMap metadata(const QVariantHash& player, int track)
     const QString artwork = text(player, "artwork");
     if (isWebAddress(artwork))
         fields.insert(QStringLiteral("mpris:artUrl"), artwork);
+    const QString rating = text(player, "rating");
+    if (!rating.isEmpty())
+        fields.insert(
+            QStringLiteral("xesam:userRating"), rating == QLatin1String("up") ? 1.0 : 0.0);
     const qint64 duration = value(player, "duration").toLongLong();
     if (duration > 0)
         fields.insert(QStringLiteral("mpris:length"), duration * 1000);

@@ -20,6 +20,7 @@ enum class SettingType {
     Address,
     Mappings,
     LogLevel,
+    Bus,
 };
 
 /// One setting that the player knows.

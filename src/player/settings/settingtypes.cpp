@@ -51,6 +51,12 @@ bool isText(const QString& value)
     });
 }
 
+bool isBus(const QString& value)
+{
+    return value == QLatin1String("auto") || value == QLatin1String("session")
+        || value == QLatin1String("system");
+}
+
 bool isLogLevel(const QString& value)
 {
     static const QStringList levels{ QStringLiteral("trace"), QStringLiteral("debug"),
@@ -85,6 +91,8 @@ QString demandOn(SettingType type, const QString& value)
         return demand(!QHostAddress(value).isNull(), "an IP address, such as 127.0.0.1");
     case SettingType::Mappings:
         return demand(areMappings(value), "host:port:address:port, several separated by blanks");
+    case SettingType::Bus:
+        return demand(isBus(value), "auto, session or system");
     case SettingType::LogLevel:
         return demand(isLogLevel(value), "trace, debug, info, warn, error or off");
     }

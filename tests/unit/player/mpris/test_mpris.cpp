@@ -7,12 +7,40 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
+#include <QXmlStreamReader>
 
 namespace {
 
 const char rootInterface[] = "org.mpris.MediaPlayer2";
 const char playerInterface[] = "org.mpris.MediaPlayer2.Player";
 const char propertiesInterface[] = "org.freedesktop.DBus.Properties";
+
+/// "kind name(types)" or "kind name type access" of each member of an interface, sorted.
+QStringList membersOf(const QString& introspection, const char* interface)
+{
+    QStringList members;
+    QXmlStreamReader xml(introspection);
+    bool inside = false;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        const auto attribute = [&](const char* name) {
+            return xml.attributes().value(QLatin1String(name));
+        };
+        if (xml.isStartElement() && xml.name() == QLatin1String("interface"))
+            inside = attribute("name") == QLatin1String(interface);
+        else if (!inside || !xml.isStartElement())
+            continue;
+        else if (xml.name() == QLatin1String("property"))
+            members += QStringLiteral("property %1 %2 %3")
+                           .arg(attribute("name"), attribute("type"), attribute("access"));
+        else if (xml.name() == QLatin1String("arg"))
+            members.last().insert(members.last().size() - 1, attribute("type").toString());
+        else if (xml.name() != QLatin1String("annotation"))
+            members += QStringLiteral("%1 %2()").arg(xml.name(), attribute("name"));
+    }
+    members.sort();
+    return members;
+}
 
 /// A desktop on the other side of the bus.
 class Mpris : public QObject, public MprisFixture
@@ -129,6 +157,52 @@ TEST_F(Mpris, GivesAllPropertiesOfThePlayer)
     EXPECT_EQ(names, expected);
 }
 
+TEST_F(Mpris, DescribesItselfAsTheInterfacesAreWritten)
+{
+    start();
+    const QString xml =
+        call("org.freedesktop.DBus.Introspectable", "Introspect").arguments().value(0).toString();
+    EXPECT_EQ(membersOf(xml, rootInterface),
+        (QStringList{ text("method Quit()"), text("method Raise()"),
+            text("property CanQuit b read"), text("property CanRaise b read"),
+            text("property DesktopEntry s read"), text("property HasTrackList b read"),
+            text("property Identity s read"), text("property SupportedMimeTypes as read"),
+            text("property SupportedUriSchemes as read") }));
+    EXPECT_EQ(membersOf(xml, playerInterface),
+        (QStringList{ text("method Next()"), text("method OpenUri(s)"), text("method Pause()"),
+            text("method Play()"), text("method PlayPause()"), text("method Previous()"),
+            text("method Seek(x)"), text("method SetPosition(ox)"), text("method Stop()"),
+            text("property CanControl b read"), text("property CanGoNext b read"),
+            text("property CanGoPrevious b read"), text("property CanPause b read"),
+            text("property CanPlay b read"), text("property CanSeek b read"),
+            text("property LoopStatus s readwrite"), text("property MaximumRate d read"),
+            text("property Metadata a{sv} read"), text("property MinimumRate d read"),
+            text("property PlaybackStatus s read"), text("property Position x read"),
+            text("property Rate d readwrite"), text("property Shuffle b readwrite"),
+            text("property Volume d readwrite"), text("signal Seeked(x)") }));
+}
+
+TEST_F(Mpris, ARatingIsAnnouncedWithTheMetadata)
+{
+    facade.m_player = playing();
+    start();
+    announced();
+    QVariantHash rated = playing();
+    rated.insert(text("rating"), text("up"));
+    show(rated);
+    EXPECT_EQ(
+        map(announced().value(text("Metadata"))).value(text("xesam:userRating")).toDouble(), 1.0);
+}
+
+TEST_F(Mpris, TheSettingNamesTheBus)
+{
+    const QDBusConnection session = player::Mpris::busNamed(text("session"));
+    const QDBusConnection system = player::Mpris::busNamed(text("system"));
+    EXPECT_EQ(session.name(), QDBusConnection::sessionBus().name());
+    EXPECT_EQ(system.name(), QDBusConnection::systemBus().name());
+    EXPECT_NE(session.name(), system.name());
+}
+
 TEST_F(Mpris, SecondInstanceHasItsProcessIdInTheName)
 {
     start();
@@ -207,8 +281,9 @@ TEST_F(Mpris, TransportReachesThePlayer)
 TEST_F(Mpris, NothingLoadedTakesNoCommands)
 {
     start();
-    for (const char* method : { "Next", "Previous", "PlayPause", "Pause", "Stop", "Play" })
+    for (const char* method : { "Next", "Previous", "Pause", "Stop", "Play" })
         EXPECT_EQ(call(playerInterface, method).type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(call(playerInterface, "PlayPause").type(), QDBusMessage::ErrorMessage);
     call(playerInterface, "Seek", { qlonglong(1000000) });
     setPosition("/org/mpris/MediaPlayer2/TrackList/NoTrack", 0);
     EXPECT_EQ(told(), QStringList());

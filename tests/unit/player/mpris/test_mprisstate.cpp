@@ -68,6 +68,17 @@ TEST(MprisState, MetadataUsesTheBusesUnits)
     EXPECT_EQ(fields.value(text("mpris:artUrl")).toString(), text("https://example.com/a.png"));
 }
 
+TEST(MprisState, ThumbsAreTheEndsOfTheRating)
+{
+    const auto rated = [](const char* rating) {
+        return metadata({ { text("state"), 2 }, { text("rating"), text(rating) } })
+            .value(text("xesam:userRating"));
+    };
+    EXPECT_EQ(rated("up"), QVariant(1.0));
+    EXPECT_EQ(rated("down"), QVariant(0.0));
+    EXPECT_FALSE(rated("").isValid());
+}
+
 TEST(MprisState, MetadataLeavesOutWhatIsNotKnown)
 {
     const QVariantMap fields =

@@ -112,6 +112,8 @@ TEST_F(SettingsFile, refuses_values_of_the_wrong_type_and_says_what_is_wanted)
     EXPECT_TRUE(
         errorOf("[control]\nport = 70000\n").contains(QStringLiteral("a port from 0 to 65535")));
     EXPECT_TRUE(errorOf("[player]\nmpris = yes\n").contains(QStringLiteral("true or false")));
+    EXPECT_TRUE(errorOf("[player]\nmpris-bus = user\n")
+                    .contains(QStringLiteral("auto, session or system, not \"user\"")));
     EXPECT_TRUE(
         errorOf("[service]\nbase-url = music\n").contains(QStringLiteral("URL with a host")));
     EXPECT_TRUE(
