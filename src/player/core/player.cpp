@@ -6,6 +6,7 @@
 #include "deadline.h"
 #include "playlogicinterface.h"
 #include "rowanswer.h"
+#include "servicereports.h"
 #include "tavuactionreply.h"
 #include "tavupaths.h"
 #include "words.h"
@@ -27,6 +28,19 @@ CMError noLogin()
 {
     return CMError(TrString(
         TrCharData(trExtractContext("player"), "Nobody is signed in. Please sign in first.")));
+}
+
+// More are not asked for, and not shown.
+constexpr int reportRowsAtMost = 99999;
+
+/// The answer with all rows becomes the one with a window of the latest report.
+void showLatestReport(QVariantHash& answer, int from, int to)
+{
+    const QString key = QStringLiteral("rows");
+    const QVariantList latest = latestReport(answer.value(key).toList());
+    const int end = qMin(to, latest.size() - 1) + 1;
+    answer.insert(key, latest.mid(qMax(from, 0), qMax(end - qMax(from, 0), 0)));
+    answer.insert(QStringLiteral("count"), latest.size());
 }
 
 template <class T>
@@ -69,17 +83,28 @@ CMReply<QVariant> Player::rows(const QString& path, int from, int to)
         return failedReply<QVariant>(noService());
     const CMPath asked = path.isEmpty() ? m_service.root() : CMPath::fromEncoded(path);
     watchRows(asked);
-    const CMGetRowsRequest request(asked, from, to, rowRoles());
+    const bool reports = showsReports(asked);
+    const CMGetRowsRequest request(
+        asked, reports ? 0 : from, reports ? reportRowsAtMost : to, rowRoles());
     auto result = CMReply<QVariant>::create();
-    withDeadline(request.reply()).addWatcher([result, asked, from](const CMVoidReply& reply) {
-        if (reply.error().isSet())
-            return result.setError(reply.error());
-        QVariantHash answer = rowAnswer(CMReply<TavuRowsRoles>(reply).value(), qMax(from, 0));
-        answer.insert(QStringLiteral("path"), asked.toEncoded());
-        result.setValue(answer);
-    });
+    withDeadline(request.reply())
+        .addWatcher([result, asked, from, to, reports](const CMVoidReply& reply) {
+            if (reply.error().isSet())
+                return result.setError(reply.error());
+            QVariantHash answer = rowAnswer(CMReply<TavuRowsRoles>(reply).value(), qMax(from, 0));
+            if (reports)
+                showLatestReport(answer, from, to);
+            answer.insert(QStringLiteral("path"), asked.toEncoded());
+            result.setValue(answer);
+        });
     CMRoot()->getRowsRequest(request);
     return result;
+}
+
+/// Signed out, every screen is the one to sign in with.
+bool Player::showsReports(const CMPath& screen) const
+{
+    return (m_loggedIn || !m_service.needsLogin()) && screen.withoutParams() == m_service.reports();
 }
 
 void Player::watchRows(const CMPath& path)

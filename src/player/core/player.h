@@ -102,6 +102,7 @@ private:
     void showError(const CMError& error, const QString& source);
     /// Calls back with the rows of a screen; with none when they cannot be had.
     void fetchScreen(const CMPath& screen, const std::function<void(const QVariantList&)>& use);
+    bool showsReports(const CMPath& screen) const;
     void watchRows(const CMPath& path);
     void followLogin();
     void followPlayLogic();

@@ -8,7 +8,8 @@ namespace player {
 
 /// What the player knows of the service that its plug-in brings. The places are a convention: below
 /// the prefix of its worker a plug-in has its first screen at "browse", its play logic at
-/// "playLogic" and, if it can be searched, its search screen at "search".
+/// "playLogic" and, if it can be searched, its search screen at "search"; it may collect reports of
+/// its service at "stationsError".
 struct Service
 {
     QString name; ///< For people.
@@ -19,6 +20,7 @@ struct Service
     bool needsLogin() const { return !account.isEmpty() || !isReady(); }
     CMPath root() const { return prefix.appendSubpath(QStringLiteral("browse")); }
     CMPath searchScreen() const { return prefix.appendSubpath(QStringLiteral("search")); }
+    CMPath reports() const { return prefix.appendSubpath(QStringLiteral("stationsError")); }
     CMPath playLogic() const { return prefix.appendSubpath(QStringLiteral("playLogic")); }
 };
 

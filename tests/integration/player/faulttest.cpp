@@ -1,6 +1,7 @@
 #include "house.h"
 #include "logsetup.h"
 #include "printers.h"
+#include "tavuactionreply.h"
 #include "watchdog.h"
 
 #include <gtest/gtest.h>
@@ -161,6 +162,33 @@ TEST_F(Fault, a_409_on_a_chunk_fails_the_play_with_the_services_words_and_its_sc
     EXPECT_EQ(errorOf(reply), QStringLiteral("Region"));
     ASSERT_TRUE(waitUntil([&] { return !house.messageTexts().isEmpty(); }));
     EXPECT_TRUE(house.messageTexts().last().contains(QStringLiteral("Region")));
+    expectHealthy();
+}
+
+TEST_F(Fault, a_second_409_on_a_chunk_shows_its_own_words_and_buttons_alone)
+{
+    const QVariantHash album = house.row(QStringLiteral("Albums/Night Trains"));
+    house.fault("kind=chunk effect=conflict brief=No explanation=Region label=Close action=close "
+                "times=1");
+    house.fault("kind=chunk effect=conflict brief=Never explanation=Gone label=Pity action=close "
+                "times=1");
+    EXPECT_EQ(errorOf(house.player().play(album)), QStringLiteral("Region"));
+    const CMReply<QVariant> second = house.player().play(album);
+    EXPECT_EQ(errorOf(second), QStringLiteral("Gone"));
+    ASSERT_TRUE(waitUntil([&] { return house.messageTexts().size() == 2; }));
+    EXPECT_EQ(house.messageTexts().last(), QStringLiteral("Never: Gone"));
+    const QVariantHash message = house.player().messages().last().toHash();
+    EXPECT_EQ(message.value(QStringLiteral("rows")).toList().size(), 2);
+
+    const QString screen =
+        TavuActionReply(second.error().actionReply()).result().path().toEncoded();
+    QStringList shown;
+    for (const QVariant& row : house.rows(screen))
+        shown.append(row.toHash().value(QStringLiteral("title")).toString());
+    EXPECT_EQ(shown, QStringList({ QStringLiteral("Never"), QStringLiteral("Pity") }));
+    const QVariantHash window = house.screen(screen, 1, 7);
+    EXPECT_EQ(window.value(QStringLiteral("rows")).toList().size(), 1);
+    EXPECT_EQ(window.value(QStringLiteral("count")).toInt(), 2);
     expectHealthy();
 }
 
