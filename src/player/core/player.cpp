@@ -243,7 +243,7 @@ CMReply<QVariant> Player::pauseOrResume()
 /// A play logic need not answer a resume that it gives up; what it tells of playback ends it then.
 CMReply<QVariant> Player::resume()
 {
-    const auto reply = CMReply<QVariant>::create();
+    auto reply = CMReply<QVariant>::create();
     m_resume = reply;
     // When the renewal fails the play logic is asked all the same: it judges the track by itself.
     const auto goOn = [this, reply](const CMError&) {

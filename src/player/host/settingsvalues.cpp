@@ -61,7 +61,7 @@ QString checkAuthorities(const QString& fileName)
     if (!file.open(QIODevice::ReadOnly))
         return QStringLiteral("service.ca-file: %1 cannot be read (%2). %3")
             .arg(fileName, file.errorString(), remedy);
-    constexpr qint64 longest = 16 * 1024 * 1024;
+    constexpr qint64 longest = qint64{ 16 } * 1024 * 1024;
     if (QSslCertificate::fromData(file.read(longest), QSsl::Pem).isEmpty())
         return QStringLiteral("service.ca-file: %1 holds no certificate. %2").arg(fileName, remedy);
     return QString();

@@ -95,7 +95,7 @@ bool Settings::load(const QString& fileName, bool mustExist)
                       .arg(shown(fileName), file.errorString(), freshFile());
         return false;
     }
-    constexpr qint64 longestFile = 1024 * 1024;
+    constexpr qint64 longestFile = qint64{ 1024 } * 1024;
     const QByteArray bytes = file.read(longestFile + 1);
     const int badLine = lineThatIsNoText(bytes);
     if (badLine != 0 || bytes.size() > longestFile) {
