@@ -57,6 +57,7 @@ const OptionText Options[]{
     { "code-lifetime", "Let login codes expire after <seconds> (default 600).", "seconds" },
     { "token-lifetime", "Let access tokens expire after <seconds> (default 3600).", "seconds" },
     { "device-grant", "Take the device grant as short, urn or both (default).", "form" },
+    { "strict-refresh", "Let refresh tokens work once, even when the answer was lost.", nullptr },
     { "auto-approve", "Approve every login by itself.", nullptr },
     { "fault",
         "Inject a fault, for example \"path=/albums/* effect=status status=503 times=2\", "
@@ -177,6 +178,7 @@ void readLogin(Reader& reader, Settings& settings)
     reader.number("poll-interval", rules.pollIntervalS, 0, MaxInt);
     reader.number("code-lifetime", rules.codeLifetimeS, 0, MaxInt);
     reader.number("token-lifetime", rules.tokenLifetimeS, 0, MaxInt);
+    rules.refreshGrace = !reader.isSet("strict-refresh");
     rules.autoApprove = reader.isSet("auto-approve");
     const QString form = reader.value("device-grant");
     if (form == text("short"))

@@ -191,8 +191,8 @@ Answer Authority::pollOf(Pending& pending, const Form& form, qint64 nowMs)
 
 Answer Authority::refresh(const Form& form, qint64 nowMs)
 {
-    const auto pair =
-        m_tokens.refresh(form.value(text("refresh_token")), nowMs, m_rules.tokenLifetimeS * 1000LL);
+    const auto pair = m_tokens.refresh(form.value(text("refresh_token")), nowMs,
+        m_rules.tokenLifetimeS * 1000LL, m_rules.refreshGrace);
     if (!pair)
         return refusal("invalid_grant", "the refresh token is not good any more");
     return issue(*pair, form.value(text("scope")));

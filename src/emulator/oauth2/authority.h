@@ -23,6 +23,7 @@ struct Rules
     int pollIntervalS = 5;
     int codeLifetimeS = 600;
     int tokenLifetimeS = 3600;
+    bool refreshGrace = true; ///< a refresh token works until its successor has been used
     bool pkceRequired = true;
     bool autoApprove = false; ///< every code is approved as soon as it is made
 };

@@ -12,6 +12,8 @@
 
 #include <utility>
 
+#include <algorithm>
+
 namespace emulator::oauth2 {
 
 namespace {
@@ -61,10 +63,11 @@ TokenPair Tokens::pairOf(const QString& family, qint64 nowMs, qint64 lifetimeMs)
     const int generation = m_families.value(family);
     ++m_serial;
     save();
-    return { seal(QStringLiteral("%1 %2 %3 %4")
+    return { seal(QStringLiteral("%1 %2 %3 %4 %5")
                       .arg(AccessMark, family)
                       .arg(m_serial)
-                      .arg(nowMs + lifetimeMs)),
+                      .arg(nowMs + lifetimeMs)
+                      .arg(generation)),
         seal(QStringLiteral("%1 %2 %3").arg(RefreshMark, family).arg(generation)) };
 }
 
@@ -75,8 +78,13 @@ TokenPair Tokens::begin(qint64 nowMs, qint64 lifetimeMs)
     return pairOf(family, nowMs, lifetimeMs);
 }
 
+bool Tokens::isUsed(const QString& family, int generation) const
+{
+    return m_used.value(family) >= generation;
+}
+
 std::optional<TokenPair> Tokens::refresh(
-    const QString& refreshToken, qint64 nowMs, qint64 lifetimeMs)
+    const QString& refreshToken, qint64 nowMs, qint64 lifetimeMs, bool grace)
 {
     const QStringList content = open(refreshToken).split(QLatin1Char(' '));
     if (content.size() != 3 || content.at(0) != RefreshMark)
@@ -84,11 +92,15 @@ std::optional<TokenPair> Tokens::refresh(
     const auto family = m_families.find(content.at(1));
     if (family == m_families.end())
         return std::nullopt;
-    if (*family != content.at(2).toInt()) {
+    const int shown = content.at(2).toInt();
+    if (grace && shown == *family - 1 && !isUsed(family.key(), *family))
+        return pairOf(content.at(1), nowMs, lifetimeMs);
+    if (*family != shown) {
         m_families.erase(family);
         save();
         return std::nullopt;
     }
+    m_used.insert(family.key(), shown);
     ++*family;
     return pairOf(content.at(1), nowMs, lifetimeMs);
 }
@@ -96,10 +108,12 @@ std::optional<TokenPair> Tokens::refresh(
 TokenState Tokens::checkAccess(const QString& accessToken, qint64 nowMs) const
 {
     const QStringList content = open(accessToken).split(QLatin1Char(' '));
-    if (content.size() != 4 || content.at(0) != AccessMark)
+    if (content.size() != 5 || content.at(0) != AccessMark)
         return TokenState::Unknown;
     if (!m_families.contains(content.at(1)))
         return TokenState::Revoked;
+    int& used = m_used[content.at(1)];
+    used = std::max(used, content.at(4).toInt());
     const bool good =
         content.at(2).toLongLong() >= m_firstGoodSerial && nowMs < content.at(3).toLongLong();
     return good ? TokenState::Good : TokenState::Expired;

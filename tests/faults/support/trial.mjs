@@ -32,7 +32,7 @@ export function assertWithin(ms, most) {
  * The entries of one file, which share a house: `entry(title, body, options)` adds one. The body is
  * given the house, where a track is paused and the dial is at rest.
  *   plays: true   it changes by itself what plays
- *   login         the login's state after it, where that is another
+ *   login         the login's state after it, where that is another; 'any' leaves it to the body
  *   process: new  it ends the player's process, and starts it again
  */
 export function trials(options = {}) {
@@ -156,7 +156,7 @@ async function trial(house, body, { plays = false, login = 'loggedIn', process =
 
   const afterwards = async () => {
     await house.lift();
-    if (login !== 'loggedIn') await house.signIn();
+    if (await house.login() !== 'loggedIn') await house.signIn();
     await recover(house);
     await pauseSome(house);
   };
@@ -165,7 +165,7 @@ async function trial(house, body, { plays = false, login = 'loggedIn', process =
 
   if (process === 'same') assert.equal(house.player, player, 'the same process');
   expectAlive(house);
-  const expected = { ...before, login };
+  const expected = { ...before, login: login === 'any' ? await house.login() : login };
   if (plays) delete expected.play;
   await expectKept(house, expected);
   expectNoSecrets(house, house.log().slice(logStart));

@@ -54,8 +54,8 @@ TEST(CommandLine, ReadsEveryOption)
                   "--seed", "7", "--page-size", "9", "--station-length", "3", "--key-headers-every",
                   "0", "--unrated-every", "2", "--expires-after", "5", "--client-id", "me",
                   "--client-secret", "", "--poll-interval", "1", "--code-lifetime", "2",
-                  "--token-lifetime", "3", "--device-grant", "urn", "--auto-approve", "--fault",
-                  "effect=hang", "--fault", "effect=status" })
+                  "--token-lifetime", "3", "--device-grant", "urn", "--auto-approve",
+                  "--strict-refresh", "--fault", "effect=hang", "--fault", "effect=status" })
             + QStringList{ music.path() });
     ASSERT_TRUE(line.settings.has_value()) << line.text.toStdString();
     const Settings& settings = *line.settings;
@@ -71,6 +71,7 @@ TEST(CommandLine, ReadsEveryOption)
     EXPECT_TRUE(settings.mediaOverTls);
     EXPECT_TRUE(settings.hostilePorts);
     EXPECT_FALSE(settings.tokenNeeded);
+    EXPECT_FALSE(settings.oauth2.refreshGrace);
     EXPECT_EQ(settings.seed, 7u);
     EXPECT_EQ(settings.documents.pageSize, 9);
     EXPECT_EQ(settings.documents.stationLength, 3);

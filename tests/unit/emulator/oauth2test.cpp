@@ -213,8 +213,34 @@ TEST_F(Login, TokensExpire)
     EXPECT_EQ(check(access), TokenState::Expired);
 }
 
-TEST_F(Login, RefreshTokensWorkOnceAndTheirReuseEndsTheLogin)
+TEST_F(Login, RefreshTokenWorksUntilItsSuccessorWasUsed)
 {
+    const auto refreshOf = [](const Answer& answer) {
+        return answer.json.value(text("refresh_token")).toString();
+    };
+    const Answer first = loggedIn();
+    const Answer lost = refresh(refreshOf(first));
+    const Answer second = refresh(refreshOf(first));
+    ASSERT_EQ(second.status, 200);
+    EXPECT_EQ(refreshOf(second), refreshOf(lost));
+    const QString access = second.json.value(text("access_token")).toString();
+    EXPECT_EQ(check(access), TokenState::Good);
+    EXPECT_EQ(errorOf(refresh(refreshOf(first))), text("invalid_grant"));
+    EXPECT_EQ(check(access), TokenState::Revoked);
+}
+
+TEST_F(Login, RefreshTokenOfTheOneBeforeLastEndsTheLogin)
+{
+    const Answer first = loggedIn();
+    const QString oldest = first.json.value(text("refresh_token")).toString();
+    const Answer second = refresh(oldest);
+    EXPECT_EQ(refresh(second.json.value(text("refresh_token")).toString()).status, 200);
+    EXPECT_EQ(errorOf(refresh(oldest)), text("invalid_grant"));
+}
+
+TEST_F(Login, StrictRefreshTokensWorkOnceAndTheirReuseEndsTheLogin)
+{
+    m_authority.rules().refreshGrace = false;
     const Answer first = loggedIn();
     const QString oldRefresh = first.json.value(text("refresh_token")).toString();
     const Answer second = refresh(oldRefresh);

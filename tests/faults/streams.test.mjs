@@ -1,0 +1,117 @@
+// Sound that does not come, does not go on, or is none.
+import assert from 'node:assert/strict';
+import { State } from './support/house.mjs';
+import { limit, trials } from './support/trial.mjs';
+
+const entry = trials();
+const audio = (effect) => ({ kind: 'audio', ...effect });
+
+const told = async (house, after) => (await house.messages())
+  .filter(({ id }) => !after.has(id)).map(({ title, text }) => `${title} ${text}`);
+const known = async (house) => new Set((await house.messages()).map(({ id }) => id));
+
+/** The first track cannot be played: people are told why, and the next one sounds. */
+function skipped(title, text, ...rules) {
+  entry(title, async (house) => {
+    const before = await known(house);
+    await house.fault(...rules);
+    await house.play(house.album);
+    await house.until(async () => (await told(house, before)).some((line) => line.includes(text)),
+      text, limit(10000));
+    await house.waitForState(State.playing);
+    const { title: playing } = await house.now();
+    assert.ok((await told(house, before)).every((line) => !line.includes(`"${playing}"`)), playing);
+  }, { plays: true });
+}
+
+/** The track is heard in spite of the fault, and nobody is troubled. */
+function heard(title, seekTo, ...rules) {
+  entry(title, async (house) => {
+    const before = await known(house);
+    await house.fault(...rules);
+    assert.equal((await house.play(house.album)).status, 200);
+    const { title: playing } = await house.waitForState(State.playing);
+    if (seekTo) await house.command('seek', { position: seekTo });
+    const reached = await house.until(async () => {
+      const now = await house.now();
+      return (now.position > (seekTo ?? 0) + 300 || now.title !== playing) && now;
+    }, 'the sound to go on');
+    assert.equal(reached.title, playing);
+    assert.deepEqual(await told(house, before), []);
+  }, { plays: true });
+}
+
+skipped('M01 not there', '404 Not Found', audio({ effect: 'status', status: 404, times: 1 }));
+skipped('M02 gone', '410 Gone', audio({ effect: 'status', status: 410, times: 1 }));
+skipped('M03 forbidden', '403 Forbidden', audio({ effect: 'status', status: 403, times: 1 }));
+skipped('M04 busy', '503 Service Unavailable', audio({ effect: 'status', status: 503, times: 1 }));
+skipped('M10 a web page', 'is not audio', audio({ effect: 'body', text: '<html>', type: 'text/html', times: 1 }));
+skipped('M11 nothing', 'is empty', audio({ effect: 'body', type: 'audio/flac', times: 1 }));
+skipped('M12 noise', 'is not audio', audio({ effect: 'body', noise: 100000, type: 'audio/flac', times: 1 }));
+skipped('M13 a circle of redirects', 'redirects in a circle', audio({ effect: 'redirect', times: 6 }));
+skipped('M22 a key header that breaks the line', 'key headers are malformed', {
+  kind: 'chunk', effect: 'edit', times: 1,
+  set: { '/trackDefinitions/*/audio/headers': { keyHeaders: [{ name: 'x-audio-key', value: 'a\r\nb: c' }] } },
+});
+
+heard('M06 a stall in the body: it goes on elsewhere', 0, audio({ effect: 'stall', after: 60000, times: 1 }));
+heard('M07 cut off before its length', 0, audio({ effect: 'cut', after: 60000, times: 1 }));
+heard('M08 reset', 0, audio({ effect: 'reset', after: 60000, times: 1 }));
+heard('M09 an end without a sign', 0, audio({ effect: 'chunked-cut', after: 60000, times: 1 }));
+heard('M18 a seek at a server without ranges', 4000, audio({ effect: 'no-ranges' }));
+for (const duration of [0, -5, 3000000]) {
+  heard(`M19 a duration of ${duration}`, 0,
+    { kind: 'chunk', effect: 'edit', set: { '/trackDefinitions/*/duration': duration } });
+}
+
+entry('M13 key headers do not go to another host', async (house) => {
+  await house.fault({ kind: 'chunk', effect: 'key-headers' },
+    audio({ effect: 'redirect', toHost: `localhost:${house.service.httpPort}`, times: 1 }));
+  const since = await house.mark();
+  await house.play(house.album);
+  const foreign = await house.until(async () => (await house.ledger('audio', since))
+    .find(({ host }) => host === 'localhost'), 'the request');
+  assert.equal(foreign.keyHeaders, false);
+  assert.equal(foreign.bearerSent, false);
+}, { plays: true });
+
+entry('M14 half as fast as it plays: it buffers, and does not skip', async (house) => {
+  const before = await known(house);
+  await house.fault(audio({ effect: 'trickle', bytesPerSecond: 20000 }));
+  await house.play(house.album);
+  await house.until(async () => (await house.now()).state === State.buffering, 'buffering');
+  await house.until(async () => (await house.now()).bufferLevel < 100, 'the level');
+  assert.deepEqual(await told(house, before), []);
+  assert.equal((await house.command('stop')).status, 200);
+}, { plays: true });
+
+entry('M15 an address that has expired before it plays', async (house) => {
+  await house.fault({ kind: 'chunk', effect: 'expire', in: -1000 });
+  const answer = await house.play(house.album);
+  assert.ok(JSON.stringify(answer.json).includes('Error: Track already expired'), JSON.stringify(answer.json));
+}, { plays: true });
+
+entry('M20 no track can be played: each is tried once, then it ends', async (house) => {
+  await house.fault(audio({ effect: 'status', status: 404 }));
+  const since = await house.mark();
+  await house.play(house.album);
+  await house.until(async () => (await house.ledger('audio', since)).length > 0, 'a try');
+  await house.waitForState(State.idle);
+  const tried = (await house.ledger('audio', since)).map(({ path }) => path);
+  assert.equal(new Set(tried).size, tried.length, tried.join('\n'));
+  assert.ok((await house.now()).error, 'the error stays in sight');
+}, { plays: true });
+
+entry('M23 one track, over and over', async (house) => {
+  await house.told('POST', 'player/mode', { mode: 2 });
+  await house.play(house.album);
+  const { title, duration } = await house.waitForState(State.playing);
+  for (let round = 0; round < 5; ++round) {
+    await house.command('seek', { position: duration - 300 });
+    await house.until(async () => {
+      const now = await house.now();
+      return now.title === title && now.state === State.playing && now.position < duration - 1000;
+    }, 'its beginning');
+  }
+  await house.told('POST', 'player/mode', { mode: 4 });
+}, { plays: true });
