@@ -87,8 +87,9 @@ function playerOptions(service, folder, more) {
 }
 
 /**
- * Both programs, running: { url, control, close }. `control` is the address of the fault dial.
- * `emulator` holds further options of the one, `settings` further settings of the other.
+ * Both programs, running: { url, control, service, close }: the addresses of the player, the fault
+ * dial and the service. `emulator` holds further options of the one, `settings` further settings of
+ * the other.
  */
 export async function startPrograms({
   pageSize = 8,
@@ -117,7 +118,7 @@ export async function startPrograms({
     const service = await emulator.says(ready);
     const player = start(process.env.TAVU_PLAYER, playerOptions(service, folder, settings));
     const url = await player.says(pageAddress);
-    return { url, control: service.control, close };
+    return { url, control: service.control, service: service.baseUrl, close };
   } catch (error) {
     await close();
     throw error;

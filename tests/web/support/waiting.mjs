@@ -11,8 +11,8 @@ export async function eventually(name, state, ms = 30000) {
 }
 
 /** Reads a stream of events until `take(name, data)` returns true, or fails. */
-export async function readEvents(address, take, ms = 60000) {
-  const response = await fetch(address, { signal: AbortSignal.timeout(ms) });
+export async function readEvents(address, take, signal = AbortSignal.timeout(60000)) {
+  const response = await fetch(address, { signal });
   assert.equal(response.headers.get('content-type').split(';')[0], 'text/event-stream');
   let text = '';
   for await (const part of response.body.pipeThrough(new TextDecoderStream())) {
