@@ -12,6 +12,7 @@ struct Limits
     int headerBytes = 64 * 1024; ///< the head with its request line; longer: 431
     qint64 bodyBytes = 64 * 1024LL; ///< longer, announced or counted: 413 before the rest is read
     int connections = 2048; ///< further ones get 503 and are closed
+    int connectionsPerAddress = 0; ///< of one peer's address, so that others find a place; 0: all
     int headTimeoutMs = 10000; ///< TLS handshake and head in all; then 408
     int bodyTimeoutMs = 10000; ///< the body in all; then 408
     int idleTimeoutMs = 60000; ///< between two requests of a connection; then closed

@@ -13,6 +13,14 @@ namespace http {
 static const int waitingConnections = 1024;
 static const int retryAfterMs = 50;
 
+static QHostAddress peerOf(int descriptor)
+{
+    sockaddr_storage address = {};
+    socklen_t size = sizeof(address);
+    auto* generic = reinterpret_cast<sockaddr*>(&address);
+    return ::getpeername(descriptor, generic, &size) == 0 ? QHostAddress(generic) : QHostAddress();
+}
+
 Listener::Listener(
     std::optional<QSslConfiguration> tls, MayAccept mayAccept, Accept accept, QObject* parent)
     : QTcpServer(parent)
@@ -35,7 +43,7 @@ bool Listener::start(const QHostAddress& address, quint16 port)
 
 void Listener::incomingConnection(qintptr descriptor)
 {
-    if (!m_mayAccept()) {
+    if (!m_mayAccept(peerOf(int(descriptor)))) {
         turnAway(int(descriptor));
         return;
     }

@@ -19,8 +19,8 @@ class Listener : public QTcpServer
 public:
     /// Takes a socket without a parent; `secure` says that it speaks TLS.
     using Accept = std::function<void(QTcpSocket*, bool secure)>;
-    /// Whether one more connection may be had.
-    using MayAccept = std::function<bool()>;
+    /// Whether one more connection may be had, from this peer.
+    using MayAccept = std::function<bool(const QHostAddress& peer)>;
 
     Listener(
         std::optional<QSslConfiguration> tls, MayAccept mayAccept, Accept accept, QObject* parent);

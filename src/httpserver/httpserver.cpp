@@ -3,6 +3,7 @@
 #include "httpconnection.h"
 #include "httplistener.h"
 
+#include <QHash>
 #include <QSet>
 #include <QSslCertificate>
 #include <QSslKey>
@@ -16,11 +17,14 @@ struct Server::Private
     Setup setup;
     QList<Listener*> listeners;
     QSet<Connection*> connections;
+    QHash<QHostAddress, int> perAddress;
     QString error;
 
     quint16 listen(Server* server, const QHostAddress& address, quint16 port,
         const std::optional<QSslConfiguration>& tls);
+    bool mayAccept(const QHostAddress& peer) const;
     void accept(Server* server, QTcpSocket* socket, bool secure);
+    void forget(Connection* connection, const QHostAddress& peer);
 };
 
 Server::Server(QObject* parent)
@@ -72,10 +76,10 @@ quint16 Server::listen(const QHostAddress& address, quint16 port, const QSslConf
 quint16 Server::Private::listen(Server* server, const QHostAddress& address, quint16 port,
     const std::optional<QSslConfiguration>& tls)
 {
-    const auto mayAccept = [this] { return connections.size() < setup.limits.connections; };
+    const auto may = [this](const QHostAddress& peer) { return mayAccept(peer); };
     const auto take = [this, server](
                           QTcpSocket* socket, bool secure) { accept(server, socket, secure); };
-    auto listener = std::make_unique<Listener>(tls, mayAccept, take, server);
+    auto listener = std::make_unique<Listener>(tls, may, take, server);
     if (!listener->start(address, port)) {
         error = listener->errorString();
         return 0;
@@ -84,12 +88,27 @@ quint16 Server::Private::listen(Server* server, const QHostAddress& address, qui
     return listener.release()->serverPort();
 }
 
+bool Server::Private::mayAccept(const QHostAddress& peer) const
+{
+    const int ofOne = setup.limits.connectionsPerAddress;
+    return connections.size() < setup.limits.connections
+        && (ofOne == 0 || perAddress.value(peer) < ofOne);
+}
+
 void Server::Private::accept(Server* server, QTcpSocket* socket, bool secure)
 {
+    const QHostAddress peer = socket->peerAddress();
     auto* connection = new Connection(setup, socket, secure, server);
     connections += connection;
-    QObject::connect(
-        connection, &Connection::gone, server, [this, connection] { connections -= connection; });
+    ++perAddress[peer];
+    QObject::connect(connection, &Connection::gone, server,
+        [this, connection, peer] { forget(connection, peer); });
+}
+
+void Server::Private::forget(Connection* connection, const QHostAddress& peer)
+{
+    if (connections.remove(connection) && --perAddress[peer] <= 0)
+        perAddress.remove(peer);
 }
 
 QString Server::errorString() const
@@ -108,6 +127,7 @@ void Server::close()
         listener->close();
         listener->deleteLater();
     }
+    d->perAddress.clear();
     for (Connection* connection : std::exchange(d->connections, {}))
         connection->cut();
 }

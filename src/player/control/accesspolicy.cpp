@@ -4,6 +4,8 @@
 
 #include <QHostInfo>
 
+#include <algorithm>
+
 namespace control {
 
 AccessPolicy::AccessPolicy(const QStringList& hosts, QByteArray token)
@@ -68,6 +70,16 @@ bool isOurOrigin(const http::Request& head)
         && (origin == "http://" + authority || origin == "https://" + authority);
 }
 
+/// Browsers tell of requests by other pages what no page can change; programs tell nothing.
+bool isOfAnotherSite(const http::Request& head)
+{
+    const QList<QByteArray> sites = head.headers.values("Sec-Fetch-Site");
+    return std::any_of(sites.begin(), sites.end(), [](const QByteArray& site) {
+        const QByteArray name = site.trimmed().toLower();
+        return name != "same-origin" && name != "none";
+    });
+}
+
 bool isJson(const http::Request& head)
 {
     const QByteArray type = head.headers.value("Content-Type").toLower();
@@ -124,11 +136,14 @@ std::optional<http::Response> AccessPolicy::judge(const http::Request& head) con
         refusal.headers.set("WWW-Authenticate", "Bearer");
         return refusal;
     }
-    if (head.method != "POST")
-        return std::nullopt;
-    if (!isOurOrigin(head))
+    // Reading, too, makes the player ask the service.
+    const bool foreign =
+        (isApi(head) && isOfAnotherSite(head)) || (head.method == "POST" && !isOurOrigin(head));
+    if (foreign)
         return problem(
             403, {}, QStringLiteral("Only the player's own page may steer it from a browser."));
+    if (head.method != "POST")
+        return std::nullopt;
     if (!isJson(head))
         return problem(415, {}, QStringLiteral("Send application/json."));
     return std::nullopt;

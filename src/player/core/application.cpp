@@ -9,6 +9,7 @@
 #include "httpclient.h"
 #include "mpris.h"
 #include "oauth2service.h"
+#include "openfiles.h"
 #include "pictureclient.h"
 #include "player.h"
 #include "pluginhost.h"
@@ -210,6 +211,10 @@ bool Application::listen()
     }
     initWebPage();
     control::Options options;
+    // Clients must leave descriptors for the sound, and one of them places for the others.
+    options.limits.connections = qMin(options.limits.connections, openFilesAtMost() / 2);
+    if (!address.isLoopback())
+        options.limits.connectionsPerAddress = qMin(256, options.limits.connections / 2);
     options.hosts = m_settings.list("control.hosts");
     options.token = m_token.toLatin1();
     options.fetchArtwork = [this](const QString& url, const auto& done) {

@@ -142,6 +142,28 @@ TEST_F(LimitsOf, ConnectionsTurnTheNextOneAway)
     EXPECT_EQ(RawPeer(port()).ask("GET", "/a").body, "A");
 }
 
+TEST_F(LimitsOf, ConnectionsOfOneAddressLeaveRoomForOthers)
+{
+    limits.connectionsPerAddress = 2;
+    RawPeer first(port());
+    EXPECT_EQ(first.ask("GET", "/a").body, "A");
+    auto second = std::make_unique<RawPeer>(port());
+    EXPECT_EQ(second->ask("GET", "/a").body, "A");
+    EXPECT_EQ(RawPeer(port()).answer().status, 503);
+
+    QTcpSocket other;
+    ASSERT_TRUE(other.bind(QHostAddress(QStringLiteral("127.0.0.2"))));
+    other.connectToHost(QHostAddress::LocalHost, port());
+    other.write("GET /a HTTP/1.1\r\nHost: localhost\r\n\r\n");
+    QByteArray answer;
+    EXPECT_TRUE(waitUntil([&] { return (answer += other.readAll()).endsWith("\r\n\r\nA"); }));
+    EXPECT_TRUE(answer.startsWith("HTTP/1.1 200 ")) << answer.constData();
+
+    second.reset();
+    EXPECT_TRUE(waitUntil([&] { return server.connectionCount() == 2; }));
+    EXPECT_EQ(RawPeer(port()).ask("GET", "/a").body, "A");
+}
+
 TEST_F(LimitsOf, TimeEndASlowHead)
 {
     limits.headTimeoutMs = 150;

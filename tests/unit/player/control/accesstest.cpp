@@ -89,6 +89,27 @@ TEST_F(Access, NeverLetsOtherSitesReadAlong)
     }
 }
 
+TEST_F(Access, IsRefusedToWhatOtherSitesEmbed)
+{
+    for (const char* target : { "/api/v1/state", "/api/v1/rows", "/api/v1/events" }) {
+        for (const char* site :
+            { "cross-site", "same-site", "Cross-Site", "", "same-origin, none" }) {
+            const RawPeer::Answer answer = RawPeer(port()).ask(
+                "GET", target, {}, QByteArray("Sec-Fetch-Site: ") + site + "\r\n");
+            EXPECT_EQ(answer.status, 403) << target << ' ' << site;
+        }
+    }
+    EXPECT_TRUE(player.calls.isEmpty());
+    for (const char* site : { "same-origin", "none" })
+        EXPECT_EQ(
+            RawPeer(port())
+                .ask("GET", "/api/v1/state", {}, QByteArray("Sec-Fetch-Site: ") + site + "\r\n")
+                .status,
+            200);
+    // A link to the page may stand anywhere.
+    EXPECT_NE(RawPeer(port()).ask("GET", "/", {}, "Sec-Fetch-Site: cross-site\r\n").status, 403);
+}
+
 TEST_F(Access, ToChangesTakesJsonAlone)
 {
     for (const char* type : { "text/plain", "application/x-www-form-urlencoded",
