@@ -19,6 +19,17 @@ const playerctl = (...words) =>
 const says = (what, ...words) =>
   eventually(`${words.join(' ')} is ${what}`, async () => playerctl(...words) === what);
 
+/** A command that the player may have to be ready for: playerctl fails until it is. */
+const takes = (command) =>
+  eventually(`${command} is taken`, async () => {
+    try {
+      playerctl(command);
+      return true;
+    } catch {
+      return false;
+    }
+  });
+
 const api = async (method, path, body) => {
   const headers = { 'content-type': 'application/json' };
   const answer = await fetch(`${programs.url}/api/v1${path}`, {
@@ -50,7 +61,7 @@ it('is there before anything plays', () => says('Stopped', 'status'));
 it('shows what plays, and takes every command', async () => {
   await playAlbum();
   await says('Playing', 'status');
-  playerctl('pause');
+  await takes('pause'); // not before the sound has come
   await says('Paused', 'status');
   const title = playerctl('metadata', 'xesam:title');
   assert.notEqual(title, '');
@@ -58,7 +69,7 @@ it('shows what plays, and takes every command', async () => {
   assert.match(playerctl('metadata', 'mpris:artUrl'), /^http:/);
   playerctl('position', '5');
   await says('5.000000', 'position');
-  playerctl('next');
+  await takes('next');
   const other = async () => playerctl('metadata', 'xesam:title') !== title;
   await eventually('another track plays', other);
   playerctl('loop', 'Track');
@@ -72,9 +83,11 @@ it('shows what plays, and takes every command', async () => {
 });
 
 it('shows the rating of what plays, and stops', async () => {
+  const ratable = async () => (await api('GET', '/state')).player.controls.like;
+  await eventually('it can be rated', ratable);
   await api('POST', '/player/like', {});
   const rated = () => playerctl('metadata', '--format', '{{xesam:userRating}}') === '1.0';
   await eventually('the rating is shown', async () => rated());
-  playerctl('stop');
+  await takes('stop');
   await says('Stopped', 'status');
 });
