@@ -106,17 +106,20 @@ GstStreamer::Item GstStreamer::itemOf(quint64 id, const TavuRoles& roles, Stream
 
 void GstStreamer::doPlay(quint64 id, const TavuRoles& roles)
 {
+    StreamFailure failure;
+    Item item = itemOf(id, roles, failure);
+    // It is fetched already while what played is taken down.
+    std::unique_ptr<Branch> branch = failure.isSet() ? nullptr : makeBranch(item, Access::Linear);
     closeBranches();
     forget();
-    StreamFailure failure;
-    m_item = itemOf(id, roles, failure);
+    m_item = std::move(item);
     LOG4CPLUS_INFO(
         logger, "Play " << id << ": \"" << m_item->title << "\" at " << m_item->startMs << " ms");
     if (!failure.isSet())
         failure = openOutput();
     if (failure.isSet())
         return failPresent(failure);
-    startPresent(m_item->startMs);
+    startPresent(std::move(branch), m_item->startMs);
 }
 
 void GstStreamer::doSetNext(quint64 id, const TavuRoles& roles)

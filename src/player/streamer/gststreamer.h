@@ -103,7 +103,7 @@ private:
 
     // The present item's course.
     void startPresent(qint64 positionMs);
-    void startPresent(qint64 positionMs, Access access);
+    void startPresent(std::unique_ptr<Branch> branch, qint64 positionMs);
     void reopen(qint64 positionMs);
     void reopen(qint64 positionMs, Access access);
     void seekPresent();

@@ -2,6 +2,7 @@
 #include "gststreamer.h"
 
 #include "branch.h"
+#include "gstruntime.h"
 #include "pipeline.h"
 #include "tavulog.h"
 #include "transferloop.h"
@@ -24,6 +25,7 @@ constexpr qint64 refillTargetMs = 2000;
 
 std::unique_ptr<Branch> GstStreamer::makeBranch(const Item& item, Access access)
 {
+    initGStreamer();
     if (!m_loop)
         m_loop = std::make_unique<TransferLoop>();
     return std::make_unique<Branch>(
@@ -32,10 +34,10 @@ std::unique_ptr<Branch> GstStreamer::makeBranch(const Item& item, Access access)
 
 void GstStreamer::startPresent(qint64 positionMs)
 {
-    startPresent(positionMs, Access::Linear);
+    startPresent(makeBranch(*m_item, Access::Linear), positionMs);
 }
 
-void GstStreamer::startPresent(qint64 positionMs, Access access)
+void GstStreamer::startPresent(std::unique_ptr<Branch> branch, qint64 positionMs)
 {
     m_prerolled = false;
     m_buffering = false;
@@ -47,7 +49,7 @@ void GstStreamer::startPresent(qint64 positionMs, Access access)
     if (positionMs > 0)
         m_seekTo = positionMs;
     m_restingPosition = 0;
-    m_branch = makeBranch(*m_item, access);
+    m_branch = std::move(branch);
     m_pipeline->pause();
     m_pipeline->add(*m_branch);
     applyState();
@@ -68,7 +70,7 @@ void GstStreamer::reopen(qint64 positionMs, Access access)
     if (failure.isSet())
         return loseOutput(failure);
     m_outputLost = false;
-    startPresent(positionMs, access);
+    startPresent(makeBranch(*m_item, access), positionMs);
     if (m_next)
         prepareNext();
 }
