@@ -6,6 +6,14 @@ import { limit, trials } from './support/trial.mjs';
 const entry = trials();
 const audio = (effect) => ({ kind: 'audio', ...effect });
 
+/** Rules for sound strike the album's first track alone: what else is fetched ahead is not meant. */
+async function forFirstTrack(house, rules) {
+  const { tracks } = await house.emu('GET', 'catalogue');
+  const [{ id }] = tracks.filter(({ album }) => album === house.album.title)
+    .sort((one, other) => one.place - other.place);
+  return rules.map((rule) => (rule.kind === 'audio' ? { ...rule, path: `/audio/${id}.*` } : rule));
+}
+
 const told = async (house, after) => (await house.messages())
   .filter(({ id }) => !after.has(id)).map(({ title, text }) => `${title} ${text}`);
 const known = async (house) => new Set((await house.messages()).map(({ id }) => id));
@@ -14,7 +22,7 @@ const known = async (house) => new Set((await house.messages()).map(({ id }) => 
 function skipped(title, text, ...rules) {
   entry(title, async (house) => {
     const before = await known(house);
-    await house.fault(...rules);
+    await house.fault(...await forFirstTrack(house, rules));
     await house.play(house.album);
     await house.until(async () => (await told(house, before)).some((line) => line.includes(text)),
       text, limit(10000));
@@ -28,7 +36,7 @@ function skipped(title, text, ...rules) {
 function heard(title, seekTo, ...rules) {
   entry(title, async (house) => {
     const before = await known(house);
-    await house.fault(...rules);
+    await house.fault(...await forFirstTrack(house, rules));
     assert.equal((await house.play(house.album)).status, 200);
     const { title: playing } = await house.waitForState(State.playing);
     if (seekTo) await house.command('seek', { position: seekTo });
@@ -49,10 +57,17 @@ skipped('M10 a web page', 'is not audio', audio({ effect: 'body', text: '<html>'
 skipped('M11 nothing', 'is empty', audio({ effect: 'body', type: 'audio/flac', times: 1 }));
 skipped('M12 noise', 'is not audio', audio({ effect: 'body', noise: 100000, type: 'audio/flac', times: 1 }));
 skipped('M13 a circle of redirects', 'redirects in a circle', audio({ effect: 'redirect', times: 6 }));
-skipped('M22 a key header that breaks the line', 'key headers are malformed', {
-  kind: 'chunk', effect: 'edit', times: 1,
-  set: { '/trackDefinitions/*/audio/headers': { keyHeaders: [{ name: 'x-audio-key', value: 'a\r\nb: c' }] } },
-});
+entry('M22 key headers that break the line', async (house) => {
+  const before = await known(house);
+  await house.fault({
+    kind: 'chunk', effect: 'edit',
+    set: { '/trackDefinitions/*/audio/headers': { keyHeaders: [{ name: 'x-audio-key', value: 'a\r\nb: c' }] } },
+  });
+  const since = await house.mark();
+  await house.play(house.album);
+  await house.until(async () => (await told(house, before)).some((line) => line.includes('key headers are malformed')), 'the words');
+  assert.deepEqual(await house.ledger('audio', since), []);
+}, { plays: true });
 
 heard('M06 a stall in the body: it goes on elsewhere', 0, audio({ effect: 'stall', after: 60000, times: 1 }));
 heard('M07 cut off before its length', 0, audio({ effect: 'cut', after: 60000, times: 1 }));
@@ -65,14 +80,16 @@ for (const duration of [0, -5, 3000000]) {
 }
 
 entry('M13 key headers do not go to another host', async (house) => {
-  await house.fault({ kind: 'chunk', effect: 'key-headers' },
-    audio({ effect: 'redirect', toHost: `localhost:${house.service.httpPort}`, times: 1 }));
+  const before = await known(house);
+  await house.fault({ kind: 'chunk', effect: 'key-headers' }, ...await forFirstTrack(house,
+    [audio({ effect: 'redirect', toHost: `localhost:${house.service.httpPort}`, times: 1 })]));
   const since = await house.mark();
   await house.play(house.album);
   const foreign = await house.until(async () => (await house.ledger('audio', since))
     .find(({ host }) => host === 'localhost'), 'the request');
   assert.equal(foreign.keyHeaders, false);
   assert.equal(foreign.bearerSent, false);
+  await house.until(async () => (await told(house, before)).some((line) => line.includes('403 Forbidden')), 'its refusal');
 }, { plays: true });
 
 entry('M14 half as fast as it plays: it buffers, and does not skip', async (house) => {

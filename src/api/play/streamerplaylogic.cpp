@@ -62,7 +62,7 @@ void StreamerPlayLogic::setDataRequest(const CMSetDataRequest& request)
     const TavuPlayLogicCommand record(tavuvariant::toHash(request.value()));
     if (record.command() == QLatin1String("play")) {
         m_mediaRoles = TavuPlayLogicPlayArgs(record.args()).mediaRoles();
-        m_failuresInARow = 0;
+        m_failedInARow.clear();
         m_play = request.reply();
         cmchain::whenFinished(m_play, m_context, [this](const CMReply<QVariant>& play) {
             if (m_playAwaited && play == m_play)
@@ -95,8 +95,28 @@ void StreamerPlayLogic::sendPlayCommand(const TavuRoles& roles, const QVariantHa
     m_present = newItem(roles);
     setPosition(roles.mediaData().metaData().startTime());
     setState(TavuPlayLogicState::Buffering);
-    if (Streamer* streamer = Streamer::instance())
+    if (hasFailedInARow(roles))
+        giveUpLater();
+    else if (Streamer* streamer = Streamer::instance())
         streamer->play(m_present.id, roles, attributes);
+}
+
+/// With repeat the tracks come round again, though none of them can be played.
+bool StreamerPlayLogic::hasFailedInARow(const TavuRoles& roles) const
+{
+    return !roles.path().isEmpty() && m_failedInARow.contains(roles.path());
+}
+
+/// Not while the logic is still sending its command.
+void StreamerPlayLogic::giveUpLater()
+{
+    const auto giveUp = [this, id = m_present.id] {
+        if (!isPresent(id))
+            return;
+        m_present.failure = m_lastFailure;
+        Q_EMIT playbackFailed(m_lastFailure);
+    };
+    QMetaObject::invokeMethod(this, giveUp, Qt::QueuedConnection);
 }
 
 void StreamerPlayLogic::sendSetNextMediaCommand(
@@ -233,7 +253,7 @@ void StreamerPlayLogic::on_streamer_positionChanged(quint64 id, qint64 position)
     if (!isPresent(id))
         return;
     if (position > soundedLongEnough)
-        m_failuresInARow = 0;
+        m_failedInARow.clear();
     setPosition(position);
     Q_EMIT positionChanged(position);
 }
@@ -294,6 +314,7 @@ void StreamerPlayLogic::skipPresent(const CMError& error)
 {
     const quint64 id = m_present.id;
     m_present.failure = error;
+    m_lastFailure = error;
     setPosition(playTime());
     setState(TavuPlayLogicState::Buffering);
     // The logic goes on from the item that it knows as started.
@@ -301,8 +322,9 @@ void StreamerPlayLogic::skipPresent(const CMError& error)
         startPresent();
     if (!isPresent(id))
         return;
+    m_failedInARow.append(m_present.roles.path());
     const bool hopeless = error.name() == Streamer::outputErrorName()
-        || ++m_failuresInARow >= failuresAtMost || !m_data.controls().next();
+        || m_failedInARow.size() >= failuresAtMost || !m_data.controls().next();
     if (hopeless) {
         Q_EMIT playbackFailed(error);
         return;

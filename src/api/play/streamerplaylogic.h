@@ -88,6 +88,8 @@ private:
     bool isPresent(quint64 id) const { return id != 0 && id == m_present.id; }
     void startPresent();
     void skipPresent(const CMError& error);
+    bool hasFailedInARow(const TavuRoles& roles) const;
+    void giveUpLater();
     bool isPlayUnderWay() const { return !!m_play.data() && !m_play.isFinished(); }
     void awaitPlay();
     void pausePresent();
@@ -106,6 +108,7 @@ private:
     bool m_playAwaited = false; // Nothing sounds any more, and a play command is under way.
     qint64 m_position = 0; // When m_positionAge was started.
     QElapsedTimer m_positionAge;
-    int m_failuresInARow = 0;
+    QList<CMPath> m_failedInARow; // The items that failed since one sounded.
+    CMError m_lastFailure;
     CMContext m_context;
 };

@@ -1,4 +1,5 @@
 #include "streamerplaylogicfixture.h"
+#include "watchdog.h"
 
 namespace {
 
@@ -207,6 +208,26 @@ TEST_F(StreamerPlayLogicFollowingTest, gives_up_after_five_failures_in_a_row)
     EXPECT_EQ(m_skipped.size(), 4);
     EXPECT_EQ(m_failures, QStringList{ QStringLiteral("gone") });
     EXPECT_EQ(m_logic->state(), State::Idle);
+}
+
+TEST_F(StreamerPlayLogicFollowingTest, tries_no_item_twice_when_none_can_be_played)
+{
+    const auto at = [](const char* name) {
+        TavuRoles roles = item(name);
+        roles.setPath(CMPath(QString::fromLatin1(name)));
+        return roles;
+    };
+    bool first = false;
+    m_logic->whenNext = [&] {
+        m_logic->sendPlayCommand(at(std::exchange(first, !first) ? "one" : "two"), {});
+    };
+    play(at("one"));
+    m_streamer.tellFailed(failure());
+    m_streamer.tellFailed(failure());
+    EXPECT_TRUE(waitUntil([&] { return m_logic->state() == State::Idle; }));
+    EXPECT_EQ(m_streamer.count(Kind::Play), 2);
+    EXPECT_EQ(m_skipped.size(), 2);
+    EXPECT_EQ(m_failures, QStringList{ QStringLiteral("gone") });
 }
 
 TEST_F(StreamerPlayLogicFollowingTest, an_item_that_sounded_for_a_while_clears_the_count)

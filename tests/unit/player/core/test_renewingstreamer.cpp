@@ -196,6 +196,23 @@ TEST_F(RenewingStreamerTest, goes_on_at_its_position_with_a_fresh_resource_after
     EXPECT_EQ(started, QList<quint64>({ 1 })) << "a re-opened item is the same playback";
 }
 
+TEST_F(RenewingStreamerTest, renews_the_next_item_too_after_a_pause)
+{
+    const qint64 shortly = QDateTime::currentMSecsSinceEpoch() + 30;
+    streamer.play(1, item(QStringLiteral("a"), shortly), {});
+    inner.startPresent();
+    streamer.setNextMedia(2, item(QStringLiteral("b"), shortly), {});
+    streamer.pause();
+    ASSERT_TRUE(waitUntil([&] { return QDateTime::currentMSecsSinceEpoch() > shortly; }));
+    streamer.renewIfExpired([](const CMError&) {});
+    inner.forgetCommands();
+    streamer.resume();
+    inner.expect(Kind::Play);
+    const auto next = inner.expect(Kind::SetNextMedia);
+    EXPECT_EQ(next.id, 2U);
+    EXPECT_EQ(uriOf(next.roles), QStringLiteral("fresh"));
+}
+
 TEST_F(RenewingStreamerTest, asks_nobody_before_the_resume_of_a_valid_item)
 {
     streamer.play(1, item(QStringLiteral("a"), soon()), {});
