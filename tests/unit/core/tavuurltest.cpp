@@ -138,6 +138,25 @@ TEST(TavuUrl, parts_that_are_set_stand_in_the_url)
     EXPECT_EQ(changed.toEncoded(), QByteArray("https://new.example:444/x%2Fy%20z?q=1#f"));
 }
 
+TEST(TavuUrl, is_invalid_for_good_once_a_part_cannot_be_one)
+{
+    for (const char* path : { "no/slash", "no:slash" }) {
+        TavuUrl changed = url("https://h/p?q=1#f");
+        changed.setPath(QString::fromLatin1(path));
+        EXPECT_FALSE(changed.isValid()) << path;
+        changed.setQueryItems({ { QStringLiteral("a"), QStringLiteral("b") } });
+        changed.addQueryItem(QStringLiteral("c"), QStringLiteral("d"));
+        changed.setFragment(QStringLiteral("f"));
+        changed.setScheme(QStringLiteral("https"));
+        changed.setHost(QStringLiteral("other"));
+        changed.setPort(1);
+        changed.setPath(QStringLiteral("/p"));
+        EXPECT_FALSE(changed.isValid()) << path;
+        EXPECT_FALSE(changed.isEmpty()) << path;
+        EXPECT_TRUE(changed.toEncoded().isEmpty()) << path;
+    }
+}
+
 TEST(TavuUrl, a_fragment_is_set_and_read_as_plain_text)
 {
     for (const char* text :

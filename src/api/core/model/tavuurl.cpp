@@ -66,6 +66,17 @@ void TavuUrl::take(const QUrl& url)
     m_broken = m_encoded.isEmpty() && !url.isEmpty();
 }
 
+/// What is no URL any more does not become one by another part.
+template <class Change>
+void TavuUrl::change(Change&& change)
+{
+    if (m_broken)
+        return;
+    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
+    change(url);
+    take(url);
+}
+
 QString TavuUrl::scheme() const
 {
     return text(split(view(m_encoded)).scheme);
@@ -73,9 +84,7 @@ QString TavuUrl::scheme() const
 
 void TavuUrl::setScheme(const QString& scheme)
 {
-    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
-    url.setScheme(scheme);
-    take(url);
+    change([&](QUrl& url) { url.setScheme(scheme); });
 }
 
 QString TavuUrl::host() const
@@ -85,9 +94,7 @@ QString TavuUrl::host() const
 
 void TavuUrl::setHost(const QString& host)
 {
-    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
-    url.setHost(host);
-    take(url);
+    change([&](QUrl& url) { url.setHost(host); });
 }
 
 int TavuUrl::port() const
@@ -98,9 +105,7 @@ int TavuUrl::port() const
 
 void TavuUrl::setPort(int port)
 {
-    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
-    url.setPort(port);
-    take(url);
+    change([&](QUrl& url) { url.setPort(port); });
 }
 
 bool TavuUrl::hasUserInfo() const
@@ -115,9 +120,7 @@ QString TavuUrl::path() const
 
 void TavuUrl::setPath(const QString& encoded)
 {
-    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
-    url.setPath(encoded, QUrl::TolerantMode);
-    take(url);
+    change([&](QUrl& url) { url.setPath(encoded, QUrl::TolerantMode); });
 }
 
 QString TavuUrl::fragment() const
@@ -128,6 +131,8 @@ QString TavuUrl::fragment() const
 
 void TavuUrl::setFragment(const QString& decoded)
 {
+    if (m_broken)
+        return;
     const QString encoded = percentEncoded(decoded);
     Parts parts = split(view(m_encoded));
     parts.fragment = decoded.isNull() ? View() : view(encoded);
@@ -153,9 +158,9 @@ void TavuUrl::setQueryItems(const QueryItems& items)
     QStringList query;
     for (const auto& [name, value] : items)
         query.append(value.isNull() ? name : name + QLatin1Char('=') + value);
-    QUrl url = QUrl::fromEncoded(m_encoded.toLatin1());
-    url.setQuery(query.isEmpty() ? QString() : query.join(QLatin1Char('&')));
-    take(url);
+    change([&](QUrl& url) {
+        url.setQuery(query.isEmpty() ? QString() : query.join(QLatin1Char('&')));
+    });
 }
 
 void TavuUrl::addQueryItem(const QString& name, const QString& value)

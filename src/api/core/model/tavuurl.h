@@ -37,7 +37,7 @@ public:
     /// Not empty and well-formed; a relative reference is valid.
     bool isValid() const { return !m_encoded.isEmpty(); }
 
-    // Parts. Setting one to what cannot be a part makes the URL invalid.
+    // Parts. Setting one to what cannot be a part makes the URL invalid, and so it stays.
     QString scheme() const;
     void setScheme(const QString& scheme);
     /// In the form that is sent (lower case, punycode), without port.
@@ -71,6 +71,8 @@ public:
 
 private:
     void take(const QUrl& url);
+    template <class Change>
+    void change(Change&& change);
 
     QString m_encoded; // Spelled in the one way that this class writes a URL.
     bool m_broken = false; // It was made from something that is no URL.
