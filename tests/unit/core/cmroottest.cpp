@@ -215,6 +215,28 @@ TEST_F(CMRootTest, names_the_path_for_which_no_service_answers)
     }
 }
 
+TEST_F(CMRootTest, of_two_workers_with_one_prefix_the_first_answers_until_it_is_removed)
+{
+    CMNodesWorker first({}, QStringLiteral("a"));
+    CMNodesWorker second({}, QStringLiteral("a"));
+    CMListRowsNode::create(first.nodes(), path("/a/list"))->setTitle(TrString("first"));
+    CMListRowsNode::create(second.nodes(), path("/a/list"))->setTitle(TrString("second"));
+    for (CMNodesWorker* worker : { &first, &second })
+        m_root.addWorker(worker, worker->prefix());
+    m_root.addWorker(&first, path("/b/"));
+    const auto answering = [this] {
+        const CMGetRowsRequest request(path("/a/list"), 0, 0, {});
+        m_root.request(request);
+        return expectValue(request.reply()).roles().title();
+    };
+    EXPECT_EQ(answering(), QStringLiteral("first"));
+    m_root.removeWorker(&first);
+    EXPECT_EQ(answering(), QStringLiteral("second"));
+    const CMGetRowsRequest elsewhere(path("/b/list"), 0, 0, {});
+    m_root.request(elsewhere);
+    expectError(elsewhere.reply(), QStringLiteral("No service answers for /b/list."));
+}
+
 TEST_F(CMRootTest, a_removed_worker_is_asked_no_more)
 {
     CMNodesWorker worker({}, QStringLiteral("a"));
