@@ -1,14 +1,9 @@
-// Signing in, staying signed in, and being signed out.
+// Signing in, and what keeps one from it.
 import assert from 'node:assert/strict';
-import { readFileSync, chmodSync, statSync } from 'node:fs';
-import { join } from 'node:path';
-import { State } from './support/house.mjs';
-import { trials, words } from './support/trial.mjs';
+import { trials } from './support/trial.mjs';
 
 const entry = trials();
 const login = async (house) => (await house.state()).login;
-const tokenFile = (house) => join(house.stateFolder, 'tokens.json');
-const kept = (house) => JSON.stringify(JSON.parse(readFileSync(tokenFile(house), 'utf8')));
 
 async function signOut(house) {
   await house.told('POST', 'logout');
@@ -38,8 +33,6 @@ async function startFails(house, text, ...rules) {
   await failsWith(house, text);
   return since;
 }
-
-// Codes
 
 signingIn('O01 O02 it asks once in an interval, slower when told, and goes on', async (house) => {
   await house.fault({ kind: 'token', effect: 'oauth-error', error: 'slow_down', times: 1 });
@@ -137,66 +130,6 @@ signingIn('O19 approved twice', async (house) => {
   await house.signedIn();
 });
 
-// Tokens
-
-/** Has the next request renew the token. */
-async function refuseToken(house) {
-  const stragglersMs = 2000;
-  const [last] = (await house.ledger('token')).slice(-1);
-  await house.until(() => Date.now() > Date.parse(last.at) + stragglersMs + 200, 'a moment without renewals');
-  await house.emu('POST', 'login/expire', {});
-}
-
-entry('O10 O12 a renewed login is on the disk, after one request', async (house) => {
-  const before = kept(house);
-  await refuseToken(house);
-  const since = await house.mark();
-  const two = await Promise.all([house.browse(house.albums), house.browse('')]);
-  for (const { status } of two) assert.equal(status, 200);
-  assert.equal((await house.ledger('token', since)).length, 1);
-  assert.notEqual(kept(house), before);
-});
-
-entry('O11 the login is taken back: signed out once, and stopped once', async (house) => {
-  await house.command('resume');
-  await house.waitForState(State.playing);
-  await refuseToken(house);
-  await house.emu('POST', 'login/revoke', {});
-  const since = await house.mark();
-  const answer = await house.browse(house.albums);
-  assert.notEqual(words(answer), '');
-  await house.until(async () => (await login(house)).state === 'loggedOut', 'the end of the login');
-  await house.waitForState(State.idle);
-  assert.equal((await house.ledger('token', since)).length, 1, 'no loop');
-  assert.match((await login(house)).message, /Sign in again/);
-}, { login: 'any', plays: true });
-
-entry('O13 the answer to a renewal is lost before the service acts: made up for', async (house) => {
-  await refuseToken(house);
-  await house.fault({ kind: 'token', effect: 'close', times: 1 });
-  const since = await house.mark();
-  assert.equal((await house.browse(house.albums)).status, 200);
-  assert.equal((await house.ledger('token', since)).length, 2);
-});
-
-entry('O14 the authority is down: the login stays, and is not asked for in a hurry', async (house) => {
-  await refuseToken(house);
-  await house.fault({ kind: 'token', effect: 'status', status: 500 });
-  const before = kept(house);
-  const since = await house.mark();
-  const asked = house.browse(house.albums);
-  await house.until(async () => (await house.ledger('token', since)).length === 1, 'the renewal');
-  await house.until(async () => /tried again every 30 seconds/.test((await login(house)).message), 'the words');
-  assert.equal((await login(house)).state, 'loggedIn');
-  assert.equal(kept(house), before);
-  await house.lift();
-  // The next try comes by itself, 30 s after the first; who has waited as long is told.
-  const answer = await asked;
-  assert.ok([200, 502, 403, 504].includes(answer.status), `${answer.status}`);
-  await house.until(async () => (await house.browse(house.albums)).status === 200, 'the next try', 40000);
-  assert.equal((await house.ledger('token', since)).length, 2);
-});
-
 const poisoned = { 'a line break': 'a\r\nx-b: c', '64 KiB': 'a'.repeat(65536), 'no ASCII': 'tök' };
 for (const [title, token] of Object.entries(poisoned)) {
   signingIn(`O15 a token with ${title}`, async (house) => {
@@ -206,26 +139,3 @@ for (const [title, token] of Object.entries(poisoned)) {
     await failsWith(house, "The service's answer cannot be used");
   });
 }
-
-entry('O18 killed at any moment of a renewal: the old login or the new one', async (house) => {
-  for (let round = 0; round < 6; ++round) {
-    await refuseToken(house);
-    void house.browse(house.albums).catch(() => undefined);
-    const end = performance.now() + round * 3;
-    while (performance.now() < end) await new Promise((done) => { setImmediate(done); });
-    await house.player.kill();
-    await house.startPlayer();
-    await house.until(async () => ['loggedIn', 'loggedOut'].includes((await login(house)).state), 'a state');
-    await house.signedIn();
-  }
-}, { process: 'new', plays: true });
-
-entry('O20 a token file that others can read is mended, and that is said', async (house) => {
-  await house.player.kill();
-  chmodSync(tokenFile(house), 0o644);
-  const start = house.log().length;
-  await house.startPlayer();
-  await house.signedIn();
-  assert.equal(statSync(tokenFile(house)).mode & 0o777, 0o600);
-  assert.match(house.log().slice(start), /its mode is now 0600/);
-}, { process: 'new', plays: true });

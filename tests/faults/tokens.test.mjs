@@ -1,0 +1,93 @@
+// Staying signed in, and being signed out.
+import assert from 'node:assert/strict';
+import { readFileSync, chmodSync, statSync } from 'node:fs';
+import { join } from 'node:path';
+import { State } from './support/house.mjs';
+import { trials, words } from './support/trial.mjs';
+
+const entry = trials();
+const login = async (house) => (await house.state()).login;
+const tokenFile = (house) => join(house.stateFolder, 'tokens.json');
+const kept = (house) => JSON.stringify(JSON.parse(readFileSync(tokenFile(house), 'utf8')));
+
+/** Has the next request renew the token. */
+async function refuseToken(house) {
+  const stragglersMs = 2000;
+  const [last] = (await house.ledger('token')).slice(-1);
+  await house.until(() => Date.now() > Date.parse(last.at) + stragglersMs + 200, 'a moment without renewals');
+  await house.emu('POST', 'login/expire', {});
+}
+
+entry('O10 O12 a renewed login is on the disk, after one request', async (house) => {
+  const before = kept(house);
+  await refuseToken(house);
+  const since = await house.mark();
+  const two = await Promise.all([house.browse(house.albums), house.browse('')]);
+  for (const { status } of two) assert.equal(status, 200);
+  assert.equal((await house.ledger('token', since)).length, 1);
+  assert.notEqual(kept(house), before);
+});
+
+entry('O11 the login is taken back: signed out once, and stopped once', async (house) => {
+  await house.command('resume');
+  await house.waitForState(State.playing);
+  await refuseToken(house);
+  await house.emu('POST', 'login/revoke', {});
+  const since = await house.mark();
+  const answer = await house.browse(house.albums);
+  assert.notEqual(words(answer), '');
+  await house.until(async () => (await login(house)).state === 'loggedOut', 'the end of the login');
+  await house.waitForState(State.idle);
+  assert.equal((await house.ledger('token', since)).length, 1, 'no loop');
+  assert.match((await login(house)).message, /Sign in again/);
+}, { login: 'any', plays: true });
+
+entry('O13 the answer to a renewal is lost before the service acts: made up for', async (house) => {
+  await refuseToken(house);
+  await house.fault({ kind: 'token', effect: 'close', times: 1 });
+  const since = await house.mark();
+  assert.equal((await house.browse(house.albums)).status, 200);
+  assert.equal((await house.ledger('token', since)).length, 2);
+});
+
+entry('O14 the authority is down: the login stays, and is not asked for in a hurry', async (house) => {
+  await refuseToken(house);
+  await house.fault({ kind: 'token', effect: 'status', status: 500 });
+  const before = kept(house);
+  const since = await house.mark();
+  const asked = house.browse(house.albums).catch(() => undefined);
+  await house.until(async () => /tried again every 30 seconds/.test((await login(house)).message), 'the words');
+  assert.equal((await login(house)).state, 'loggedIn');
+  assert.equal((await house.ledger('token', since)).length, 1);
+  assert.equal(kept(house), before);
+  // At its next start it asks at once.
+  await house.lift();
+  await house.player.stop();
+  await asked;
+  await house.startPlayer();
+  await house.signedIn();
+  assert.notEqual(kept(house), before);
+}, { process: 'new', plays: true });
+
+entry('O18 killed at any moment of a renewal: the old login or the new one', async (house) => {
+  for (let round = 0; round < 4; ++round) {
+    await refuseToken(house);
+    void house.browse(house.albums).catch(() => undefined);
+    const end = performance.now() + round * 3;
+    while (performance.now() < end) await new Promise((done) => { setImmediate(done); });
+    await house.player.kill();
+    await house.startPlayer();
+    await house.until(async () => ['loggedIn', 'loggedOut'].includes((await login(house)).state), 'a state');
+    await house.signedIn();
+  }
+}, { process: 'new', plays: true });
+
+entry('O20 a token file that others can read is mended, and that is said', async (house) => {
+  await house.player.kill();
+  chmodSync(tokenFile(house), 0o644);
+  const start = house.log().length;
+  await house.startPlayer();
+  await house.signedIn();
+  assert.equal(statSync(tokenFile(house)).mode & 0o777, 0o600);
+  assert.match(house.log().slice(start), /its mode is now 0600/);
+}, { process: 'new', plays: true });
