@@ -401,6 +401,22 @@ describe('messages of the service', () => {
       assert.deepEqual(await page.locator('.message-title').allInnerTexts(), ['Two', 'One']);
     }));
 
+  it('lay no note on top of their own list', () =>
+    visit({ wide: false }, async ({ mock, page, person }) => {
+      await person.row('Open Albums').waitFor();
+      mock.state.addMessage('error', 'One', '');
+      await page.locator('.toast').waitFor();
+      await person.goTo('Messages');
+      await page.locator('.toast').waitFor({ state: 'detached' });
+      mock.state.addMessage('skipped', 'Two', '');
+      await page.getByRole('listitem').filter({ hasText: 'Two' }).waitFor();
+      await page.getByRole('status').getByText('Two').waitFor({ state: 'attached' });
+      assert.equal(await page.locator('.toast').count(), 0);
+      await person.goTo('Browse');
+      await person.row('Open Albums').waitFor();
+      assert.equal(await page.locator('.toast').count(), 0);
+    }));
+
   it("offer the service's buttons in the list too", () =>
     visit({}, async ({ mock, page, person }) => {
       await person.row('Open Albums').waitFor();

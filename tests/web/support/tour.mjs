@@ -42,6 +42,7 @@ export async function tour({ mock, page, wide, look }) {
     { type: 106, title: 'Read on', link: 'https://service.test/x' },
   ]);
   await page.locator('.toast').first().waitFor();
+  await look('notes');
   await person.goTo('Messages');
   await look('messages and notes');
   await person.goHome();

@@ -1,5 +1,5 @@
 import { html } from '../html.js';
-import { useEffect, useRef } from '../../vendor/hooks.js';
+import { useEffect, useLayoutEffect, useRef } from '../../vendor/hooks.js';
 import { useApp, useStore } from '../context.js';
 import { shortTime } from '../format.js';
 import { RowType } from '../rows.js';
@@ -57,11 +57,21 @@ export function Messages({ level = 1 }) {
   </section>`;
 }
 
-/** Marks messages as read when the list stands alone on the page, in front of the reader. */
+/**
+ * Marks messages as read when the list stands alone on the page, in front of the reader. What comes
+ * then is said, but needs no note that would lie on top of the list.
+ */
 export function MessagesPlace() {
-  const { actions } = useApp();
+  const { actions, store } = useApp();
   const messages = useStore((state) => state.messages);
+  const toasts = useStore((state) => state.toasts);
   useEffect(() => actions.markRead(), [messages]);
+  useLayoutEffect(() => {
+    for (const { id, title } of toasts.filter((toast) => toast.told)) {
+      actions.closeToast(id);
+      store.dispatch({ type: 'announce', text: title });
+    }
+  }, [toasts]);
   return html`<${Messages} />`;
 }
 
