@@ -54,8 +54,7 @@ const QVector<SettingInfo>& Settings::all()
         setting("player.mpris", Type::Boolean, "true",
             "Whether desktops and media keys may steer the player over D-Bus (MPRIS)."),
         setting("player.mpris-bus", Type::Bus, "auto",
-            "The bus for that: session, system (with the policy that comes with the player), or "
-            "auto: the session's where there is one."),
+            "The bus for that: session, system, or auto: the session's where there is one."),
         setting("player.plugin", Type::Text, "",
             "The plug-in to load. Empty: the one that came with the player."),
         setting("player.plugin-settings", Type::Text, "",
