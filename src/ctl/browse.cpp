@@ -54,10 +54,19 @@ Answer Browse::walk(const QString& steps, QVariantHash& row)
     answer.code = 200;
     for (const QString& name : steps.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
         const QVariantHash from = row;
-        answer = step(name, from, row);
+        const bool searches = from.isEmpty() && name.startsWith(QLatin1Char('?'));
+        answer = searches ? search(name.mid(1).trimmed(), row) : step(name, from, row);
         if (!answer.problem.isEmpty())
             return answer;
     }
+    return answer;
+}
+
+Answer Browse::search(const QString& text, QVariantHash& row)
+{
+    Answer answer = m_api.post(QStringLiteral("/search"), { { QStringLiteral("text"), text } });
+    row = { { QStringLiteral("title"), text },
+        { QStringLiteral("path"), answer.body.value(QStringLiteral("path")) } };
     return answer;
 }
 

@@ -27,9 +27,12 @@ public:
     /// All rows of a path, asked for in windows. An empty path is the root.
     Answer screen(const QString& path, Screen& screen);
     /// Follows "Albums/3/Track title" from the root: each step is a row's number, counted from 1,
-    /// or its title. On success `row` is the row of the last step; an empty walk gives an empty
-    /// row.
+    /// or its title. A first step "?words" is what a search for the words finds. On success `row`
+    /// is the row of the last step; an empty walk gives an empty row.
     Answer walk(const QString& steps, QVariantHash& row);
+
+    /// What a search finds, as a row that leads there.
+    Answer search(const QString& text, QVariantHash& row);
 
 private:
     Answer step(const QString& step, const QVariantHash& from, QVariantHash& row);

@@ -79,17 +79,21 @@ int search(Context& context)
 {
     if (const int code = needLogin(context))
         return code;
-    const Answer found =
-        context.api.post(QStringLiteral("/search"), { { QStringLiteral("text"), context.rest() } });
-    if (const int code = report(context, found))
+    Browse browse(context.api);
+    QVariantHash found;
+    const Answer searched = browse.search(context.rest(), found);
+    if (const int code = report(context, searched))
         return code;
     Screen screen;
-    const Answer answer =
-        Browse(context.api).screen(found.body.value(QStringLiteral("path")).toString(), screen);
+    const Answer answer = browse.screen(found.value(QStringLiteral("path")).toString(), screen);
     const int code = printRows(context, answer, screen);
-    if (code == Done && screen.rows.isEmpty() && !context.options.json)
+    if (code != Done || context.options.json)
+        return code;
+    if (screen.rows.isEmpty())
         printLine(QStringLiteral("Nothing found for \"%1\".").arg(context.rest()));
-    return code;
+    else if (!context.rest().contains(QLatin1Char('/')))
+        printLine(QStringLiteral("To play one: tavu-ctl play \"?%1/NUMBER\"").arg(context.rest()));
+    return Done;
 }
 
 /// A play command is answered when the player has a stream to open; whether it sounds shows later.
@@ -141,6 +145,13 @@ int open(Context& context)
     QVariantHash row;
     if (const int code = walk(context, row))
         return code;
+    const int type = row.value(QStringLiteral("type")).toInt();
+    if (type == TavuRolesType::Folder || type == TavuRolesType::Playable)
+        return fail(context.options, Failed,
+            QStringLiteral("\"%1\" is no button. To see or hear it: tavu-ctl %2 \"%3\"")
+                .arg(row.value(QStringLiteral("title")).toString(),
+                    type == TavuRolesType::Folder ? QStringLiteral("ls") : QStringLiteral("play"),
+                    context.rest()));
     return activate(context, row);
 }
 
@@ -288,8 +299,8 @@ const std::vector<Command>& commands()
     static const std::vector<Command> all{
         command("login", "", 0, 0, "sign in with a code and wait for it", login),
         command("logout", "", 0, 0, "sign out", post("/logout")),
-        command("ls", "[ROW/ROW/...]", 0, words, "show a screen; a row is its number or its title",
-            list),
+        command("ls", "[ROW/ROW/...]", 0, words,
+            "show a screen; a row is its number or title, or ?TEXT for a search", list),
         command("search", "TEXT", 1, words, "search the service", search),
         command("play", "ROW/ROW/...", 1, words, "play a row", play),
         command("open", "ROW/ROW/...", 1, words, "press an action row", open),

@@ -65,7 +65,8 @@ protected:
         player.answerWith(QVariant());
         player.m_login = hash(R"({"state": "loggedIn", "message": ""})");
         player.m_player = hash(R"({"state": 0, "error": null})");
-        player.pages[QString()] = { hash(R"({"title": "Song", "type": 3, "path": "/song"})") };
+        player.pages[QString()] = { hash(R"({"title": "Song", "type": 3, "path": "/song"})"),
+            hash(R"({"title": "Renew", "type": 102, "path": "/renew"})") };
         player.pages[text("/refused")] = {
             hash(R"({"title": "Not in your plan", "longDescription": "Larger plans play it.",
                      "type": 6})"),
@@ -249,6 +250,17 @@ TEST_F(Ctl, RowsThatAreNotThereAreNamed)
     }
 }
 
+TEST_F(Ctl, OpenTellsHowToSeeOrHearWhatIsNoButton)
+{
+    EXPECT_EQ(run({ text("open"), text("Song") }), 1);
+    EXPECT_EQ(
+        err, text("tavu-ctl: \"Song\" is no button. To see or hear it: tavu-ctl play \"Song\""));
+    player.pages[QString()] = { hash(R"({"title": "Albums", "type": 1, "path": "/a"})") };
+    EXPECT_EQ(run({ text("open"), text("1") }), 1);
+    EXPECT_EQ(err, text("tavu-ctl: \"Albums\" is no button. To see or hear it: tavu-ctl ls \"1\""));
+    EXPECT_FALSE(player.told().join(text(" ")).contains(text("activateRow")));
+}
+
 TEST_F(Ctl, WrongArgumentsEndWithTwoAndAHint)
 {
     const QList<QPair<QStringList, QString>> cases{
@@ -294,7 +306,7 @@ TEST_F(Ctl, EveryCommandAnswersInOneLineOfJson)
     player.m_messages = { refusedMessage() };
     const QList<QStringList> commands{ { text("login") }, { text("logout") }, { text("ls") },
         { text("search"), text("Song") }, { text("play"), text("Song") },
-        { text("open"), text("Song") }, { text("pause") }, { text("resume") }, { text("next") },
+        { text("open"), text("Renew") }, { text("pause") }, { text("resume") }, { text("next") },
         { text("prev") }, { text("stop") }, { text("seek"), text("1") },
         { text("volume"), text("30") }, { text("mode"), text("1") }, { text("like") },
         { text("dislike") }, { text("status") }, { text("messages") }, { text("press"), text("1") },
@@ -405,7 +417,7 @@ TEST_F(Ctl, ListsAsJson)
 {
     EXPECT_EQ(run({ text("--json"), text("ls") }), 0);
     const QVariantList rows = TavuJson::parse(out.toUtf8()).toList();
-    ASSERT_EQ(rows.size(), 1);
+    ASSERT_EQ(rows.size(), 2);
     EXPECT_EQ(rows.first().toHash().value(text("title")), text("Song"));
 }
 
@@ -416,6 +428,14 @@ TEST_F(Ctl, SearchesForAllWordsAndListsWhatIsFound)
     EXPECT_EQ(run({ text("search"), text("a"), text("tune & more") }), 0);
     EXPECT_TRUE(player.told().join(text(" ")).contains(text("search[\"a tune & more\"")))
         << player.told().join(text(" ")).toStdString();
+    EXPECT_EQ(out, text("1.  >  Tune\nTo play one: tavu-ctl play \"?a tune & more/NUMBER\""));
+    player.whenPlaying = [this] { player.m_player = hash(R"({"state": 2, "error": null})"); };
+    EXPECT_EQ(run({ text("play"), text("?a tune & more/1") }), 0) << err.toStdString();
+    EXPECT_EQ(player.calls.last().arguments.first().toHash().value(text("path")), text("/tune"));
+    EXPECT_EQ(run({ text("play"), text("?a/2") }), 1);
+    EXPECT_EQ(err, text("tavu-ctl: There is no row \"2\" in \"a\"."));
+    EXPECT_EQ(run({ text("search"), text("AC/DC") }), 0);
+    EXPECT_TRUE(player.told().join(text(" ")).contains(text("search[\"AC/DC\"")));
     EXPECT_EQ(out, text("1.  >  Tune"));
     player.pages[text("/found")].clear();
     EXPECT_EQ(run({ text("search"), text("no") }), 0);
