@@ -11,12 +11,11 @@ SettingInfo setting(
         QString::fromLatin1(description) };
 }
 
-} // namespace
+using Type = SettingType;
 
-const QVector<SettingInfo>& Settings::all()
+QVector<SettingInfo> ofService()
 {
-    using Type = SettingType;
-    static const QVector<SettingInfo> table{
+    return {
         setting(
             "service.base-url", Type::Url, "", "Where the service's root page is. Ends in \"/\"."),
         setting("service.authorization-url", Type::Url, "",
@@ -40,6 +39,12 @@ const QVector<SettingInfo>& Settings::all()
         setting("service.connect-to", Type::Mappings, "",
             "host:port:address:port, several separated by blanks: where connections to a host "
             "really go. For test services on this machine."),
+    };
+}
+
+QVector<SettingInfo> ofPlayer()
+{
+    return {
         setting("player.name", Type::Text, "tavu", "What the player calls itself."),
         setting("player.output", Type::Text, "auto",
             "Where the sound goes: \"auto\", a device's id, or a GStreamer sink description."),
@@ -62,6 +67,12 @@ const QVector<SettingInfo>& Settings::all()
             "A blank within a value is written %20, a percent sign %25."),
         setting("player.state-folder", Type::Text, "",
             "Where tokens and state are kept. Empty: the user's state folder."),
+    };
+}
+
+QVector<SettingInfo> ofControlAndLog()
+{
+    return {
         setting("control.address", Type::Address, "127.0.0.1",
             "The address that the control API and the web page listen on. Any other than a "
             "loopback address asks clients for the token."),
@@ -73,6 +84,13 @@ const QVector<SettingInfo>& Settings::all()
         setting("log.level", Type::LogLevel, "info", "trace, debug, info, warn, error or off."),
         setting("log.file", Type::Text, "", "A file for the log. Empty: standard error."),
     };
+}
+
+} // namespace
+
+const QVector<SettingInfo>& Settings::all()
+{
+    static const QVector<SettingInfo> table = ofService() + ofPlayer() + ofControlAndLog();
     return table;
 }
 
