@@ -89,6 +89,18 @@ async function expectKept(house, expected) {
   }
 }
 
+/** Changes are written a moment after they happen; a kill before that is not what is meant. */
+async function untilWritten(house, { mode, volume }) {
+  await house.until(() => {
+    try {
+      const state = JSON.parse(readFileSync(join(house.stateFolder, 'state.json'), 'utf8'));
+      return state.playMode === mode && state.volume === volume;
+    } catch {
+      return false; // not written yet
+    }
+  }, 'the state on the disk');
+}
+
 /** What the token file holds, and what the client knows. */
 function secrets(house) {
   const found = ['emulator-secret'];
@@ -150,6 +162,7 @@ async function expectGivenBack(house, before, again) {
 async function trial(house, body, { plays = false, login = 'loggedIn', process = 'same' }) {
   await settle(house);
   const before = await kept(house);
+  if (process === 'new') await untilWritten(house, before);
   const figures = house.player.figures();
   const { player } = house;
   const logStart = house.log().length;
