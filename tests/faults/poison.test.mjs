@@ -36,3 +36,32 @@ for (const [title, rule] of Object.entries(poisons)) {
     await comesBack(house);
   }, { process: 'new', plays: true });
 }
+
+/** The next track sounds, or the player has ended. */
+async function next(house) {
+  try {
+    const { title } = await house.now();
+    await house.command('next');
+    await house.until(async () => {
+      const now = await house.now();
+      return now.title !== title && now.state === State.playing;
+    }, 'the next track');
+  } catch (error) {
+    if (error.code === 'ERR_ASSERTION') throw error;
+    await house.until(() => house.player.ended, 'the end'); // The answer died with the player.
+  }
+}
+
+entry('S26 a later chunk that starts behind its end', async (house) => {
+  // With repeat a station would begin again rather than go on.
+  await house.told('POST', 'player/mode', { mode: 0 });
+  const station = await house.row('Stations', '');
+  const index = '/trackContainerChunkDescriptions/*/nextTrackPointer/indexWithinChunk';
+  await house.fault({ kind: 'chunk', effect: 'edit', set: { [index]: 99 } });
+  assert.equal((await house.play(station)).status, 200);
+  await house.waitForState(State.playing);
+  const tracksOfAChunk = 10;
+  for (let i = 0; i <= tracksOfAChunk && !house.player.ended; ++i) await next(house);
+  await comesBack(house);
+  await house.told('POST', 'player/mode', { mode: 4 });
+}, { process: 'new', plays: true });
