@@ -5,7 +5,7 @@ import { connect } from 'node:net';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
-import { House, State } from './support/house.mjs';
+import { House, State } from '../support/house.mjs';
 
 const openFiles = 160;
 const clients = 200;

@@ -7,8 +7,8 @@ import {
 } from 'node:fs';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
-import { House, State } from './support/house.mjs';
-import { Program } from './support/programs.mjs';
+import { House, State } from '../support/house.mjs';
+import { Program } from '../support/program.mjs';
 import { assertRefused, run } from './support/runs.mjs';
 
 // No bus, and of all outputs only the one that swallows everything, whatever the machine has.

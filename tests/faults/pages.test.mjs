@@ -1,6 +1,6 @@
 // Pages and documents that come late, broken, odd or not at all.
 import assert from 'node:assert/strict';
-import { State } from './support/house.mjs';
+import { State } from '../support/house.mjs';
 import { browseFails, browseGives, playFails, trials, words } from './support/trial.mjs';
 
 const entry = trials();

@@ -1,6 +1,6 @@
 // Items that the player is bound to die of. It comes back without them.
 import assert from 'node:assert/strict';
-import { State } from './support/house.mjs';
+import { State } from '../support/house.mjs';
 import { trials } from './support/trial.mjs';
 
 const entry = trials();

@@ -1,6 +1,6 @@
 // Requests that are refused, sent elsewhere, sent again, or meant for a service that has gone.
 import assert from 'node:assert/strict';
-import { State } from './support/house.mjs';
+import { State } from '../support/house.mjs';
 import {
   assertWithin, browseFails, browseGives, playFails, trials, words,
 } from './support/trial.mjs';

@@ -3,7 +3,7 @@ import assert from 'node:assert/strict';
 import { readFileSync, statSync, writeFileSync, existsSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
-import { House, State } from './support/house.mjs';
+import { House, State } from '../support/house.mjs';
 
 let house;
 const file = () => join(house.folder, 'player', 'state.json');

@@ -2,7 +2,7 @@
 // as the player lets it.
 import assert from 'node:assert/strict';
 import { after, before, test } from 'node:test';
-import { House, State } from './support/house.mjs';
+import { House, State } from '../support/house.mjs';
 import { assertWithin, cannotBrowse, limit, words } from './support/trial.mjs';
 
 const requestLimitMs = 30000;

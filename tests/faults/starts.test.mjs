@@ -9,7 +9,7 @@ import { createServer } from 'node:net';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
-import { moment } from './support/programs.mjs';
+import { moment } from '../support/program.mjs';
 import { assertRefused, run } from './support/runs.mjs';
 
 const { TAVU_PLAYER, TAVU_EMULATOR, TAVU_CTL, TAVU_TREE, TAVU_BUILD } = process.env;

@@ -1,6 +1,6 @@
 // Sound that does not come, does not go on, or is none.
 import assert from 'node:assert/strict';
-import { State } from './support/house.mjs';
+import { State } from '../support/house.mjs';
 import { limit, trials } from './support/trial.mjs';
 
 const entry = trials();

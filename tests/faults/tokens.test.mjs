@@ -2,7 +2,7 @@
 import assert from 'node:assert/strict';
 import { readFileSync, chmodSync, statSync } from 'node:fs';
 import { join } from 'node:path';
-import { State } from './support/house.mjs';
+import { State } from '../support/house.mjs';
 import { trials, words } from './support/trial.mjs';
 
 const entry = trials();

@@ -6,8 +6,8 @@ import { existsSync, mkdtempSync, readFileSync, realpathSync, rmSync } from 'nod
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
-import { House } from '../faults/support/house.mjs';
-import { Program } from '../faults/support/programs.mjs';
+import { House } from '../support/house.mjs';
+import { Program } from '../support/program.mjs';
 
 const { TAVU_CMAKE: cmake, TAVU_TREE: tree, TAVU_BUILD: build, TAVU_LIBDIR: libdir } = process.env;
 const folder = realpathSync(mkdtempSync(join(tmpdir(), 'tavu-install-')));

@@ -12,8 +12,8 @@ import { readFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
 import { isDeepStrictEqual } from 'node:util';
-import { House, State } from './house.mjs';
-import { moment } from './programs.mjs';
+import { House, State } from '../../support/house.mjs';
+import { moment } from '../../support/program.mjs';
 
 const album = ['Albums', 'Night Trains'];
 const recoveryMs = 2000;

@@ -5,7 +5,7 @@ import assert from 'node:assert/strict';
 import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
-import { Program, moment } from './programs.mjs';
+import { Program, moment } from './program.mjs';
 
 export const State = { idle: 0, buffering: 1, playing: 2, paused: 3 };
 

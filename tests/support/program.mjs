@@ -3,7 +3,7 @@
 import { spawn } from 'node:child_process';
 import { readFileSync, readdirSync, readlinkSync } from 'node:fs';
 
-const startMs = 60000; // the emulator may have to make its albums first
+const startMs = 90000; // the emulator may have to make its albums first
 const endMs = 10000;
 
 /** What both sanitizers begin their reports with. */
