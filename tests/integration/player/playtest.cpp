@@ -75,14 +75,16 @@ TEST_F(Play, an_album_sample_by_sample_as_its_files_hold_it_joins_included)
             QStringLiteral("START AUTO_NEXT") }));
 }
 
-TEST_F(Play, a_single_track_and_then_nothing)
+TEST_F(Play, a_track_of_an_album_then_the_rest_of_it_and_then_nothing)
 {
     house.startSignedIn();
     house.play(QStringLiteral("Albums/Night Trains/Sleeper Car"));
-    ASSERT_TRUE(waitUntil([&] { return house.reports().size() == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return house.reports().size() == 5; }, 60000));
     ASSERT_TRUE(house.waitForState(idle));
-    EXPECT_EQ(
-        house.reportsWithoutPositions(), QStringList({ QStringLiteral("START TRACK_SELECTED") }));
+    EXPECT_EQ(house.reportsWithoutPositions(),
+        QStringList({ QStringLiteral("START TRACK_SELECTED"), QStringLiteral("STOP TRACK_END"),
+            QStringLiteral("START AUTO_NEXT"), QStringLiteral("STOP TRACK_END"),
+            QStringLiteral("START AUTO_NEXT") }));
 }
 
 TEST_F(Play, an_endless_station_over_several_chunks)
