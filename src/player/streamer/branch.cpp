@@ -109,8 +109,9 @@ void Branch::build(Access access)
     for (GstElement* part : { m_source, decoder, m_queue })
         gst_bin_add(GST_BIN(m_bin.get()), part);
     gst_element_link(m_source, decoder);
+    g_signal_connect(decoder, "element-added", G_CALLBACK(&Branch::onElementAdded), this);
     if (access == Access::Linear)
-        g_signal_connect(decoder, "element-added", G_CALLBACK(&Branch::onElementAdded), this);
+        g_signal_connect(decoder, "element-added", G_CALLBACK(&Branch::onLinearPart), this);
     g_signal_connect(decoder, "pad-added", G_CALLBACK(&Branch::onPadAdded), this);
 
     const GstPointer<GstPad> queued(gst_element_get_static_pad(m_queue, "src"));
@@ -289,6 +290,8 @@ GstPadProbeReturn Branch::eventPassed(GstPadProbeInfo* info)
         m_watcher.branchDrained(m_number);
         break;
     default:
+        if (m_format.heed(GST_PAD_PROBE_INFO_EVENT(info)))
+            m_watcher.branchFormatChanged(m_number);
         break;
     }
     return GST_PAD_PROBE_OK;
@@ -311,6 +314,11 @@ GstPadProbeReturn Branch::onPassed(GstPad*, GstPadProbeInfo* info, gpointer self
 }
 
 void Branch::onElementAdded(GstBin*, GstElement* part, gpointer self)
+{
+    static_cast<Branch*>(self)->m_format.take(part);
+}
+
+void Branch::onLinearPart(GstBin*, GstElement* part, gpointer self)
 {
     GstElementFactory* factory = gst_element_get_factory(part);
     if (!factory || !g_str_equal(GST_OBJECT_NAME(factory), "oggdemux"))

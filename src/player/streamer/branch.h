@@ -4,6 +4,7 @@
 #include "httpsource.h"
 #include "httpstream.h"
 #include "pipelinewatcher.h"
+#include "soundformatprobe.h"
 
 #include <atomic>
 
@@ -50,6 +51,7 @@ public:
     bool isDownloaded() const { return m_stream->progress().complete; }
     /// From the stream itself, in milliseconds; 0 when it does not tell.
     qint64 streamDurationMs() const;
+    SoundFormat format() const { return m_format.format(); }
     /// Why the stream was cut off; `otherwise` when the stream itself is whole.
     StreamFailure failure(StreamFailure otherwise) const;
 
@@ -67,6 +69,7 @@ private:
     static GstPadProbeReturn onPassed(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstBusSyncReply onMessage(GstBus* bus, GstMessage* message, gpointer self);
     static void onElementAdded(GstBin* decoder, GstElement* part, gpointer self);
+    static void onLinearPart(GstBin* decoder, GstElement* part, gpointer self);
     static void onPadAdded(GstElement* decoder, GstPad* pad, gpointer self);
     static void onUnderrun(GstElement* queue, gpointer self);
 
@@ -77,6 +80,7 @@ private:
     GstPointer<GstElement> m_bin;
     GstElement* m_source = nullptr; // These are owned by the bin.
     GstElement* m_queue = nullptr;
+    SoundFormatProbe m_format;
     std::atomic<bool> m_seeking{ false };
     std::atomic<bool> m_needsRandomAccess{ false };
 

@@ -50,12 +50,12 @@ GstStreamer::~GstStreamer()
 
 // Commands
 
-void GstStreamer::play(quint64 id, const TavuRoles& roles, const QVariantHash&)
+void GstStreamer::play(quint64 id, const TavuRoles& roles, const QVariantHash& attributes)
 {
     ++m_endsGiven;
-    post([this, id, roles] {
+    post([this, id, roles, attributes] {
         ++m_endsDone;
-        doPlay(id, roles);
+        doPlay(id, roles, attributes);
     });
 }
 
@@ -69,9 +69,9 @@ void GstStreamer::stop()
     });
 }
 
-void GstStreamer::setNextMedia(quint64 id, const TavuRoles& roles, const QVariantHash&)
+void GstStreamer::setNextMedia(quint64 id, const TavuRoles& roles, const QVariantHash& attributes)
 {
-    post([this, id, roles] { doSetNext(id, roles); });
+    post([this, id, roles, attributes] { doSetNext(id, roles, attributes); });
 }
 
 void GstStreamer::setNoNextMedia()
@@ -94,20 +94,22 @@ void GstStreamer::seekTime(qint64 position)
     post([this, position] { doSeek(position); });
 }
 
-GstStreamer::Item GstStreamer::itemOf(quint64 id, const TavuRoles& roles, StreamFailure& failure)
+GstStreamer::Item GstStreamer::itemOf(
+    quint64 id, const TavuRoles& roles, const QVariantHash& attributes, StreamFailure& failure)
 {
     Item item;
     item.id = id;
     item.title = itemTitle(roles);
     item.startMs = std::max<qint64>(0, roles.mediaData().metaData().startTime());
     item.request = StreamRequest::fromRoles(roles, failure);
+    item.renewed = attributes.value(renewedAttribute()).toBool();
     return item;
 }
 
-void GstStreamer::doPlay(quint64 id, const TavuRoles& roles)
+void GstStreamer::doPlay(quint64 id, const TavuRoles& roles, const QVariantHash& attributes)
 {
     StreamFailure failure;
-    Item item = itemOf(id, roles, failure);
+    Item item = itemOf(id, roles, attributes, failure);
     // It is fetched already while what played is taken down.
     std::unique_ptr<Branch> branch = failure.isSet() ? nullptr : makeBranch(item, Access::Linear);
     closeBranches();
@@ -122,13 +124,13 @@ void GstStreamer::doPlay(quint64 id, const TavuRoles& roles)
     startPresent(std::move(branch), m_item->startMs);
 }
 
-void GstStreamer::doSetNext(quint64 id, const TavuRoles& roles)
+void GstStreamer::doSetNext(quint64 id, const TavuRoles& roles, const QVariantHash& attributes)
 {
     if (!m_item)
         return;
     dropNext();
     StreamFailure failure;
-    m_next = itemOf(id, roles, failure);
+    m_next = itemOf(id, roles, attributes, failure);
     m_nextDecision = Next::Item;
     LOG4CPLUS_INFO(logger, "Next " << id << ": \"" << m_next->title << '"');
     if (failure.isSet())
@@ -315,6 +317,15 @@ void GstStreamer::forget()
     m_stateTold = 0;
     for (QTimer* timer : { &m_tick, &m_fill, &m_nextDeadline })
         timer->stop();
+    Q_EMIT soundPathChanged();
+}
+
+std::optional<SoundPath> GstStreamer::soundPath() const
+{
+    if (!m_item || !m_item->started || !m_branch || !m_pipeline)
+        return std::nullopt;
+    return SoundPath{ m_branch->format(), !m_item->request.keyHeaders.isEmpty(), m_item->renewed,
+        m_pipeline->outputFormat(), m_pipeline->outputElement() };
 }
 
 // News of the pipeline, in GStreamer's threads
@@ -353,6 +364,22 @@ void GstStreamer::outputFailed(int epoch, const QString& text)
     post([this, epoch, text] {
         if (m_branch && epoch == m_pipeline->epoch())
             onOutputFailed(text);
+    });
+}
+
+void GstStreamer::outputFormatChanged(int epoch)
+{
+    post([this, epoch] {
+        if (m_branch && epoch == m_pipeline->epoch())
+            Q_EMIT soundPathChanged();
+    });
+}
+
+void GstStreamer::branchFormatChanged(quint64 branch)
+{
+    post([this, branch] {
+        if (isPresent(branch))
+            Q_EMIT soundPathChanged();
     });
 }
 

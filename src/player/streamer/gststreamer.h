@@ -2,6 +2,7 @@
 
 #include "httpoptions.h"
 #include "pipelinewatcher.h"
+#include "soundformat.h"
 #include "streamer.h"
 #include "streamrequest.h"
 
@@ -61,8 +62,12 @@ public:
     /// 0 to 100, by the ear's scale.
     void setVolume(int percent);
     void setMuted(bool muted);
+    /// Of the item that sounds or is paused, as far as it is known; nothing while none is.
+    std::optional<SoundPath> soundPath() const;
 
 Q_SIGNALS:
+    /// soundPath() may have changed.
+    void soundPathChanged();
     /// The output was lost while something played, which is paused now; resume() tries anew.
     void outputLost(const CMError& error);
 
@@ -72,6 +77,7 @@ private:
         quint64 id = 0;
         QString title;
         StreamRequest request;
+        bool renewed = false;
         qint64 startMs = 0;
         bool started = false; // mediaStarted() was sent.
         bool nextWanted = false; // nextMediaWanted() was sent.
@@ -88,14 +94,16 @@ private:
     void playing(int epoch) override;
     void ended(int epoch) override;
     void outputFailed(int epoch, const QString& text) override;
+    void outputFormatChanged(int epoch) override;
     void branchDry(quint64 branch) override;
     void branchDrained(quint64 branch) override;
     void branchCutOff(quint64 branch) override;
+    void branchFormatChanged(quint64 branch) override;
     void branchFailed(quint64 branch, const StreamFailure& failure) override;
 
     // Commands, on the streamer's thread.
-    void doPlay(quint64 id, const TavuRoles& roles);
-    void doSetNext(quint64 id, const TavuRoles& roles);
+    void doPlay(quint64 id, const TavuRoles& roles, const QVariantHash& attributes);
+    void doSetNext(quint64 id, const TavuRoles& roles, const QVariantHash& attributes);
     void doSetNoNext();
     void doPause();
     void doResume();
@@ -149,7 +157,8 @@ private:
     void forget();
 
     std::unique_ptr<Branch> makeBranch(const Item& item, Access access);
-    static Item itemOf(quint64 id, const TavuRoles& roles, StreamFailure& failure);
+    static Item itemOf(
+        quint64 id, const TavuRoles& roles, const QVariantHash& attributes, StreamFailure& failure);
     bool isPresent(quint64 branch) const;
     /// Runs a function on the streamer's thread, later.
     template <class Function>

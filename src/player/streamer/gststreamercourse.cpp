@@ -131,6 +131,7 @@ void GstStreamer::tellStarted()
         return;
     m_item->started = true;
     tell(&Streamer::mediaStarted, m_item->id);
+    Q_EMIT soundPathChanged();
 }
 
 void GstStreamer::onEnded()

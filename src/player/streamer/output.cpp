@@ -110,6 +110,21 @@ GstElement* makeOutput(const QString& setting, StreamFailure& failure)
     return nullptr;
 }
 
+GstPointer<GstElement> lastOfOutput(GstElement* sink)
+{
+    if (!GST_IS_BIN(sink))
+        return GstPointer<GstElement>(GST_ELEMENT(gst_object_ref(sink)));
+    GstIterator* sinks = gst_bin_iterate_sinks(GST_BIN(sink));
+    GValue found = G_VALUE_INIT;
+    GstPointer<GstElement> last;
+    if (gst_iterator_next(sinks, &found) == GST_ITERATOR_OK) {
+        last = lastOfOutput(static_cast<GstElement*>(g_value_get_object(&found)));
+        g_value_unset(&found);
+    }
+    gst_iterator_free(sinks);
+    return last;
+}
+
 bool isSyncedOutput(GstElement* sink)
 {
     if (!GST_IS_BIN(sink))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "gstpointer.h"
 #include "streamfailure.h"
 
 #include <gst/gst.h>
@@ -15,5 +16,8 @@ GstElement* makeOutput(const QString& setting, StreamFailure& failure);
 
 /// Whether a sink keeps to the clock.
 bool isSyncedOutput(GstElement* sink);
+
+/// The element at the sound's very end, which may lie within the output; null when there is none.
+GstPointer<GstElement> lastOfOutput(GstElement* sink);
 
 } // namespace player

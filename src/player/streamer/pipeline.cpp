@@ -3,6 +3,7 @@
 #include "branch.h"
 #include "gstproperty.h"
 #include "output.h"
+#include "soundformatprobe.h"
 
 namespace player {
 
@@ -15,16 +16,24 @@ GstElement* makeElement(const char* factory)
     return element;
 }
 
+GstPointer<GstPad> inputOf(GstElement* sink)
+{
+    return GstPointer<GstPad>(sink ? gst_element_get_static_pad(sink, "sink") : nullptr);
+}
+
 } // namespace
 
 Pipeline::Pipeline(GstElement* sink, PipelineWatcher& watcher)
     : m_watcher(watcher)
     , m_pipeline(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))))
+    , m_last(lastOfOutput(sink))
+    , m_output(inputOf(m_last.get()))
     , m_synced(isSyncedOutput(sink))
 {
     gst_segment_init(&m_segment, GST_FORMAT_TIME);
     build(sink);
     watchSink();
+    watchOutput();
     const GstPointer<GstBus> bus(gst_element_get_bus(m_pipeline.get()));
     gst_bus_set_sync_handler(bus.get(), &Pipeline::onMessage, this, nullptr);
 }
@@ -32,6 +41,8 @@ Pipeline::Pipeline(GstElement* sink, PipelineWatcher& watcher)
 Pipeline::~Pipeline()
 {
     gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
+    if (m_outputWatch != 0)
+        g_signal_handler_disconnect(m_output.get(), m_outputWatch);
     const GstPointer<GstBus> bus(gst_element_get_bus(m_pipeline.get()));
     gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
 }
@@ -57,6 +68,34 @@ void Pipeline::watchSink()
     constexpr auto watched = GstPadProbeType(GST_PAD_PROBE_TYPE_BUFFER
         | GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM | GST_PAD_PROBE_TYPE_EVENT_FLUSH);
     gst_pad_add_probe(pad.get(), watched, &Pipeline::onPassed, this, nullptr);
+}
+
+void Pipeline::watchOutput()
+{
+    if (m_output)
+        m_outputWatch = g_signal_connect(
+            m_output.get(), "notify::caps", G_CALLBACK(&Pipeline::onOutputCaps), this);
+}
+
+void Pipeline::onOutputCaps(GstPad*, GParamSpec*, gpointer self)
+{
+    auto* pipeline = static_cast<Pipeline*>(self);
+    pipeline->m_watcher.outputFormatChanged(pipeline->m_epoch);
+}
+
+RawFormat Pipeline::outputFormat() const
+{
+    GstCaps* caps = m_output ? gst_pad_get_current_caps(m_output.get()) : nullptr;
+    if (!caps)
+        return {};
+    const RawFormat format = rawFormatOf(caps);
+    gst_caps_unref(caps);
+    return format;
+}
+
+QString Pipeline::outputElement() const
+{
+    return m_last ? elementName(m_last.get()) : QString();
 }
 
 void Pipeline::add(Branch& branch)

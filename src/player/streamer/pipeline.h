@@ -2,6 +2,7 @@
 
 #include "gstpointer.h"
 #include "pipelinewatcher.h"
+#include "soundformat.h"
 #include "timeline.h"
 
 #include <atomic>
@@ -45,12 +46,17 @@ public:
     qint64 runningTime() const;
     /// Whether the sink keeps to a clock. One that does not takes data as fast as it comes.
     bool isSynced() const { return m_synced; }
+    /// What the very end of the output is given; zeros before the first sound.
+    RawFormat outputFormat() const;
+    /// What stands at that end, for people.
+    QString outputElement() const;
     /// 0.0 to 1.0, the factor for the samples.
     void setVolume(double factor, bool muted);
 
 private:
     void build(GstElement* sink);
     void watchSink();
+    void watchOutput();
     void passed(GstPadProbeInfo* info);
     void eventPassed(GstEvent* event);
     void bufferPassed(GstBuffer* buffer);
@@ -58,12 +64,16 @@ private:
     void takeError(GstMessage* message);
 
     static GstPadProbeReturn onPassed(GstPad* pad, GstPadProbeInfo* info, gpointer self);
+    static void onOutputCaps(GstPad* pad, GParamSpec* caps, gpointer self);
     static GstBusSyncReply onMessage(GstBus* bus, GstMessage* message, gpointer self);
 
     PipelineWatcher& m_watcher;
     GstPointer<GstElement> m_pipeline;
     GstElement* m_concat = nullptr; // These are owned by the pipeline.
     GstElement* m_volume = nullptr;
+    const GstPointer<GstElement> m_last; // Of the output.
+    const GstPointer<GstPad> m_output; // Its input.
+    gulong m_outputWatch = 0;
     std::atomic<int> m_epoch{ 0 };
     bool m_playing = false;
     bool m_synced = true;

@@ -17,6 +17,8 @@ public:
     /// The last sample has sounded.
     virtual void ended(int epoch) = 0;
     virtual void outputFailed(int epoch, const QString& text) = 0;
+    /// What the output is given has another format.
+    virtual void outputFormatChanged(int epoch) = 0;
 
     // Branches have numbers that are never used again.
 
@@ -26,6 +28,8 @@ public:
     virtual void branchDrained(quint64 branch) = 0;
     /// The same, but the stream failed there.
     virtual void branchCutOff(quint64 branch) = 0;
+    /// More is known of the sound's format, or it has changed.
+    virtual void branchFormatChanged(quint64 branch) = 0;
     /// What came cannot be decoded.
     virtual void branchFailed(quint64 branch, const StreamFailure& failure) = 0;
 };

@@ -60,6 +60,11 @@ StreamRequest StreamRequest::fromRoles(const TavuRoles& roles, StreamFailure& fa
     return request;
 }
 
+QString renewedAttribute()
+{
+    return QStringLiteral("player.renewed");
+}
+
 QString itemTitle(const TavuRoles& roles)
 {
     return roles.title().isEmpty() ? roles.mediaData().metaData().track() : roles.title();

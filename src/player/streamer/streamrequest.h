@@ -21,6 +21,9 @@ struct StreamRequest
     static StreamRequest fromRoles(const TavuRoles& roles, StreamFailure& failure);
 };
 
+/// An attribute of items: true when their address replaced one that had expired.
+QString renewedAttribute();
+
 /// What to call the item when speaking to people.
 QString itemTitle(const TavuRoles& roles);
 
