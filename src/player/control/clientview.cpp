@@ -125,6 +125,30 @@ QVariantHash ClientView::player(const QVariantHash& player) const
     return shown;
 }
 
+QVariant ClientView::rowOrNull(const QVariant& row) const
+{
+    const QVariantHash roles = tavuvariant::toHash(row);
+    return roles.isEmpty() ? QVariant() : QVariant(this->row(roles));
+}
+
+QVariantHash ClientView::queue(const QVariantHash& queue) const
+{
+    const QString played = QStringLiteral("played");
+    QVariantHash shown = queue;
+    for (const auto& key :
+        { QStringLiteral("from"), QStringLiteral("current"), QStringLiteral("next") })
+        shown.insert(key, rowOrNull(queue.value(key)));
+    QVariantList entries;
+    for (const QVariant& entry : tavuvariant::toList(queue.value(played))) {
+        QVariantHash shownEntry = tavuvariant::toHash(entry);
+        const QString row = QStringLiteral("row");
+        shownEntry.insert(row, this->row(tavuvariant::toHash(shownEntry.value(row))));
+        entries += shownEntry;
+    }
+    shown.insert(played, entries);
+    return shown;
+}
+
 QVariantHash ClientView::message(const QVariantHash& message) const
 {
     const QString key = QStringLiteral("rows");

@@ -22,9 +22,13 @@ public:
     /// {result?, close?, value?} of the value of an activation or a command.
     QVariantHash actionReply(const QVariant& value) const;
     QVariantHash player(const QVariantHash& player) const;
+    /// The value of PlayerFacade::queue, with null for rows that there are not.
+    QVariantHash queue(const QVariantHash& queue) const;
     QVariantHash message(const QVariantHash& message) const;
 
 private:
+    QVariant rowOrNull(const QVariant& row) const;
+
     RowMemory& m_rows;
     ArtworkStore& m_artwork;
 };

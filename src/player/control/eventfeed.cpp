@@ -28,6 +28,10 @@ EventFeed::EventFeed(
     };
     connect(&player, &PlayerFacade::playerChanged, this, playerChanged);
     connect(&player, &PlayerFacade::outputsChanged, this, playerChanged);
+    connect(&player, &PlayerFacade::queueChanged, this, [this] {
+        m_queueChanged = true;
+        flushLater();
+    });
     connect(&player, &PlayerFacade::loginChanged, this, [this] {
         m_loginChanged = true;
         flushLater();
@@ -60,6 +64,8 @@ void EventFeed::flush()
         publish("login", m_player.login());
     if (std::exchange(m_playerChanged, false))
         publish("player", m_view.player(m_player.player()));
+    if (std::exchange(m_queueChanged, false))
+        publish("queue", {});
     for (const QString& path : std::exchange(m_changedRows, {}))
         publish("rows", { { QStringLiteral("path"), path } });
 }

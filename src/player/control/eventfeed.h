@@ -52,6 +52,7 @@ private:
     QTimer m_flush;
     bool m_loginChanged = false;
     bool m_playerChanged = false;
+    bool m_queueChanged = false;
     QSet<QString> m_changedRows;
 };
 

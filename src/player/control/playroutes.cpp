@@ -71,6 +71,11 @@ void setVolume(const ApiContext& api, const RequestBody& body, const http::Respo
     responder.send(json({}));
 }
 
+void sendQueue(const ApiContext& api, const http::Responder& responder)
+{
+    responder.send(json(api.view.queue(api.player.queue())));
+}
+
 void sendOutputs(const ApiContext& api, const http::Responder& responder)
 {
     responder.send(json({ { QStringLiteral("outputs"), api.player.outputs() } }));
@@ -107,6 +112,9 @@ void addPlayRoutes(http::Router& router, const ApiContext& api)
     post("player/seek", seek);
     post("player/mode", setMode);
     post("player/volume", setVolume);
+    router.add("GET", QStringLiteral("/api/v1/queue"),
+        [&api](
+            const http::Request&, const http::Responder& responder) { sendQueue(api, responder); });
     router.add("GET", QStringLiteral("/api/v1/outputs"),
         [&api](const http::Request&, const http::Responder& responder) {
             sendOutputs(api, responder);

@@ -97,6 +97,7 @@ struct Application::Parts
         player.setBeforeResume([this](const auto& done) { streamer.renewIfExpired(done); });
         player.setStartAt(
             [this](const CMPath& path, qint64 position) { streamer.startAt(path, position); });
+        connect(&streamer, &RenewingStreamer::nextMediaChanged, &player, &Player::setNextTrack);
     }
 
     OAuth2Service oauth2;

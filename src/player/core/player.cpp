@@ -67,6 +67,8 @@ Player::Player(AudioControl* audio, QObject* parent)
 {
     connect(audio, &AudioControl::volumeChanged, this, &PlayerFacade::playerChanged);
     connect(audio, &AudioControl::outputsChanged, this, &PlayerFacade::outputsChanged);
+    connect(audio, &AudioControl::soundPathChanged, this, &PlayerFacade::playerChanged);
+    connect(&m_history, &PlayHistory::changed, this, &PlayerFacade::queueChanged);
     connect(
         &m_skipped, &SkippedTracks::told, this, [this](const QString& title, const QString& text) {
             addMessage(QStringLiteral("skipped"), title, text, QStringLiteral("player"));
@@ -167,6 +169,7 @@ CMReply<QVariant> Player::play(const QVariantHash& row)
     giveUpResume();
     if (m_startAt)
         m_startAt(CMPath(), 0);
+    m_history.choose(row);
     return playRow(row);
 }
 

@@ -4,6 +4,7 @@
 #include "cmchain.h"
 #include "messagelog.h"
 #include "playerfacade.h"
+#include "playhistory.h"
 #include "ratinglog.h"
 #include "recenterrors.h"
 #include "service.h"
@@ -41,6 +42,9 @@ public:
     using StartAt = std::function<void(const CMPath&, qint64)>;
     void setStartAt(StartAt startAt) { m_startAt = std::move(startAt); }
 
+    /// What follows what plays, once it is prepared; empty for nothing.
+    void setNextTrack(const TavuRoles& track) { m_history.setNext(track); }
+
     /// Shows the row as paused at the position, as if it had been played up to there; going on
     /// plays it from there. Whatever is played instead takes its place.
     void restore(const TavuRoles& row, qint64 position);
@@ -68,6 +72,7 @@ public:
     void setVolume(int volume) override;
     void setMuted(bool muted) override;
     QVariantHash player() const override;
+    QVariantHash queue() const override { return m_history.queue(); }
     QVariantList outputs() const override;
     bool selectOutput(const QString& id) override;
     QVariantHash login() const override;
@@ -122,6 +127,7 @@ private:
     MessageLog m_messages;
     SkippedTracks m_skipped;
     QSet<QString> m_watchedRows;
+    PlayHistory m_history;
     TavuPlayLogicData m_data;
     TavuPlayLogicData m_restored; // Empty once something has started.
     qint64 m_restoredPosition = 0;

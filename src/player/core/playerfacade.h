@@ -72,9 +72,17 @@ public:
     /// since the epoch), "duration" (ms), "title", "artist", "album", "artwork" (URL or empty),
     /// "controls" {pause, next, previous, seek, like, dislike}, "playModes" {shuffle, repeatOne,
     /// repeatAll, shuffleRepeatOne, shuffleRepeatAll}, "mode", "volume", "mute", "bufferLevel",
-    /// "error" (null or {title, detail}), "output", "rating" (of the track: "up", "down", or empty
-    /// while the listener has not said; known for the latest few hundred rated tracks).
+    /// "error" (null or {title, detail}), "output", "audio" (of what plays, empty while nothing
+    /// does; AudioControl::soundPath() has its keys), "rating" (of the track: "up", "down", or
+    /// empty while the listener has not said; known for the latest few hundred rated tracks).
     virtual QVariantHash player() const = 0;
+
+    /// What has played and what is known to follow: "from" (row of the album, playlist or station
+    /// that somebody chose; empty when it was a single track), "endless" (it ends only when it is
+    /// stopped), "played" (the last 50 tracks before the present one, oldest first: hashes of "at",
+    /// ISO 8601, and "row"), "current", "next" (rows, empty for none). Rows can be played again.
+    /// What follows is known shortly before its turn.
+    virtual QVariantHash queue() const = 0;
 
     // Outputs
 
@@ -106,6 +114,7 @@ Q_SIGNALS:
     void loginChanged();
     /// Anything of player() but the position's even flow.
     void playerChanged();
+    void queueChanged();
     /// At least once a second while playing, and at every jump. `at` is ms since the epoch.
     void positionChanged(qint64 positionMs, qint64 at);
     /// Rows at or below the encoded path have changed and are to be asked for again.

@@ -14,6 +14,7 @@ void Player::restore(const TavuRoles& row, qint64 position)
     m_restored.setTrackRoles(row);
     m_restoredPosition = position;
     setPosition(position);
+    m_history.follow(shown());
     Q_EMIT playerChanged();
 }
 
@@ -50,6 +51,7 @@ void Player::forgetRestored()
     if (!isRestored())
         return;
     m_restored.clear();
+    m_history.follow(shown());
     Q_EMIT playerChanged();
 }
 

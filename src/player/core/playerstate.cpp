@@ -71,6 +71,7 @@ void Player::setPlayData(const TavuPlayLogicData& data)
         if (m_resume.data())
             m_resume.setValue(QVariant());
     }
+    m_history.follow(shown());
     Q_EMIT playerChanged();
 }
 
@@ -130,6 +131,7 @@ QVariantHash Player::player() const
         { QStringLiteral("bufferLevel"), m_bufferLevel },
         { QStringLiteral("error"), error },
         { QStringLiteral("output"), m_audio->selectedOutput() },
+        { QStringLiteral("audio"), m_audio->soundPath() },
         { QStringLiteral("rating"), m_ratings.ratingOf(track) },
     };
 }

@@ -3,6 +3,7 @@
 #include "cmroot.h"
 #include "deadline.h"
 #include "streamfailure.h"
+#include "streamrequest.h"
 
 #include <QDateTime>
 #include <QThread>
@@ -56,6 +57,12 @@ bool resourceExpired(const TavuRoles& roles)
         && QDateTime::currentMSecsSinceEpoch() >= resource.validUntil();
 }
 
+void RenewingStreamer::Item::take(const TavuRoles& renewed)
+{
+    roles = renewed;
+    attributes.insert(renewedAttribute(), true);
+}
+
 RenewingStreamer::RenewingStreamer(Streamer* inner, QObject* parent)
     : Streamer(parent)
     , m_inner(inner)
@@ -87,7 +94,7 @@ void RenewingStreamer::play(quint64 id, const TavuRoles& roles, const QVariantHa
         const TavuRoles item = goesOn ? startingAt(roles, m_startPosition) : roles;
         m_startPath = CMPath();
         m_present = { id, item, attributes };
-        m_next = Item();
+        setNext(Item());
         m_position = item.mediaData().metaData().startTime();
         m_paused = false;
         m_reopenOnResume = false;
@@ -99,9 +106,17 @@ void RenewingStreamer::setNextMedia(
     quint64 id, const TavuRoles& roles, const QVariantHash& attributes)
 {
     onOwnThread([this, id, roles, attributes] {
-        m_next = { id, roles, attributes };
+        setNext({ id, roles, attributes });
         handOver(m_next, true);
     });
+}
+
+void RenewingStreamer::setNext(const Item& next)
+{
+    const bool same = next.id == m_next.id;
+    m_next = next;
+    if (!same)
+        Q_EMIT nextMediaChanged(m_next.roles);
 }
 
 void RenewingStreamer::startAt(const CMPath& path, qint64 position)
@@ -129,10 +144,14 @@ void RenewingStreamer::handOver(Item& item, bool next)
             Item& renewed = next ? m_next : m_present;
             if (renewed.id != id)
                 return;
-            renewed.roles = roles;
+            renewed.take(roles);
             send(renewed);
         },
-        [this, id](const CMError& error) { Q_EMIT failed(id, error); });
+        [this, id](const CMError& error) {
+            if (id == m_next.id)
+                setNext(Item());
+            Q_EMIT failed(id, error);
+        });
 }
 
 void RenewingStreamer::renew(const Item& item, qint64 position,
@@ -157,7 +176,7 @@ void RenewingStreamer::renew(const Item& item, qint64 position,
 void RenewingStreamer::setNoNextMedia()
 {
     onOwnThread([this] {
-        m_next = Item();
+        setNext(Item());
         m_inner->setNoNextMedia();
     });
 }
@@ -185,7 +204,7 @@ void RenewingStreamer::stop()
 {
     onOwnThread([this] {
         m_present = Item();
-        m_next = Item();
+        setNext(Item());
         m_inner->stop();
     });
 }
@@ -209,7 +228,7 @@ void RenewingStreamer::renewIfExpired(const std::function<void(const CMError&)>&
         m_present, m_position,
         [this, id, done](const TavuRoles& roles) {
             if (isPresent(id)) {
-                m_present.roles = roles;
+                m_present.take(roles);
                 m_reopenOnResume = true;
             }
             done(CMError());
@@ -238,7 +257,8 @@ void RenewingStreamer::goOnRenewed()
 void RenewingStreamer::on_inner_mediaStarted(quint64 id)
 {
     if (id != 0 && id == m_next.id) {
-        m_present = std::exchange(m_next, Item());
+        m_present = m_next;
+        setNext(Item());
         m_position = 0;
         m_reopenOnResume = false;
     }
@@ -269,6 +289,8 @@ void RenewingStreamer::on_inner_failed(quint64 id, const CMError& error)
     const bool mayHelp = isPresent(id) && m_present.started && !m_present.reopenedAt
         && renewable(m_present.roles) && refusedByServer(error);
     if (!mayHelp) {
+        if (id != 0 && id == m_next.id)
+            setNext(Item());
         Q_EMIT failed(id, error);
         return;
     }
@@ -288,7 +310,7 @@ void RenewingStreamer::on_inner_failed(quint64 id, const CMError& error)
         [this, id](const TavuRoles& roles) {
             if (!isPresent(id))
                 return;
-            m_present.roles = roles;
+            m_present.take(roles);
             goOnRenewed();
         },
         [this, id, error](const CMError&) { Q_EMIT failed(id, error); });

@@ -41,6 +41,11 @@ public:
     /// object's thread.
     void renewIfExpired(const std::function<void(const CMError&)>& done);
 
+Q_SIGNALS:
+    /// What follows the present item without a gap; empty for nothing. It may yet fail or be
+    /// replaced.
+    void nextMediaChanged(const TavuRoles& roles);
+
 private:
     struct Item
     {
@@ -50,10 +55,13 @@ private:
         bool started = false;
         /// Where it was re-opened after a failure, ms, until it has sounded on from there.
         std::optional<qint64> reopenedAt = std::nullopt;
+
+        void take(const TavuRoles& renewed);
     };
 
     void onOwnThread(const std::function<void()>& function);
     void handOver(Item& item, bool next);
+    void setNext(const Item& next);
     void renew(const Item& item, qint64 position,
         const std::function<void(const TavuRoles&)>& renewed,
         const std::function<void(const CMError&)>& refused);

@@ -23,10 +23,14 @@ public:
     QVariantList outputs() const override;
     bool selectOutput(const QString& id) override;
     QString selectedOutput() const override;
+    QVariantHash soundPath() const override { return m_soundPath; }
 
 private:
+    void updateSoundPath();
+
     GstStreamer* m_streamer;
     mutable OutputDevices m_devices; // Looks for them when they are first asked for.
+    QVariantHash m_soundPath; // As told last.
     int m_volume = 100;
     bool m_muted = false;
 };

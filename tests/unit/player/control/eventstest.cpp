@@ -96,6 +96,17 @@ TEST_F(Events, TellWhatChanges)
         EXPECT_EQ(events[i].id, events[0].id + i);
 }
 
+TEST_F(Events, TellThatTheQueueIsToBeAskedForAgain)
+{
+    const auto peer = listen();
+    Q_EMIT player.queueChanged();
+    Q_EMIT player.queueChanged();
+    Q_EMIT player.positionChanged(1, 2);
+    const QByteArrayList expected{ "snapshot", "queue", "position" };
+    EXPECT_EQ(names(*peer, 3), expected);
+    EXPECT_EQ(eventsIn(peer->received())[1].data, QVariantHash());
+}
+
 TEST_F(Events, TellTheChangesOfOneTurnOnce)
 {
     const auto peer = listen();

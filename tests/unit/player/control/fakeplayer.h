@@ -30,6 +30,7 @@ public:
     void setVolume(int volume) override;
     void setMuted(bool muted) override;
     QVariantHash player() const override { return m_player; }
+    QVariantHash queue() const override { return m_queue; }
     QVariantList outputs() const override { return m_outputs; }
     bool selectOutput(const QString& id) override;
     QVariantHash login() const override { return m_login; }
@@ -49,6 +50,7 @@ public:
 
     QVector<Call> calls;
     QVariantHash m_player;
+    QVariantHash m_queue;
     QVariantHash m_login;
     QVariantList m_outputs;
     QVariantList m_messages;

@@ -145,3 +145,21 @@ TEST_F(Play, ListsAndChoosesOutputs)
     EXPECT_EQ(post("/api/v1/outputs", R"({"id": "gone"})").status, 404);
     EXPECT_EQ(post("/api/v1/outputs", R"({"id": 5})").status, 400);
 }
+
+TEST_F(Play, ShowsWhatHasPlayedAndWhatFollows)
+{
+    player.m_queue = hash(R"({"endless": true, "from": {"title": "Station", "type": 3},
+        "played": [{"at": "2024-01-01T00:00:00.000Z", "row": {"title": "First", "type": 3}}],
+        "current": {"title": "Second", "type": 3}, "next": {}})");
+    const QVariantHash queue = object(get("/api/v1/queue"));
+    EXPECT_EQ(at(queue, "endless"), QVariant(true));
+    EXPECT_EQ(at(queue, "from.title").toString(), QStringLiteral("Station"));
+    EXPECT_EQ(at(queue, "current.playable"), QVariant(true));
+    EXPECT_TRUE(queue.contains(QStringLiteral("next")));
+    EXPECT_FALSE(at(queue, "next").isValid());
+    EXPECT_EQ(at(queue, "played.0.at").toString(), QStringLiteral("2024-01-01T00:00:00.000Z"));
+    const QByteArray ref = at(queue, "played.0.row.ref").toString().toLatin1();
+    EXPECT_EQ(post("/api/v1/play", "{\"ref\": \"" + ref + "\"}").status, 200);
+    EXPECT_EQ(
+        at(player.calls.last().arguments[0].toHash(), "title").toString(), QStringLiteral("First"));
+}

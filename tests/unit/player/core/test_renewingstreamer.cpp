@@ -5,6 +5,7 @@
 #include "cmuinode.h"
 #include "recordingstreamer.h"
 #include "streamfailure.h"
+#include "streamrequest.h"
 #include "watchdog.h"
 
 #include <gtest/gtest.h>
@@ -133,6 +134,40 @@ TEST_F(RenewingStreamerTest, renews_an_expired_item_before_it_plays)
     EXPECT_EQ(uriOf(inner.expect(Kind::Play).roles), QStringLiteral("fresh"));
     ASSERT_EQ(renewed.size(), 1);
     EXPECT_EQ(uriOf(renewed.first()), QStringLiteral("fresh"));
+}
+
+TEST_F(RenewingStreamerTest, marks_the_items_that_it_has_renewed)
+{
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    EXPECT_EQ(inner.expect(Kind::Play).attributes, QVariantHash());
+    streamer.setNextMedia(2, item(QStringLiteral("b"), 1), {});
+    EXPECT_EQ(inner.expect(Kind::SetNextMedia).attributes.value(player::renewedAttribute()),
+        QVariant(true));
+}
+
+TEST_F(RenewingStreamerTest, tells_what_follows_until_it_plays_fails_or_is_taken_back)
+{
+    QStringList next;
+    QObject::connect(&streamer, &RenewingStreamer::nextMediaChanged, &context,
+        [&next](const TavuRoles& roles) { next.append(uriOf(roles)); });
+    const auto prepare = [this](quint64 id, const char* uri) {
+        streamer.setNextMedia(id, item(QString::fromLatin1(uri), soon()), {});
+    };
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    inner.startPresent();
+    prepare(2, "b");
+    inner.startNext();
+    prepare(3, "c");
+    prepare(4, "d");
+    streamer.setNoNextMedia();
+    prepare(5, "e");
+    inner.tellNextFailed(CMError(TrString("No.")));
+    prepare(6, "f");
+    streamer.stop();
+    const QStringList expected{ QStringLiteral("b"), QString(), QStringLiteral("c"),
+        QStringLiteral("d"), QString(), QStringLiteral("e"), QString(), QStringLiteral("f"),
+        QString() };
+    EXPECT_EQ(next, expected);
 }
 
 TEST_F(RenewingStreamerTest, plays_an_expired_item_that_names_no_preplay_path_as_it_is)
