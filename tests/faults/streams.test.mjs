@@ -58,6 +58,8 @@ skipped('M11 nothing', 'is empty', audio({ effect: 'body', type: 'audio/flac', t
 skipped('M12 noise', 'is not audio', audio({ effect: 'body', noise: 100000, type: 'audio/flac', times: 1 }));
 skipped('M13 a circle of redirects', 'redirects in a circle', audio({ effect: 'redirect', times: 6 }));
 entry('M22 key headers that break the line', async (house) => {
+  await house.command('stop'); // What is fetched ahead for what plays is not meant.
+  await house.waitForState(State.idle);
   const before = await known(house);
   await house.fault({
     kind: 'chunk', effect: 'edit',

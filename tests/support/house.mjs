@@ -5,7 +5,7 @@ import assert from 'node:assert/strict';
 import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
-import { Program, moment } from './program.mjs';
+import { Program, moment, turnedClock } from './program.mjs';
 
 export const State = { idle: 0, buffering: 1, playing: 2, paused: 3 };
 
@@ -21,10 +21,12 @@ const address = (said) => /tavu-player is ready: (http:\S+?)\/?\n/.exec(said)?.[
 export class House {
   /**
    * `emulator`: further options of it. `settings`: further settings of the player. `signedIn`: false
-   * leaves the login to the test.
+   * leaves the login to the test. `speed`: so many times faster than the world's do the clocks of
+   * both programs go; sound does not follow them. `playerTime`: how the player's clocks go, as the
+   * variables of libfaketime say it.
    */
-  static async open({ emulator = [], settings = {}, signedIn = true } = {}) {
-    const house = new House(settings);
+  static async open({ emulator = [], settings = {}, signedIn = true, speed = 1, playerTime } = {}) {
+    const house = new House(settings, speed, playerTime);
     try {
       await house.startEmulator(emulator);
       await house.startPlayer();
@@ -36,8 +38,11 @@ export class House {
     }
   }
 
-  constructor(settings) {
+  constructor(settings, speed, playerTime) {
     this.more = settings;
+    this.speed = speed;
+    this.time = speed === 1 ? undefined : { FAKETIME: `+0 x${speed}` };
+    this.playerTime = playerTime ?? this.time;
     this.folder = mkdtempSync(join(tmpdir(), 'tavu-'));
     this.stateFolder = join(this.folder, 'player');
     mkdirSync(this.stateFolder, { mode: 0o700 });
@@ -60,7 +65,7 @@ export class House {
       ...['--state', join(this.folder, 'emulator'), '--samples', process.env.TAVU_SAMPLES],
       ...['--poll-interval', '1', '--seed', '1', '--key-headers-every', '0'],
       ...ports, ...options,
-    ]);
+    ], this.time && turnedClock(process.env.TAVU_EMULATOR, this.time));
     this.service = await this.emulator.says(readyLine);
     await this.until(async () => (await this.emu('GET', 'status')).scan === 'done', 'the scan');
   }
@@ -86,6 +91,7 @@ export class House {
       'player.state-folder': this.stateFolder,
       'player.output': realTime,
       'player.mpris': 'false',
+      'player.network-file': join(this.folder, 'network'),
       'control.port': '0',
       'log.file': this.logFile,
       'log.level': 'debug',
@@ -97,13 +103,14 @@ export class House {
     Object.assign(this.more, more);
     const pairs = Object.entries(this.settings()).map(([name, value]) => `${name}=${value}`);
     this.player = new Program(process.env.TAVU_PLAYER,
-      ['--config', '/dev/null', ...pairs.flatMap((pair) => ['-o', pair])]);
+      ['--config', '/dev/null', ...pairs.flatMap((pair) => ['-o', pair])],
+      this.playerTime && turnedClock(process.env.TAVU_PLAYER, this.playerTime));
     this.url = await this.player.says(address);
   }
 
   // The player, as its faces see it.
 
-  /** The answer to a request, its status and its time; it never throws for a status. */
+  /** The answer to a request, its status and its time on the house's clocks, ms. */
   async ask(method, path, body) {
     const started = performance.now();
     const answer = await fetch(`${this.url}/api/v1/${path}`, {
@@ -112,7 +119,7 @@ export class House {
       body: method === 'POST' ? JSON.stringify(body ?? {}) : undefined,
     });
     const json = await answer.json();
-    return { status: answer.status, json, ms: performance.now() - started };
+    return { status: answer.status, json, ms: (performance.now() - started) * this.speed };
   }
 
   async told(method, path, body) {
@@ -189,6 +196,9 @@ export class House {
       return status === 200 && json.rows[0]?.type === 1;
     }, 'the service\'s root');
   }
+
+  /** Tells the player that there is a network, or none. */
+  setNetwork(there) { writeFileSync(join(this.folder, 'network'), there ? 'up\n' : 'down\n'); }
 
   // The emulator.
 

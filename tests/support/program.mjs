@@ -1,7 +1,7 @@
 // The real programs as processes: started, watched, killed. What they say is kept, since that is
 // where a sanitizer tells what it found.
-import { spawn } from 'node:child_process';
-import { readFileSync, readdirSync, readlinkSync } from 'node:fs';
+import { execFileSync, spawn } from 'node:child_process';
+import { readFileSync, readdirSync, readlinkSync, writeFileSync } from 'node:fs';
 
 const startMs = 90000; // the emulator may have to make its albums first
 const endMs = 10000;
@@ -9,14 +9,32 @@ const endMs = 10000;
 /** What both sanitizers begin their reports with. */
 const finding = /(ERROR: \w+Sanitizer|runtime error:|WARNING: ThreadSanitizer)[^\n]*/;
 
+/** A sanitizer's library wants to be loaded before all others. */
+function sanitizers(file) {
+  const libraries = execFileSync('ldd', [file], { encoding: 'utf8' });
+  return [...libraries.matchAll(/lib[at]san\.so\S* => (\S+)/g)].map((match) => match[1]);
+}
+
+/** The environment in which a program's clocks are turned; `time`: the variables that say how. */
+export function turnedClock(file, time) {
+  return {
+    LD_PRELOAD: [...sanitizers(file), '/usr/$LIB/faketime/libfaketimeMT.so.1'].join(' '),
+    ...time,
+  };
+}
+
 export class Program {
-  constructor(file, options) {
+  constructor(file, options, env = {}) {
     this.said = '';
     this.ended = false;
     this.child = spawn(file, options, {
       stdio: ['ignore', 'pipe', 'pipe'],
       // Memory that was freed goes back at once, so that growth is growth.
-      env: { ...process.env, ASAN_OPTIONS: 'quarantine_size_mb=1:detect_leaks=0:allocator_release_to_os_interval_ms=100' },
+      env: {
+        ...process.env,
+        ASAN_OPTIONS: 'quarantine_size_mb=1:detect_leaks=0:allocator_release_to_os_interval_ms=100',
+        ...env,
+      },
     });
     for (const name of ['stdout', 'stderr']) {
       this.child[name].setEncoding('utf8');
@@ -46,6 +64,13 @@ export class Program {
       await moment();
     }
     throw new Error(`not ready; it said:\n${this.said.slice(-4000)}`);
+  }
+
+  /** The most memory that was in use since the last call, KiB. */
+  peak() {
+    const status = readFileSync(`/proc/${this.pid}/status`, 'utf8');
+    writeFileSync(`/proc/${this.pid}/clear_refs`, '5');
+    return Number(/^VmHWM:\s+(\d+)/m.exec(status)[1]);
   }
 
   /** Memory in KiB, open files by what they are, threads. */

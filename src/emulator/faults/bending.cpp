@@ -43,7 +43,8 @@ QByteArray withBadTexts(const Effect& effect, QByteArray body)
 
 QByteArray withDuplicates(const Effect& effect, const QByteArray& body)
 {
-    const QByteArray pair = "\"" + effect.text("key", "result").toUtf8() + R"(":[{"a":"b"}],)";
+    const QByteArray value = effect.text("text", R"([{"a":"b"}])").toUtf8();
+    const QByteArray pair = "\"" + effect.text("key", "result").toUtf8() + "\":" + value + ",";
     return "{" + pair.repeated(static_cast<int>(effect.number("count", 100000))) + body.mid(1);
 }
 
@@ -65,7 +66,7 @@ QByteArray bendJson(const Effect& effect, const QByteArray& body)
     if (is("many-items"))
         return TavuJson::toJson(withItems(json, static_cast<int>(effect.number("count", 100000))));
     if (is("numbers"))
-        return withNumbers(json, effect.text("text", "1e999").toUtf8());
+        return withNumbers(json, effect.text("text", "1e999").toUtf8(), effect.text("spare"));
     return body;
 }
 

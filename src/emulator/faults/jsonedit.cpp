@@ -97,10 +97,15 @@ QVariant wrongValue(const QVariant& json)
     return QStringLiteral("a number");
 }
 
-QVariant markNumbers(const QVariant& json)
+QVariant markNumbers(const QVariant& json, const QString& spare)
 {
-    if (isObject(json) || isList(json))
-        return withChildren(json, Any, false, markNumbers);
+    if (isObject(json) || isList(json)) {
+        const auto mark = [&spare](const QVariant& child) { return markNumbers(child, spare); };
+        QVariant marked = withChildren(json, Any, false, mark);
+        if (isObject(json) && json.toHash().contains(spare))
+            marked = setAt(marked, { spare }, json.toHash().value(spare));
+        return marked;
+    }
     const bool number =
         json.isValid() && json.type() != QVariant::String && json.type() != QVariant::Bool;
     return number ? QVariant(NumberMark) : json;
@@ -154,9 +159,10 @@ QVariant withItems(const QVariant& json, int count)
         { descriptionsKey, QStringLiteral("i") }, first);
 }
 
-QByteArray withNumbers(const QVariant& json, const QByteArray& number)
+QByteArray withNumbers(const QVariant& json, const QByteArray& number, const QString& spare)
 {
-    return TavuJson::toJson(markNumbers(json)).replace('"' + NumberMark.toUtf8() + '"', number);
+    return TavuJson::toJson(markNumbers(json, spare))
+        .replace('"' + NumberMark.toUtf8() + '"', number);
 }
 
 } // namespace emulator::faults

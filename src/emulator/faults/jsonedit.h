@@ -17,7 +17,8 @@ QVariant withWrongTypes(const QVariant& json);
 /// The document with the first item of its page `count` times.
 QVariant withItems(const QVariant& json, int count);
 
-/// The document as text with every number written as `number`, which need not be one.
-QByteArray withNumbers(const QVariant& json, const QByteArray& number);
+/// The document as text with every number written as `number`, which need not be one; what the key
+/// `spare` holds stays.
+QByteArray withNumbers(const QVariant& json, const QByteArray& number, const QString& spare);
 
 } // namespace emulator::faults

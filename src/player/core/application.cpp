@@ -8,6 +8,7 @@
 #include "gststreamer.h"
 #include "httpclient.h"
 #include "mpris.h"
+#include "networkstate.h"
 #include "oauth2service.h"
 #include "openfiles.h"
 #include "pictureclient.h"
@@ -86,7 +87,8 @@ Service serviceOf(const CMAbstractWorker* worker, const OAuth2Service& oauth2)
 struct Application::Parts
 {
     Parts(const Settings& settings, const QString& stateFolder)
-        : oauth2(stateFolder)
+        : network(settings)
+        , oauth2(stateFolder)
         , tokenGuard(oauth2)
         , gstreamer(streamerOptions(settings))
         , streamer(&gstreamer)
@@ -100,6 +102,7 @@ struct Application::Parts
         connect(&streamer, &RenewingStreamer::nextMediaChanged, &player, &Player::setNextTrack);
     }
 
+    NetworkState network;
     OAuth2Service oauth2;
     TokenGuard tokenGuard;
     GstStreamer gstreamer;

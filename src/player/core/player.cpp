@@ -333,7 +333,8 @@ void Player::showAnswer(const CMVoidReply& reply, const QString& source)
         const TavuRoles head(rows.value(0).toHash());
         const QString kind =
             tellsOfFailure(head.title()) ? QStringLiteral("error") : QStringLiteral("info");
-        if (!rows.isEmpty())
+        const bool saysSomething = !head.title().isEmpty() || !head.longDescription().isEmpty();
+        if (saysSomething)
             addMessage(kind, head.title(), head.longDescription(), source, rows);
     });
 }

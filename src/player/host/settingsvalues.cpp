@@ -134,7 +134,6 @@ QString publishSettings(const Settings& settings)
     publish(TavuAmazonMusicDomainSuffixPath(), settings.text("service.domain-suffix"));
     CMRoot()->setValue(TavuAmazonMusicMaxQueueSizePath(),
         TavuValue::fromI32(settings.number("service.max-queue-size")));
-    CMRoot()->setValue(TavuNetworkStateConnected(), TavuValue::fromBool(true));
     CMRoot()->setValue(
         TavuPlayerPlayModePath(), TavuValue::fromPlayerPlayMode(TavuPlayerPlayMode::Normal));
     TavuSetPreviousTrackTimeLimit(settings.number("player.previous-limit-ms"));

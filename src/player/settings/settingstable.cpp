@@ -65,6 +65,10 @@ QVector<SettingInfo> ofPlayer()
         setting("player.plugin-settings", Type::Text, "",
             "name=value, several separated by blanks: what the plug-in is told when it is made. "
             "A blank within a value is written %20, a percent sign %25."),
+        setting("player.network-file", Type::Text, "",
+            "A file in which another program writes \"up\" or \"down\": whether there is a "
+            "network. "
+            "Empty: the system's interfaces tell."),
         setting("player.state-folder", Type::Text, "",
             "Where tokens and state are kept. Empty: the user's state folder."),
     };

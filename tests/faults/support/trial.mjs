@@ -18,10 +18,12 @@ import { moment } from '../../support/program.mjs';
 const album = ['Albums', 'Night Trains'];
 const recoveryMs = 2000;
 const busyMachineMs = 12000;
+/** How fast the clocks of this file's house go. */
+let speed = 1;
 
-/** A limit of the catalogue as it counts here. */
+/** A limit of the catalogue as it counts here, on the house's clocks. */
 export function limit(ms) {
-  return process.env.TAVU_STRICT ? ms : Math.max(ms + 3000, busyMachineMs);
+  return process.env.TAVU_STRICT ? ms : Math.max(ms + 3000 * speed, busyMachineMs * speed);
 }
 
 export function assertWithin(ms, most) {
@@ -30,17 +32,21 @@ export function assertWithin(ms, most) {
 
 /**
  * The entries of one file, which share a house: `entry(title, body, options)` adds one. The body is
- * given the house, where a track is paused and the dial is at rest.
+ * given the house, where a track is paused and the dial is at rest. Options: as of House.open(); `prepare`
+ * is given the house once, before the first entry.
  *   plays: true   it changes by itself what plays
  *   login         the login's state after it, where that is another; 'any' leaves it to the body
+ *   warm: true    its first time fills what is kept from then on
  *   process: new  it ends the player's process, and starts it again
  */
-export function trials(options = {}) {
+export function trials(options = {}, prepare = () => {}) {
   let house;
+  speed = options.speed ?? 1;
   before(async () => {
     house = await House.open(options);
     await settle(house);
     await recover(house);
+    await prepare(house);
   });
   after(() => house?.close());
   return (title, body, how = {}) => test(title, () => trial(house, body, how));
@@ -129,7 +135,7 @@ async function recover(house) {
   const rows = await house.rows(house.albums);
   assert.ok(rows.length >= 3, 'the albums are there');
   await playAlbum(house);
-  assertWithin(performance.now() - started, recoveryMs);
+  assertWithin((performance.now() - started) * speed, recoveryMs * speed);
 }
 
 /** Within 2 %, and the few connections that are kept for a while. */
@@ -159,8 +165,12 @@ async function expectGivenBack(house, before, again) {
   assert.fail(`not given back: ${growth}`);
 }
 
-async function trial(house, body, { plays = false, login = 'loggedIn', process = 'same' }) {
+async function trial(house, body, { plays = false, login = 'loggedIn', process = 'same', warm = false }) {
   await settle(house);
+  if (warm) {
+    await body(house);
+    await settle(house);
+  }
   const before = await kept(house);
   if (process === 'new') await untilWritten(house, before);
   const figures = house.player.figures();

@@ -38,7 +38,6 @@ TEST(SettingsValues, are_published_where_the_plugin_reads_them)
     EXPECT_EQ(stringAt(TavuAmazonMusicClientIdPath()), QStringLiteral("id"));
     EXPECT_EQ(stringAt(TavuAmazonMusicDomainSuffixPath()), QStringLiteral(".localhost"));
     EXPECT_EQ(TavuValue(CMRoot()->getValue(TavuAmazonMusicMaxQueueSizePath()).toHash()).i32(), 7);
-    EXPECT_TRUE(TavuValue(CMRoot()->getValue(TavuNetworkStateConnected()).toHash()).bool_());
     EXPECT_EQ(HttpClientConfig::shared().baseHost, QByteArray("music.localhost"));
 }
 

@@ -1,0 +1,124 @@
+#include "networkstate.h"
+
+#include "cmroot.h"
+#include "settings.h"
+#include "tavupaths.h"
+#include "watchdog.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+using player::isOnThisMachine;
+using player::leadsToService;
+using player::NetworkState;
+using player::Settings;
+
+namespace {
+
+using Interface = QNetworkInterface;
+
+const QList<QHostAddress> Home{ QHostAddress(QStringLiteral("192.168.1.7")) };
+const QList<QHostAddress> LinkLocal{ QHostAddress(QStringLiteral("169.254.3.4")),
+    QHostAddress(QStringLiteral("fe80::1")) };
+const QList<QHostAddress> Own{ QHostAddress(QHostAddress::LocalHost) };
+
+bool isConnected()
+{
+    return TavuValue(CMRoot()->getValue(TavuNetworkStateConnected()).toHash()).bool_();
+}
+
+TEST(NetworkState, an_interface_counts_that_is_up_and_running_and_has_an_address)
+{
+    const auto working = Interface::IsUp | Interface::IsRunning;
+    EXPECT_TRUE(leadsToService(working, Home, false));
+    EXPECT_TRUE(leadsToService(working, LinkLocal + Home, false));
+    EXPECT_FALSE(leadsToService(working, LinkLocal, false));
+    EXPECT_FALSE(leadsToService(working, {}, false));
+    EXPECT_FALSE(leadsToService(Interface::IsUp, Home, false)) << "no cable";
+    EXPECT_FALSE(leadsToService(Interface::IsRunning, Home, false));
+}
+
+TEST(NetworkState, the_loopback_interface_counts_for_a_service_on_this_machine_alone)
+{
+    const auto loopback = Interface::IsUp | Interface::IsRunning | Interface::IsLoopBack;
+    EXPECT_TRUE(leadsToService(loopback, Own, true));
+    EXPECT_FALSE(leadsToService(loopback, Own, false));
+    EXPECT_FALSE(leadsToService(Interface::IsLoopBack, Own, true));
+}
+
+TEST(NetworkState, a_service_is_on_this_machine_by_its_name_or_by_where_its_name_is_mapped_to)
+{
+    const QString host = QStringLiteral("music.example");
+    EXPECT_FALSE(isOnThisMachine(host, {}));
+    EXPECT_FALSE(isOnThisMachine(host, { QStringLiteral("other.example:443:127.0.0.1:8443") }));
+    EXPECT_FALSE(isOnThisMachine(host, { QStringLiteral("music.example:443:10.0.0.1:8443") }));
+    EXPECT_TRUE(isOnThisMachine(host, { QStringLiteral("music.example:443:127.0.0.1:8443") }));
+    EXPECT_TRUE(isOnThisMachine(host, { QStringLiteral("music.example:443:[::1]:8443") }));
+    EXPECT_TRUE(isOnThisMachine(QStringLiteral("localhost"), {}));
+    EXPECT_TRUE(isOnThisMachine(QStringLiteral("music.localhost"), {}));
+    EXPECT_TRUE(isOnThisMachine(QStringLiteral("127.0.0.3"), {}));
+    EXPECT_FALSE(isOnThisMachine(QStringLiteral("localhost.example"), {}));
+}
+
+class NetworkFile : public testing::Test
+{
+protected:
+    NetworkFile()
+    {
+        EXPECT_TRUE(m_settings.apply(QStringLiteral("player.network-file=") + m_name));
+    }
+
+    void write(const QByteArray& text)
+    {
+        QFile file(m_name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(text);
+    }
+    void replace(const QByteArray& text)
+    {
+        const QString other = m_folder.filePath(QStringLiteral("other"));
+        QFile file(other);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        file.close();
+        QFile::remove(m_name);
+        ASSERT_TRUE(QFile::rename(other, m_name));
+    }
+
+    QTemporaryDir m_folder;
+    QString m_name = m_folder.filePath(QStringLiteral("network"));
+    Settings m_settings;
+};
+
+TEST_F(NetworkFile, that_is_not_there_or_says_something_else_takes_nothing_away)
+{
+    const NetworkState missing(m_settings);
+    EXPECT_TRUE(isConnected());
+    write("whatever\n");
+    const NetworkState other(m_settings);
+    EXPECT_TRUE(isConnected());
+}
+
+TEST_F(NetworkFile, is_read_at_the_start)
+{
+    write("down\n");
+    const NetworkState state(m_settings);
+    EXPECT_FALSE(isConnected());
+}
+
+TEST_F(NetworkFile, is_followed_when_it_is_made_written_and_replaced)
+{
+    const NetworkState state(m_settings);
+    write("down\n");
+    ASSERT_TRUE(waitUntil([] { return !isConnected(); }));
+    write("up\n");
+    ASSERT_TRUE(waitUntil(isConnected));
+    replace("down\n");
+    ASSERT_TRUE(waitUntil([] { return !isConnected(); }));
+    write("up\n");
+    ASSERT_TRUE(waitUntil(isConnected));
+}
+
+} // namespace
