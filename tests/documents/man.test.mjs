@@ -61,3 +61,10 @@ test('tavu-ctl: each command of --help has its paragraph, and each paragraph its
   assert.ok(offered.length > 10);
   assert.deepEqual(described, offered);
 });
+
+test('amazon-music-emulator: each option of --help stands in its document', () => {
+  const text = read('docs/service-protocol.md');
+  const offered = [...run(programs['amazon-music-emulator'], '--help').out.matchAll(/^ {2}(--[a-z-]+)/gm)];
+  assert.ok(offered.length > 20);
+  for (const [, option] of offered) assert.ok(text.includes(`\`${option}`), option);
+});
