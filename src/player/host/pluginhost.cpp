@@ -9,11 +9,14 @@
 
 #include <dlfcn.h>
 
+#include <utility>
+
 namespace player {
 
 namespace {
 
 constexpr int patienceMs = 20000;
+constexpr unsigned long lastPatienceMs = 100;
 
 struct Loaded
 {
@@ -75,12 +78,10 @@ PluginHost::~PluginHost()
         m_worker->deleteLater();
     }
     m_thread.quit();
-    // A plug-in that still hangs in its constructor cannot be waited for; its thread ends with the
-    // process.
-    if (m_finished || !m_thread.isRunning())
-        m_thread.wait();
-    else if (!m_thread.wait(100))
-        m_thread.terminate(), m_thread.wait();
+    // A plug-in that still hangs in its constructor is not waited for.
+    if (!m_constructed && !m_thread.wait(lastPatienceMs))
+        m_thread.terminate();
+    m_thread.wait();
 }
 
 void PluginHost::load(const QString& fileName, const QVariantHash& settings)
@@ -103,23 +104,28 @@ void PluginHost::load(const QString& fileName, const QVariantHash& settings)
 void PluginHost::finish(CMAbstractWorker* worker, const QString& error)
 {
     m_watchdog.stop();
-    const bool late = std::exchange(m_finished, true);
-    if (!worker) {
-        if (!late)
-            Q_EMIT failed(error);
-        return;
-    }
+    m_constructed = true;
+    if (!worker)
+        return fail(error);
+    if (m_failed)
+        return worker->deleteLater();
     m_worker = worker;
     CMRoot()->addWorker(worker, prefixOf(worker));
     Q_EMIT ready();
 }
 
+void PluginHost::fail(const QString& message)
+{
+    if (!std::exchange(m_failed, true))
+        Q_EMIT failed(message);
+}
+
 void PluginHost::on_watchdog_timeout()
 {
-    Q_EMIT failed(QStringLiteral("The plug-in %1 has not finished starting within %2 s. It may be "
-                                 "waiting for a service of the player; see the log.")
-                      .arg(m_fileName)
-                      .arg(m_watchdog.interval() / 1000));
+    fail(QStringLiteral("The plug-in %1 has not finished starting within %2 s. It may be "
+                        "waiting for a service of the player; see the log.")
+             .arg(m_fileName)
+             .arg(m_watchdog.interval() / 1000));
 }
 
 } // namespace player

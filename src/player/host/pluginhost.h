@@ -21,7 +21,8 @@ public:
     /// Ends the plug-in and its thread.
     ~PluginHost() override;
 
-    /// Starts loading; exactly one of ready() and failed() follows. Once per object.
+    /// Starts loading; exactly one of ready() and failed() follows. Once per object. A plug-in that
+    /// is there only after the host has lost patience is ended at once.
     void load(const QString& fileName, const QVariantHash& settings);
     /// Null before ready() and after a failure.
     CMAbstractWorker* worker() const { return m_worker; }
@@ -36,13 +37,15 @@ Q_SIGNALS:
 
 private:
     void finish(CMAbstractWorker* worker, const QString& error);
+    void fail(const QString& message);
     void on_watchdog_timeout();
 
     QThread m_thread;
     QTimer m_watchdog;
     QString m_fileName;
     CMAbstractWorker* m_worker = nullptr;
-    bool m_finished = false;
+    bool m_constructed = false; // The plug-in, or there is none.
+    bool m_failed = false; // And that was told.
 };
 
 } // namespace player

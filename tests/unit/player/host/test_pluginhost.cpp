@@ -19,8 +19,10 @@ struct Load
     {
         host.setPatience(patienceMs);
         QObject::connect(&host, &PluginHost::ready, &host, [this] { ready = true; });
-        QObject::connect(
-            &host, &PluginHost::failed, &host, [this](const QString& text) { message = text; });
+        QObject::connect(&host, &PluginHost::failed, &host, [this](const QString& text) {
+            message = text;
+            ++failures;
+        });
         host.load(file, {});
     }
 
@@ -29,6 +31,7 @@ struct Load
     PluginHost host;
     bool ready = false;
     QString message;
+    int failures = 0;
 };
 
 TEST(PluginHost, runs_a_plugin_on_a_thread_of_its_own_and_mounts_it)
@@ -81,8 +84,14 @@ TEST(PluginHost, loses_patience_with_a_plugin_that_hangs_in_its_constructor)
     ASSERT_TRUE(waitUntil([&] { return load.finished(); }));
     EXPECT_TRUE(load.message.contains(QStringLiteral("has not finished starting within")));
     ASSERT_TRUE(waitUntil([&] { return !!gate.data(); }));
+    EXPECT_EQ(load.host.worker(), nullptr);
     gate.setValue(QVariant());
-    ASSERT_TRUE(waitUntil([&] { return load.host.worker() != nullptr; }));
+    // It is not wanted any more.
+    const CMPath ended(QStringLiteral("/test/ended"));
+    ASSERT_TRUE(waitUntil([&] { return CMRoot()->getValue(ended).isValid(); }));
+    EXPECT_EQ(load.host.worker(), nullptr);
+    EXPECT_FALSE(load.ready);
+    EXPECT_EQ(load.failures, 1);
 }
 
 } // namespace
