@@ -12,7 +12,12 @@ namespace player {
 
 namespace {
 
-log4cplus::Logger logger = log4cplus::Logger::getInstance("player.streamer.branch");
+log4cplus::Logger& logger()
+{
+    static log4cplus::Logger logger =
+        log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("player.streamer.branch"));
+    return logger;
+}
 
 constexpr guint64 decodedAheadNs = 2 * GST_SECOND;
 // An end that nobody confirmed is too early when so much of the item is missing.
@@ -223,7 +228,7 @@ void Branch::takeError(GstMessage* message)
     gst_message_parse_error(message, &error, &details);
     const GstOwned<GError> owned(error);
     const GstOwned<char> ownedDetails(details);
-    LOG4CPLUS_DEBUG(logger, error->message << ' ' << (details ? details : ""));
+    LOG4CPLUS_DEBUG(logger(), error->message << ' ' << (details ? details : ""));
     StreamFailure failure;
     failure.kind = StreamFailure::Damaged;
     if (isOf(error, GST_STREAM_ERROR,

@@ -2,19 +2,14 @@
 
 #include "branch.h"
 #include "pipeline.h"
-#include "tavulog.h"
+#include "streamerlog.h"
 #include "transferloop.h"
-
-#include <log4cplus/logger.h>
-#include <log4cplus/loggingmacros.h>
 
 #include <algorithm>
 
 namespace player {
 
 namespace {
-
-log4cplus::Logger logger = log4cplus::Logger::getInstance("player.streamer");
 
 constexpr int tickMs = 250;
 constexpr int fillCheckMs = 10;
@@ -115,8 +110,8 @@ void GstStreamer::doPlay(quint64 id, const TavuRoles& roles, const QVariantHash&
     closeBranches();
     forget();
     m_item = std::move(item);
-    LOG4CPLUS_INFO(
-        logger, "Play " << id << ": \"" << m_item->title << "\" at " << m_item->startMs << " ms");
+    LOG4CPLUS_INFO(streamerLogger(),
+        "Play " << id << ": \"" << m_item->title << "\" at " << m_item->startMs << " ms");
     if (!failure.isSet())
         failure = openOutput();
     if (failure.isSet())
@@ -132,7 +127,7 @@ void GstStreamer::doSetNext(quint64 id, const TavuRoles& roles, const QVariantHa
     StreamFailure failure;
     m_next = itemOf(id, roles, attributes, failure);
     m_nextDecision = Next::Item;
-    LOG4CPLUS_INFO(logger, "Next " << id << ": \"" << m_next->title << '"');
+    LOG4CPLUS_INFO(streamerLogger(), "Next " << id << ": \"" << m_next->title << '"');
     if (failure.isSet())
         failNext(failure);
     else if (m_waitsForNext)

@@ -4,19 +4,14 @@
 #include "branch.h"
 #include "gstruntime.h"
 #include "pipeline.h"
-#include "tavulog.h"
+#include "streamerlog.h"
 #include "transferloop.h"
-
-#include <log4cplus/logger.h>
-#include <log4cplus/loggingmacros.h>
 
 #include <algorithm>
 
 namespace player {
 
 namespace {
-
-log4cplus::Logger logger = log4cplus::Logger::getInstance("player.streamer");
 
 // Sound that must lie ready after it ran dry.
 constexpr qint64 refillTargetMs = 2000;
@@ -63,7 +58,7 @@ void GstStreamer::reopen(qint64 positionMs)
 
 void GstStreamer::reopen(qint64 positionMs, Access access)
 {
-    LOG4CPLUS_DEBUG(logger, "Begin " << m_item->id << " anew at " << positionMs << " ms");
+    LOG4CPLUS_DEBUG(streamerLogger(), "Begin " << m_item->id << " anew at " << positionMs << " ms");
     closeBranches();
     m_restingPosition = positionMs;
     const StreamFailure failure = openOutput();
@@ -86,7 +81,7 @@ void GstStreamer::seekPresent()
     m_flushesBefore = m_pipeline->timeline().flushes();
     if (m_pipeline->seek(*m_seeking))
         return;
-    LOG4CPLUS_WARN(logger, "Cannot seek in \"" << m_item->title << '"');
+    LOG4CPLUS_WARN(streamerLogger(), "Cannot seek in \"" << m_item->title << '"');
     m_seeking.reset();
     m_branch->setSeeking(false);
     m_prerolled = true;
@@ -157,7 +152,7 @@ void GstStreamer::onEnded()
 void GstStreamer::finishPresent()
 {
     const quint64 id = m_item->id;
-    LOG4CPLUS_INFO(logger, "Ended " << id);
+    LOG4CPLUS_INFO(streamerLogger(), "Ended " << id);
     close();
     forget();
     tell(&Streamer::ended, id);
@@ -168,7 +163,7 @@ void GstStreamer::failPresent(const StreamFailure& failure)
     const Item item = *m_item;
     const qint64 where = position();
     const CMError error = streamError(item.title, failure);
-    LOG4CPLUS_WARN(logger, "Failed " << item.id << ": " << error.message());
+    LOG4CPLUS_WARN(streamerLogger(), "Failed " << item.id << ": " << error.message());
     close();
     forget();
     if (item.started)
@@ -217,7 +212,7 @@ void GstStreamer::checkDry()
     // A sink that takes what it gets leaves nothing in hand by its nature.
     if (!m_pipeline->isSynced() && m_branch->passedBuffers() != m_passedWhenDry)
         return;
-    LOG4CPLUS_INFO(logger, "Sound of " << m_item->id << " ran dry");
+    LOG4CPLUS_INFO(streamerLogger(), "Sound of " << m_item->id << " ran dry");
     m_buffering = true;
     m_bufferTargetMs = refillTargetMs;
     m_levelTold = 0;

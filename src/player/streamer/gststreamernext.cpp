@@ -3,16 +3,11 @@
 
 #include "branch.h"
 #include "pipeline.h"
-#include "tavulog.h"
-
-#include <log4cplus/logger.h>
-#include <log4cplus/loggingmacros.h>
+#include "streamerlog.h"
 
 namespace player {
 
 namespace {
-
-log4cplus::Logger logger = log4cplus::Logger::getInstance("player.streamer");
 
 // How long before its end the present item is followed up, once it has been received itself.
 constexpr qint64 nextWantedMs = 20000;
@@ -55,7 +50,7 @@ void GstStreamer::failNext(const StreamFailure& failure)
 {
     const quint64 id = m_next->id;
     const CMError error = streamError(m_next->title, failure);
-    LOG4CPLUS_WARN(logger, "Failed next " << id << ": " << error.message());
+    LOG4CPLUS_WARN(streamerLogger(), "Failed next " << id << ": " << error.message());
     dropNext();
     m_nextDecision = Next::None;
     tell(&Streamer::failed, id, error);
@@ -106,7 +101,7 @@ void GstStreamer::takeOver()
     m_restingPosition = 0;
     m_stateTold = 0;
     m_pipeline->remove(*before);
-    LOG4CPLUS_INFO(logger, "Item " << m_item->id << " takes over");
+    LOG4CPLUS_INFO(streamerLogger(), "Item " << m_item->id << " takes over");
     tellStarted();
     if (!m_pipeline->timeline().hasReached(m_branch->number()) && !m_branch->isDrained())
         return beginBuffering(startTargetMs);

@@ -5,18 +5,13 @@
 #include "gstruntime.h"
 #include "output.h"
 #include "pipeline.h"
-#include "tavulog.h"
-
-#include <log4cplus/logger.h>
-#include <log4cplus/loggingmacros.h>
+#include "streamerlog.h"
 
 #include <algorithm>
 
 namespace player {
 
 namespace {
-
-log4cplus::Logger logger = log4cplus::Logger::getInstance("player.streamer");
 
 double volumeFactor(int percent)
 {
@@ -74,7 +69,7 @@ void GstStreamer::onOutputFailed(const QString& text)
 void GstStreamer::loseOutput(const StreamFailure& failure)
 {
     const CMError error = streamError(m_item->title, failure);
-    LOG4CPLUS_WARN(logger, error.message());
+    LOG4CPLUS_WARN(streamerLogger(), error.message());
     const qint64 where = m_restingPosition;
     close();
     m_restingPosition = where;

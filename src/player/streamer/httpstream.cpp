@@ -14,7 +14,12 @@ namespace player {
 
 namespace {
 
-log4cplus::Logger logger = log4cplus::Logger::getInstance("player.streamer.http");
+log4cplus::Logger& logger()
+{
+    static log4cplus::Logger logger =
+        log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("player.streamer.http"));
+    return logger;
+}
 
 constexpr int redirectsAtMost = 5;
 // A seek forward by less is read over rather than asked for anew.
@@ -208,7 +213,7 @@ void HttpStream::begin(const QByteArray& url)
         offset = fetchOffset();
     }
     const UrlParts parts = UrlParts::of(url);
-    LOG4CPLUS_DEBUG(logger, "GET " << parts.forLog() << " from byte " << offset);
+    LOG4CPLUS_DEBUG(logger(), "GET " << parts.forLog() << " from byte " << offset);
     m_bodyWanted = false;
     m_transfer.reset();
     m_transferUrl = url;
@@ -419,7 +424,7 @@ void HttpStream::retry(StreamFailure::Kind trouble)
 {
     m_trouble = trouble;
     ++m_attempts;
-    LOG4CPLUS_INFO(logger,
+    LOG4CPLUS_INFO(logger(),
         "Stream from " << m_request.host << " broke off at byte " << fetchOffset() << ", attempt "
                        << m_attempts << " to go on");
     m_loop.postDelayed(backoff(m_attempts), [self = shared_from_this(), was = m_generation] {
@@ -445,7 +450,7 @@ bool HttpStream::fail(StreamFailure::Kind kind, const QString& detail, int httpS
     m_failure.kind = kind;
     m_failure.detail = detail;
     m_failure.httpStatus = httpStatus;
-    LOG4CPLUS_INFO(logger,
+    LOG4CPLUS_INFO(logger(),
         "Stream from " << m_request.host
                        << " failed: " << streamError(QString(), m_failure).message());
     m_changed.notify_all();
