@@ -89,7 +89,6 @@ bool BodyReader::takeFraming(char c)
     case Phase::DataCr:
         return expect(c, '\r', Phase::DataLf);
     case Phase::DataLf:
-        m_framing = 0;
         return expect(c, '\n', Phase::FirstDigit);
     case Phase::TrailerStart:
         if (c == '\r')

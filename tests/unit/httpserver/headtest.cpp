@@ -237,6 +237,12 @@ TEST_F(Head, AnswersExpectContinueBeforeTheBody)
     EXPECT_EQ(peer.answer().body, "ab");
 }
 
+TEST_F(Head, DoesNotAskForABodyThatIsThere)
+{
+    const QByteArray fields = "Content-Length: 2\r\nExpect: 100-continue\r\n";
+    EXPECT_EQ(ask(post(fields, "ab")).body, "ab");
+}
+
 TEST_F(Head, IsJudgedByTheGuardBeforeTheBodyComes)
 {
     server.setGuard([](const Request& head) -> std::optional<Response> {
