@@ -3,7 +3,6 @@
 #include "streamertest.h"
 #include "watchdog.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 
 #include <gst/gst.h>
@@ -191,13 +190,11 @@ TEST_F(StreamerOutput, keepsVolumeAndMuteFromItemToItem)
     EXPECT_DOUBLE_EQ(play(), 1.0);
 }
 
-TEST_F(StreamerOutput, looksForDevicesWithoutHoldingAnybodyUp)
+TEST_F(StreamerOutput, doesNotWaitForTheDevicesThatItLooksFor)
 {
+    // On a machine that has some.
     player::OutputDevices devices;
-    QElapsedTimer timer;
-    timer.start();
     EXPECT_TRUE(devices.devices().isEmpty()) << "nothing is known yet";
-    EXPECT_LT(timer.elapsed(), 100);
 }
 
 TEST_F(StreamerOutput, refusesADeviceThatIsNotThere)

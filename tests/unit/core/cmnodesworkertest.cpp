@@ -42,9 +42,12 @@ class Receiver : public QObject
 {
     Q_OBJECT
 
+public:
+    int paths = 0; // That have changed.
+
 public Q_SLOTS:
     void value(const TavuValue&) { }
-    void path(const CMPath&) { }
+    void path(const CMPath&) { ++paths; }
 };
 
 TEST(CMWorker, has_a_prefix_of_its_name)
@@ -147,7 +150,11 @@ TEST(CMNodesWorker, a_path_without_node_can_be_watched)
     Receiver receiver;
     const CMPath path(QStringLiteral("/s/later"));
     worker.connectRowsChange(path, &receiver, SLOT(path(CMPath)), Qt::AutoConnection);
+    worker.subscribe()->notifyRows(path);
+    EXPECT_EQ(receiver.paths, 1);
     worker.disconnectRowsChange(path, &receiver, SLOT(path(CMPath)));
+    worker.subscribe()->notifyRows(path);
+    EXPECT_EQ(receiver.paths, 1);
 }
 
 /// A worker on a thread of its own.

