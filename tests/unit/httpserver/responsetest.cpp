@@ -70,12 +70,17 @@ TEST_F(Responses, OfTwentyFiveKilobytesComeAtOnce)
 
 TEST_F(Responses, DropFieldsThatWouldBeginFurtherLines)
 {
-    RawPeer peer = ask([](const Responder& responder) {
-        responder.send({ 200, { { "A", "b\r\nSet-Cookie: c" }, { "D", "e" } }, "x" });
+    const QByteArray nul("f\0g", 3);
+    RawPeer peer = ask([nul](const Responder& responder) {
+        responder.send({ 200,
+            { { "A", "b\r\nSet-Cookie: c" }, { "B: b\r\nC", "c" }, { "F", nul }, { "D", "e" } },
+            "x" });
     });
     const RawPeer::Answer answer = peer.answer();
     EXPECT_TRUE(answer.field("A").isEmpty());
     EXPECT_TRUE(answer.field("Set-Cookie").isEmpty());
+    EXPECT_TRUE(answer.field("C").isEmpty());
+    EXPECT_TRUE(answer.field("F").isEmpty());
     EXPECT_EQ(answer.field("D"), "e");
 }
 
