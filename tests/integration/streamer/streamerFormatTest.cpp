@@ -112,10 +112,11 @@ TEST_F(StreamerFormat, keysOfItsOwnAndARenewedAddressAreTold)
 TEST_F(StreamerFormat, theNextItemTellsItsOwnWhenItTakesOver)
 {
     makeStreamer(Unsynced);
+    // There is none for a moment when the first item ends before the next one is ready.
     QStringList codecs;
     QObject::connect(&streamer(), &player::GstStreamer::soundPathChanged, &streamer(), [&] {
         const auto path = streamer().soundPath();
-        const QString codec = path ? path->format.codec : QStringLiteral("-");
+        const QString codec = path ? path->format.codec : QString();
         if (!codec.isEmpty() && (codecs.isEmpty() || codecs.last() != codec))
             codecs += codec;
     });
@@ -126,8 +127,7 @@ TEST_F(StreamerFormat, theNextItemTellsItsOwnWhenItTakesOver)
     ASSERT_TRUE(ear().hears(QStringLiteral("wanted"), 2));
     streamer().setNoNextMedia();
     ASSERT_TRUE(ear().hears(QStringLiteral("ended"), 2));
-    EXPECT_EQ(codecs.join(QLatin1Char(' ')).section(QLatin1String("FLAC"), 1).trimmed(),
-        QStringLiteral("MP3 -"));
+    EXPECT_EQ(codecs, (QStringList{ QStringLiteral("FLAC"), QStringLiteral("MP3") }));
     EXPECT_FALSE(streamer().soundPath());
 }
 
