@@ -14,6 +14,30 @@ QString titleOf(const QVariant& row)
 
 } // namespace
 
+QStringList stepsOf(const QString& walk)
+{
+    const QLatin1Char slash('/');
+    const QLatin1Char escape('\\');
+    QStringList steps{ QString() };
+    for (int at = 0; at < walk.size(); ++at) {
+        const bool escapes = walk[at] == escape && at + 1 < walk.size()
+            && (walk[at + 1] == slash || walk[at + 1] == escape);
+        if (walk[at] == slash)
+            steps.append(QString());
+        else
+            steps.last().append(escapes ? walk[++at] : walk[at]);
+    }
+    steps.removeAll(QString());
+    return steps;
+}
+
+QString asStep(const QString& text)
+{
+    return QString(text)
+        .replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+        .replace(QLatin1Char('/'), QLatin1String("\\/"));
+}
+
 QVariantHash pickRow(const QVariantList& rows, const QString& step)
 {
     for (const QVariant& row : rows) {
@@ -52,7 +76,7 @@ Answer Browse::walk(const QString& steps, QVariantHash& row)
     row.clear();
     Answer answer;
     answer.code = 200;
-    for (const QString& name : steps.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+    for (const QString& name : stepsOf(steps)) {
         const QVariantHash from = row;
         const bool searches = from.isEmpty() && name.startsWith(QLatin1Char('?'));
         answer = searches ? search(name.mid(1).trimmed(), row) : step(name, from, row);

@@ -91,8 +91,9 @@ int search(Context& context)
         return code;
     if (screen.rows.isEmpty())
         printLine(QStringLiteral("Nothing found for \"%1\".").arg(context.rest()));
-    else if (!context.rest().contains(QLatin1Char('/')))
-        printLine(QStringLiteral("To play one: tavu-ctl play \"?%1/NUMBER\"").arg(context.rest()));
+    else
+        printLine(QStringLiteral("To play one: tavu-ctl play \"?%1/NUMBER\"")
+                      .arg(asStep(context.rest())));
     return Done;
 }
 
@@ -167,6 +168,15 @@ int status(Context& context)
         printLine(trouble);
     if (login.value(QStringLiteral("state")) != QLatin1String("loggedIn"))
         printLine(QStringLiteral("Nobody is signed in. Run \"tavu-ctl login\"."));
+    return Done;
+}
+
+int queue(Context& context)
+{
+    const Answer answer = context.api.get(QStringLiteral("/queue"));
+    if (context.options.json || !answer.ok())
+        return finish(context, answer, answer.body);
+    printLine(queueText(answer.body));
     return Done;
 }
 
@@ -300,7 +310,9 @@ const std::vector<Command>& commands()
         command("login", "", 0, 0, "sign in with a code and wait for it", login),
         command("logout", "", 0, 0, "sign out", post("/logout")),
         command("ls", "[ROW/ROW/...]", 0, words,
-            "show a screen; a row is its number or title, or ?TEXT for a search", list),
+            "show a screen; a row is its number or title (\\/ for a / in it), or ?TEXT for a "
+            "search",
+            list),
         command("search", "TEXT", 1, words, "search the service", search),
         command("play", "ROW/ROW/...", 1, words, "play a row", play),
         command("open", "ROW/ROW/...", 1, words, "press an action row", open),
@@ -318,6 +330,7 @@ const std::vector<Command>& commands()
         command("like", "", 0, 0, "thumb up", post("/player/like")),
         command("dislike", "", 0, 0, "thumb down", post("/player/dislike")),
         command("status", "", 0, 0, "what plays", status),
+        command("queue", "", 0, 0, "what has played, what plays and what follows", queue),
         command("messages", "", 0, 0, "the last messages, with their buttons", messages),
         command("press", "BUTTON", 1, words,
             "press a button of the latest message, by number or title", press),

@@ -4,6 +4,7 @@
 #include "tavuenums.h"
 #include "tavujson.h"
 
+#include <QDateTime>
 #include <QTextStream>
 
 #include <cstdio>
@@ -88,6 +89,79 @@ QString rowLine(int number, const QVariantHash& row)
     return line;
 }
 
+namespace {
+
+QString ofHertz(int rate)
+{
+    return rate > 0 ? QString::number(rate / 1000.0) + QLatin1String(" kHz") : QString();
+}
+
+QString counted(int number, const char* unit)
+{
+    return number > 0 ? QStringLiteral("%1 %2").arg(number).arg(QLatin1String(unit)) : QString();
+}
+
+/// "FLAC, 44.1 kHz, 16 bit, lossless, to Speakers"; empty while nothing is known.
+QString soundText(const QVariantHash& audio)
+{
+    if (!audio.contains(QStringLiteral("codec")))
+        return {};
+    const auto number = [&](const char* key) {
+        return audio.value(QString::fromLatin1(key)).toInt();
+    };
+    const bool lossless = audio.value(QStringLiteral("lossless")).toBool();
+    const QString output =
+        audio.value(QStringLiteral("output")).toHash().value(QStringLiteral("name")).toString();
+    constexpr int bitsPerKilobit = 1000;
+    QStringList texts{ audio.value(QStringLiteral("codec")).toString(),
+        ofHertz(number("sampleRate")), counted(number("bitDepth"), "bit"),
+        counted(number("bitRate") / bitsPerKilobit, "kbit/s"),
+        lossless ? QStringLiteral("lossless") : QString(),
+        output.isEmpty() ? QString() : QStringLiteral("to ") + output };
+    texts.removeAll(QString());
+    return texts.join(QLatin1String(", "));
+}
+
+QString trackText(const QVariant& value)
+{
+    const QVariantHash row = value.toHash();
+    QStringList names{ row.value(QStringLiteral("title")).toString(), artistOf(row) };
+    names.removeAll(QString());
+    return names.join(QLatin1String(" - "));
+}
+
+QString localTime(const QVariant& at)
+{
+    return QDateTime::fromString(at.toString(), Qt::ISODateWithMs)
+        .toLocalTime()
+        .toString(QStringLiteral("HH:mm"));
+}
+
+} // namespace
+
+QString queueText(const QVariantHash& queue)
+{
+    QStringList lines;
+    const QString from =
+        queue.value(QStringLiteral("from")).toHash().value(QStringLiteral("title")).toString();
+    const bool endless = queue.value(QStringLiteral("endless")).toBool();
+    if (!from.isEmpty())
+        lines += QStringLiteral("from   %1%2")
+                     .arg(from, endless ? QStringLiteral(" (endless)") : QString());
+    for (const QVariant& entry : queue.value(QStringLiteral("played")).toList())
+        lines += localTime(entry.toHash().value(QStringLiteral("at"))) + QLatin1String("  ")
+            + trackText(entry.toHash().value(QStringLiteral("row")));
+    const QString now = trackText(queue.value(QStringLiteral("current")));
+    const QString next = trackText(queue.value(QStringLiteral("next")));
+    if (!now.isEmpty())
+        lines += QLatin1String("now    ") + now;
+    if (!next.isEmpty())
+        lines += QLatin1String("next   ") + next;
+    if (lines.isEmpty())
+        return QStringLiteral("Nothing has played yet.");
+    return lines.join(QLatin1Char('\n'));
+}
+
 QString statusText(const QVariantHash& player)
 {
     const auto state =
@@ -104,6 +178,9 @@ QString statusText(const QVariantHash& player)
         if (!names.isEmpty())
             text += QLatin1Char('\n') + names.join(QLatin1String(" - "));
     }
+    const QString sound = soundText(player.value(QStringLiteral("audio")).toHash());
+    if (!sound.isEmpty())
+        text += QLatin1Char('\n') + sound;
     const auto mode =
         static_cast<TavuPlayerPlayMode::Enum>(player.value(QStringLiteral("mode")).toInt());
     text += QStringLiteral("\nvolume %1%2, mode %3")

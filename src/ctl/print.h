@@ -13,7 +13,9 @@ void printJson(const QVariant& value);
 QString clockTime(qint64 ms);
 /// "1. > Title" with a mark for what the row is.
 QString rowLine(int number, const QVariantHash& row);
-/// The player's state in two or three lines.
+/// The player's state in a few lines.
 QString statusText(const QVariantHash& player);
+/// What has played, what plays and what follows, a line each.
+QString queueText(const QVariantHash& queue);
 
 } // namespace ctl

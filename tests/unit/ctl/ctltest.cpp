@@ -434,9 +434,6 @@ TEST_F(Ctl, SearchesForAllWordsAndListsWhatIsFound)
     EXPECT_EQ(player.calls.last().arguments.first().toHash().value(text("path")), text("/tune"));
     EXPECT_EQ(run({ text("play"), text("?a/2") }), 1);
     EXPECT_EQ(err, text("tavu-ctl: There is no row \"2\" in \"a\"."));
-    EXPECT_EQ(run({ text("search"), text("AC/DC") }), 0);
-    EXPECT_TRUE(player.told().join(text(" ")).contains(text("search[\"AC/DC\"")));
-    EXPECT_EQ(out, text("1.  >  Tune"));
     player.pages[text("/found")].clear();
     EXPECT_EQ(run({ text("search"), text("no") }), 0);
     EXPECT_EQ(out, text("Nothing found for \"no\"."));
@@ -551,4 +548,66 @@ TEST_F(CtlWithToken, TakesTheAddressAsThePlayerPrintsIt)
 {
     const QString printed = text("http://127.0.0.1:%1/?token=open-sesame-please").arg(port);
     EXPECT_EQ(start({ text("--url"), printed, text("status") }), 0) << err.toStdString();
+}
+
+TEST_F(Ctl, ReachesTitlesWithASlash)
+{
+    player.pages[QString()] = {
+        hash(R"({"title": "AC/DC Live", "type": 1, "path": "/live"})"),
+        hash(R"({"title": "AC", "type": 1, "path": "/ac"})"),
+    };
+    player.pages[text("/live")] = { hash(R"({"title": "On \\/ Off", "type": 3, "path": "/on"})") };
+    player.pages[text("/ac")] = { hash(R"({"title": "Other", "type": 3, "path": "/other"})") };
+    EXPECT_EQ(run({ text("ls"), text("AC\\/DC Live") }), 0) << err.toStdString();
+    EXPECT_EQ(out, text("1.  >  On \\/ Off"));
+    EXPECT_EQ(run({ text("ls"), text("AC") }), 0) << err.toStdString();
+    EXPECT_EQ(out, text("1.  >  Other"));
+    player.whenPlaying = [this] { player.m_player = hash(R"({"state": 2, "error": null})"); };
+    EXPECT_EQ(run({ text("play"), text("AC\\/DC Live/On \\\\\\/ Off") }), 0) << err.toStdString();
+    EXPECT_EQ(player.calls.last().name, text("play"));
+}
+
+TEST_F(Ctl, WritesASearchedSlashAsItIsToBeTyped)
+{
+    player.answerWith(text("/found"));
+    player.pages[text("/found")] = { hash(R"({"title": "Tune", "type": 3, "path": "/tune"})") };
+    EXPECT_EQ(run({ text("search"), text("AC/DC") }), 0) << err.toStdString();
+    EXPECT_EQ(out, text("1.  >  Tune\nTo play one: tavu-ctl play \"?AC\\/DC/NUMBER\""));
+    EXPECT_EQ(run({ text("ls"), text("?AC\\/DC") }), 0) << err.toStdString();
+    EXPECT_EQ(player.told().filter(text("search[\"AC/DC\"")).size(), 2);
+}
+
+TEST_F(Ctl, SaysWhatTheSoundIs)
+{
+    player.m_player = hash(R"({"state": 2, "title": "Song", "position": 0, "duration": 60000,
+        "mode": 0, "volume": 50, "mute": false, "error": null,
+        "audio": {"codec": "FLAC", "lossless": true, "sampleRate": 44100, "bitDepth": 16,
+                  "output": {"name": "Speakers"}}})");
+    EXPECT_EQ(run({ text("status") }), 0) << err.toStdString();
+    EXPECT_TRUE(out.contains(text("FLAC, 44.1 kHz, 16 bit, lossless, to Speakers")))
+        << out.toStdString();
+    player.m_player[text("audio")] = hash(R"({"codec": "MP3", "lossless": false,
+        "sampleRate": 48000, "bitRate": 128000, "output": {"name": "Speakers"}})");
+    EXPECT_EQ(run({ text("status") }), 0) << err.toStdString();
+    EXPECT_TRUE(out.contains(text("MP3, 48 kHz, 128 kbit/s, to Speakers"))) << out.toStdString();
+}
+
+TEST_F(Ctl, ShowsWhatHasPlayedAndWhatFollows)
+{
+    EXPECT_EQ(run({ text("queue") }), 0) << err.toStdString();
+    EXPECT_EQ(out, text("Nothing has played yet."));
+    player.m_queue = hash(R"({"endless": true, "from": {"title": "Coast", "type": 3},
+        "played": [{"at": "2024-01-01T12:00:00.000Z", "row": {"title": "First", "type": 3}}],
+        "current": {"title": "Second", "type": 3,
+                    "mediaData": {"metaData": {"artist": "Somebody"}}},
+        "next": {"title": "Third", "type": 3}})");
+    EXPECT_EQ(run({ text("queue") }), 0) << err.toStdString();
+    const QStringList lines = out.split(QLatin1Char('\n'));
+    ASSERT_EQ(lines.size(), 4);
+    EXPECT_EQ(lines[0], text("from   Coast (endless)"));
+    EXPECT_TRUE(lines[1].endsWith(text(":00  First"))) << lines[1].toStdString();
+    EXPECT_EQ(lines[2], text("now    Second - Somebody"));
+    EXPECT_EQ(lines[3], text("next   Third"));
+    EXPECT_EQ(run({ text("--json"), text("queue") }), 0) << err.toStdString();
+    EXPECT_EQ(json().toHash().value(text("endless")), QVariant(true));
 }
