@@ -106,6 +106,7 @@ export class MockPlayer {
   async get(name, url, request, response) {
     if (name === 'events') return this.events(response);
     if (name === 'state') return json(response, this.state.snapshot(this.serial));
+    if (name === 'queue') return this.queue(response);
     if (name === 'rows') return this.rows(url, response);
     if (name === 'messages') return json(response, { messages: this.state.messages });
     if (name === 'outputs') return json(response, { outputs: this.state.outputs });
@@ -144,6 +145,18 @@ export class MockPlayer {
       .slice(from, to + 1)
       .map((row, i) => this.withRef(row, `${given}#${from + i}`));
     return json(response, { parent: page.parent, rows, from, count: page.rows.length, version: 0 });
+  }
+
+  queue(response) {
+    const queue = this.state.tellQueue();
+    const shown = (row, place) => row && this.withRef(row, `queue/${place}/${row.title}`);
+    return json(response, {
+      ...queue,
+      from: shown(queue.from, 'from'),
+      current: shown(queue.current, 'current'),
+      next: shown(queue.next, 'next'),
+      played: queue.played.map(({ at, row }, i) => ({ at, row: shown(row, i) })),
+    });
   }
 
   withRef(row, ref) {
@@ -190,10 +203,11 @@ export class MockPlayer {
   }
 
   play(ref, response) {
-    const sound = this.refs.get(ref)?.sound;
+    const row = this.refs.get(ref);
+    const sound = row?.sound;
     if (!sound) return problem(response, 404, 'This row is no longer known.');
     if (sound.kind !== 'refused') {
-      this.state.play(sound);
+      this.state.play(sound, sound.kind === 'track' ? null : row);
       return json(response, {});
     }
     const text = pageOf(sound.screen).rows[0].longDescription;
@@ -210,6 +224,7 @@ export class MockPlayer {
   }
 
   activate({ ref, path: target, role, value }, response) {
+    if (this.faults.failActivate) return problem(response, 409, this.faults.failActivate);
     if (role === 'likeIt') {
       this.ratings.push({ path: target, value });
       return this.rated(value, response, false);

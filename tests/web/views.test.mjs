@@ -326,6 +326,7 @@ describe('messages of the service', () => {
       await page.keyboard.press('Escape');
       await dialog.waitFor({ state: 'detached' });
       await person.waitFor(() => row.evaluate((element) => element === document.activeElement));
+      await person.goTo('Messages');
       await page.getByRole('region', { name: 'Messages' }).getByText('Playback failed').waitFor();
     }));
 
@@ -367,6 +368,7 @@ describe('messages of the service', () => {
       await page.locator('.toast').getByText('Skipped “Gulls”').waitFor();
       await person.button('Close the note “Skipped “Gulls””').click();
       await page.locator('.toast').waitFor({ state: 'detached' });
+      await person.goTo('Messages');
       await person.button('Copy the message “Skipped “Gulls””').click();
       assert.match(
         await page.evaluate(() => navigator.clipboard.readText()),
@@ -408,6 +410,9 @@ describe('messages of the service', () => {
         { type: 106, title: 'Read on', link: 'https://service.test/x' },
         { type: 106, title: 'Evil', link: 'javascript:alert(1)' },
       ]);
+      await page.getByRole('tab', { name: /^Messages.*1 unread$/ }).waitFor();
+      await person.goTo('Messages');
+      await page.getByRole('tab', { name: 'Messages', exact: true }).waitFor();
       const message = page.getByRole('region', { name: 'Messages' });
       await message.getByRole('link', { name: 'Read on (opens in a new tab)' }).waitFor();
       assert.equal(await message.getByText('Evil').count(), 0);

@@ -83,6 +83,7 @@ async function everybodyHears(title, titles) {
   assert.deepEqual(buttonsOf((await kept()).findLast(tells)), titles);
   const { out } = await ctl('messages');
   for (const text of [title, ...titles]) assert.match(out, new RegExp(text));
+  await person.goTo('Messages');
   const message = page
     .getByRole('region', { name: 'Messages' })
     .getByRole('listitem')
@@ -167,6 +168,7 @@ describe('the words of the service and its buttons', () => {
     const skipped = ({ kind, title }) => kind === 'skipped' && title.includes('Platform Two');
     await eventually('a note tells of the track', () => events.some(skipped));
     assert.ok((await kept()).some(skipped));
+    await person.goTo('Messages');
     await page
       .getByRole('region', { name: 'Messages' })
       .getByRole('listitem')

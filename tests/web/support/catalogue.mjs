@@ -317,6 +317,13 @@ function albumPage(number) {
 
 export const searchPath = (text) => pathOf(`search/${encodeURIComponent(text)}`);
 
+const sounds = new Map([...pages.values()].flatMap((p) => p.rows).concat(albums.flatMap(tracksOf))
+  .filter((row) => row.sound?.kind === 'track')
+  .map((row) => [`${row.sound.title}|${row.sound.album}`, row]));
+
+/** The row of a track that plays or played, as the player's queue shows it. */
+export const rowOfSound = (sound) => sounds.get(`${sound.title}|${sound.album}`) ?? null;
+
 /** The tracks that a play command starts. */
 export function queueOf(sound) {
   if (sound.kind === 'track') return [sound];

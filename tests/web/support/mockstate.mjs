@@ -1,7 +1,17 @@
 // What the mock player plays and whether it is signed in. Time is real, sound is not.
-import { queueOf } from './catalogue.mjs';
+import { queueOf, rowOfSound } from './catalogue.mjs';
 
 const PlayState = { idle: 0, buffering: 1, playing: 2, paused: 3 };
+
+/** What the player tells of the sound: albums are lossless, all else is not. */
+const audioOf = (kind) => ({
+  ...(kind === 'album'
+    ? { codec: 'FLAC', lossless: true, sampleRate: 44100, bitDepth: 16, decoder: 'FLAC decoder' }
+    : { codec: 'MP3', lossless: false, sampleRate: 44100, bitRate: 256000, decoder: 'MP3 decoder' }),
+  channels: 2,
+  source: { encrypted: kind === 'album', renewed: false },
+  output: { name: 'Automatic', sink: 'PulseAudio', sampleRate: 48000, channels: 2, bitDepth: 16 },
+});
 
 export class MockState {
   constructor(emit) {
@@ -26,6 +36,8 @@ export class MockState {
     this.mute = false;
     this.mode = 0;
     this.ratings = new Map();
+    this.played = [];
+    this.nextKnown = false;
     this.reset();
   }
 
@@ -36,7 +48,32 @@ export class MockState {
     this.base = 0;
     this.since = 0;
     this.kind = '';
+    this.from = null;
     this.error = null;
+  }
+
+  /** The queue as the player tells it; `nextKnown` is set once the next track is prepared. */
+  tellQueue() {
+    const next = this.nextKnown ? this.queue[(this.at + 1) % this.queue.length] : null;
+    return {
+      from: this.track ? this.from : null,
+      endless: this.kind === 'station',
+      played: this.played,
+      current: this.track && rowOfSound(this.track),
+      next: next && rowOfSound(next),
+    };
+  }
+
+  prepareNext() {
+    this.nextKnown = true;
+    this.emit('queue', {});
+  }
+
+  /** What plays becomes what has played. */
+  leaveTrack() {
+    const row = this.track && rowOfSound(this.track);
+    if (row) this.played = [...this.played, { at: new Date().toISOString(), row }].slice(-50);
+    this.nextKnown = false;
   }
 
   rate(rating) {
@@ -86,6 +123,7 @@ export class MockState {
       bufferLevel: 100,
       error: this.error,
       output: 'auto',
+      audio: this.state > PlayState.buffering ? audioOf(this.kind) : {},
       rating: this.ratings.get(track?.title) ?? '',
     };
   }
@@ -110,15 +148,20 @@ export class MockState {
     this.told();
   }
 
-  play(sound) {
+  play(sound, from = null) {
+    this.leaveTrack();
+    this.from = from;
     Object.assign(this, { queue: queueOf(sound), at: 0, kind: sound.kind, error: null });
     this.moveTo(0, PlayState.buffering);
     clearTimeout(this.starting);
     this.starting = setTimeout(() => this.moveTo(this.base, PlayState.playing), 150);
+    this.emit('queue', {});
   }
 
   step(by) {
     if (by < 0 && this.position() > 3000) return this.moveTo(0);
+    this.leaveTrack();
+    this.emit('queue', {});
     this.at = (this.at + by + this.queue.length) % this.queue.length;
     return this.moveTo(0, PlayState.playing);
   }
@@ -131,7 +174,9 @@ export class MockState {
 
   stop() {
     clearTimeout(this.starting);
+    this.leaveTrack();
     this.reset();
+    this.emit('queue', {});
     this.told();
   }
 

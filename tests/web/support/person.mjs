@@ -24,8 +24,13 @@ export class Person {
     return this.page.getByRole('heading', { name, exact: typeof name === 'string' });
   }
 
-  /** Now playing is beside the list on a wide page and a place of its own on a narrow one. */
+  /**
+   * What is beside the list on a wide page is a place of its own on a narrow one; the queue and the
+   * messages share one part of the wide page.
+   */
   async goTo(place) {
+    const tab = this.page.getByRole('tab', { name: new RegExp(`^${place}`) });
+    if (this.wide && (await tab.count()) > 0) await tab.click();
     if (this.wide) return;
     await this.page.getByRole('link', { name: new RegExp(`^${place}`) }).click();
   }

@@ -26,6 +26,16 @@ export async function tour({ mock, page, wide, look }) {
   await look('record, playing');
   await person.goTo('Now playing');
   await look('now playing');
+  await person.button(/^Sound quality/).click();
+  await page.getByRole('dialog', { name: 'The way of the sound' }).waitFor();
+  await look('way of the sound');
+  await page.keyboard.press('Escape');
+  mock.state.step(1);
+  mock.state.prepareNext();
+  await person.goTo('Queue');
+  await page.getByRole('button', { name: /^Skip to / }).waitFor();
+  await look('queue');
+  mock.state.step(-1);
   await page.goto(page.url().replace(/#.*/, '#/wall'));
   await page.getByRole('link', { name: 'Leave the wall screen' }).waitFor();
   await look('wall');

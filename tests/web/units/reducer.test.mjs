@@ -124,3 +124,10 @@ test('an idle player without a title has no track to show', () => {
   assert.equal(hasTrack({ state: 0, title: '' }), false);
   assert.equal(hasTrack(null), false);
 });
+
+test('the queue is asked for again after it changed, and after every new start', () => {
+  const changed = run([{ type: 'queue', data: {} }]);
+  assert.notEqual(changed.queueVersion, initialState.queueVersion);
+  assert.notEqual(run([snapshot({})], changed).queueVersion, changed.queueVersion);
+  assert.equal(run([{ type: 'player', now: 0, data: player() }]).queueVersion, 0);
+});

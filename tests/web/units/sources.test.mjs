@@ -39,6 +39,30 @@ test('versions are exact', () => {
   }
 });
 
+/** The lines of each function that begins on a line of its own, up to the end of its indentation. */
+function functionsIn(source) {
+  const lines = source.split('\n');
+  const begins =
+    /^(\s*)(?:export )?(?:async )?(?:function (\w+)|const (\w+) = (?:async )?\(?[^=]*\)? =>.*[{(]$|(?:async )?(\w+)\(.*\) \{$)/;
+  return lines.flatMap((line, at) => {
+    const match = begins.exec(line);
+    if (!match || /^\s*(if|for|while|switch)\b/.test(line)) return [];
+    const end = lines.findIndex((l, i) => i > at && new RegExp(`^${match[1]}[})]`).test(l));
+    return [{ name: match[2] ?? match[3] ?? match[4], lines: (end < 0 ? at : end) - at + 1 }];
+  });
+}
+
+test('functions are short enough to be read at a glance', () => {
+  const found = scripts.flatMap((file) =>
+    functionsIn(read(file)).map((each) => ({ file: path.basename(file), ...each })),
+  );
+  assert.ok(found.length > 150, `${found.length}`);
+  assert.deepEqual(
+    found.filter(({ lines }) => lines > 60),
+    [],
+  );
+});
+
 test('there is no inline script or style', () => {
   const html = read(path.join(web, 'index.html'));
   assert.doesNotMatch(html, /<style|\sstyle=|\son\w+=|<script(?![^>]*\ssrc=)/);
@@ -57,7 +81,7 @@ test('every text that is used is written, and every written one is used', () => 
     .filter((file) => !file.includes('texts'))
     .map(read)
     .join('\n');
-  const computed = /^(messages\.kind|player\.repeat|settings\.key|place|login|row)\./;
+  const computed = /^(messages\.kind|audio\.stage|player\.repeat|settings\.key|place|login|row)\./;
   const used = new Set(
     [...source.matchAll(/'([a-z]+(?:\.[A-Za-z]+)*)'/g)].map((match) => match[1]),
   );

@@ -35,11 +35,10 @@ async function problemOf(response) {
 }
 
 /**
- * The control API. `onUnreachable` runs when a request did not get to the player at all,
- * `onRefused` when it wants an access code.
+ * One request and its answer. `onUnreachable` runs when it did not get to the player at all.
  */
-export function createApi({ base = '/api/v1', token = () => '', fetch, onUnreachable, onRefused }) {
-  async function transfer(method, path, body, timeoutMs) {
+function createTransfer({ base, token, fetch, onUnreachable }) {
+  return async (method, path, body, timeoutMs) => {
     const headers = { Accept: 'application/json' };
     if (body !== undefined) headers['Content-Type'] = 'application/json';
     if (token()) headers.Authorization = `Bearer ${token()}`;
@@ -61,7 +60,29 @@ export function createApi({ base = '/api/v1', token = () => '', fetch, onUnreach
     } finally {
       clearTimeout(timer);
     }
-  }
+  };
+}
+
+/** Addresses that the browser fetches by itself and so cannot carry a header. */
+function createAddresses({ base, token }) {
+  const address = (url) => {
+    if (!url || !token()) return url;
+    return `${url}${url.includes('?') ? '&' : '?'}token=${encodeURIComponent(token())}`;
+  };
+  return {
+    address,
+    eventsAddress: () => address(`${base}/events`),
+    /** `version` tells codes apart, so that no old picture is shown for a new code. */
+    qrAddress: (version) => address(`${base}/login/qr.svg?v=${encodeURIComponent(version ?? '')}`),
+  };
+}
+
+/**
+ * The control API. `onUnreachable` runs when a request did not get to the player at all,
+ * `onRefused` when it wants an access code.
+ */
+export function createApi({ base = '/api/v1', token = () => '', fetch, onUnreachable, onRefused }) {
+  const transfer = createTransfer({ base, token, fetch, onUnreachable });
 
   async function request(method, path, body, timeoutMs = briskMs) {
     const response = await transfer(method, path, body, timeoutMs);
@@ -71,20 +92,11 @@ export function createApi({ base = '/api/v1', token = () => '', fetch, onUnreach
     return response.json();
   }
 
-  /** An address that the browser fetches by itself and so cannot carry a header. */
-  const address = (url) => {
-    if (!url || !token()) return url;
-    return `${url}${url.includes('?') ? '&' : '?'}token=${encodeURIComponent(token())}`;
-  };
-
   const get = (path, timeoutMs) => request('GET', path, undefined, timeoutMs);
   const post = (path, body = {}, timeoutMs) => request('POST', path, body, timeoutMs);
 
   return {
-    address,
-    eventsAddress: () => address(`${base}/events`),
-    /** `version` tells codes apart, so that no old picture is shown for a new code. */
-    qrAddress: (version) => address(`${base}/login/qr.svg?v=${encodeURIComponent(version ?? '')}`),
+    ...createAddresses({ base, token }),
     state: () => get('/state'),
     /** Whether the player is there; any answer will do. */
     ping: async (timeoutMs) => {
@@ -100,6 +112,7 @@ export function createApi({ base = '/api/v1', token = () => '', fetch, onUnreach
     search: (text) => post('/search', { text }, patientMs),
     play: (ref) => post('/play', { ref }, patientMs),
     command: (name, body) => post(`/player/${name}`, body, patientMs),
+    queue: () => get('/queue'),
     outputs: () => get('/outputs'),
     selectOutput: (id) => post('/outputs', { id }),
     startLogin: () => post('/login/start', {}, patientMs),

@@ -1,8 +1,54 @@
-const names = ['snapshot', 'login', 'player', 'position', 'rows', 'message'];
+const names = ['snapshot', 'login', 'player', 'position', 'queue', 'rows', 'message'];
 const firstRetryMs = 500;
 const lastRetryMs = 4000;
 const quietMs = 10000;
 const openingMs = 8000; // a stream that has said nothing for so long after its opening never will
+
+/** A timer of which there is at most one at a time. */
+function createTimer(clock) {
+  let timer = null;
+  const stop = () => {
+    if (timer !== null) clock.clearTimeout(timer);
+    timer = null;
+  };
+  return {
+    stop,
+    start(work, ms) {
+      stop();
+      timer = clock.setTimeout(() => {
+        timer = null;
+        work();
+      }, ms);
+    },
+    get runs() {
+      return timer !== null;
+    },
+  };
+}
+
+/** Longer from attempt to attempt. */
+function createDelays() {
+  let ms = firstRetryMs;
+  return {
+    reset() {
+      ms = firstRetryMs;
+    },
+    next() {
+      const delay = ms;
+      ms = Math.min(ms * 2, lastRetryMs);
+      return delay;
+    },
+  };
+}
+
+/** The data of an event; undefined for one that cannot be read, which does not end the stream. */
+function dataOf(event) {
+  try {
+    return JSON.parse(event.data);
+  } catch {
+    return undefined;
+  }
+}
 
 /**
  * Keeps one event stream open for as long as the page lives. A lost stream is opened anew instead
@@ -11,54 +57,43 @@ const openingMs = 8000; // a stream that has said nothing for so long after its 
  */
 export function connectEvents({ open, onEvent, onLost, clock = globalThis }) {
   let source = null;
-  let retry = null;
-  let retryMs = firstRetryMs;
   let heardAt = 0;
-  let opening = null;
-
-  function hear() {
-    heardAt = clock.performance.now();
-    stopOpening();
-  }
-
-  function stopOpening() {
-    if (opening !== null) clock.clearTimeout(opening);
-    opening = null;
-  }
+  const delays = createDelays();
+  const retry = createTimer(clock);
+  const opening = createTimer(clock);
 
   function receive(name, event) {
-    hear();
-    let data;
-    try {
-      data = JSON.parse(event.data);
-    } catch {
-      return; // one unreadable event does not end the stream
-    }
-    if (name === 'snapshot') retryMs = firstRetryMs;
+    heardAt = clock.performance.now();
+    opening.stop();
+    const data = dataOf(event);
+    if (data === undefined) return;
+    if (name === 'snapshot') delays.reset();
     onEvent(name, data);
   }
 
   function lose(lost) {
     lost?.close();
-    stopOpening();
-    if (!lost || lost !== source || retry !== null) return;
-    retry = clock.setTimeout(connect, retryMs);
-    retryMs = Math.min(retryMs * 2, lastRetryMs);
+    opening.stop();
+    if (!lost || lost !== source || retry.runs) return;
+    retry.start(connect, delays.next());
     onLost();
   }
 
-  function connect() {
-    if (retry !== null) clock.clearTimeout(retry);
-    retry = null;
+  function close() {
+    opening.stop();
+    retry.stop();
     source?.close();
+    source = null;
+  }
+
+  function connect() {
+    close();
     const opened = open();
     source = opened;
-    stopOpening();
-    opening = clock.setTimeout(() => lose(opened), openingMs);
+    opening.start(() => lose(opened), openingMs);
     for (const name of names) opened.addEventListener(name, (event) => receive(name, event));
     opened.addEventListener('error', () => lose(opened));
   }
-
   connect();
   return {
     /** When the stream last brought something, by the clock's monotonic time. */
@@ -67,7 +102,7 @@ export function connectEvents({ open, onEvent, onLost, clock = globalThis }) {
     },
     /** Opens a new stream at once, for a full state. */
     renew() {
-      retryMs = firstRetryMs;
+      delays.reset();
       connect();
     },
     /** The same, if the stream has been quiet for longer than a living one usually is. */
@@ -77,12 +112,6 @@ export function connectEvents({ open, onEvent, onLost, clock = globalThis }) {
     /** A request did not reach the player, so the stream may be dead too without knowing. */
     doubt: () => lose(source),
     /** No further attempts until renew(). */
-    close() {
-      stopOpening();
-      if (retry !== null) clock.clearTimeout(retry);
-      retry = null;
-      source?.close();
-      source = null;
-    },
+    close,
   };
 }

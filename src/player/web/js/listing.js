@@ -13,6 +13,30 @@ function fill(page, answer, from) {
   for (let i = from; i < end; i += 1) page.rows[i] = answer.rows[i - from] ?? absent;
 }
 
+const newPage = (path) => ({ path, count: 0, rows: [], windows: new Map() });
+
+async function fetchWindow(api, page, index) {
+  const from = index * windowSize;
+  page.windows.set(index, 'loading');
+  try {
+    const answer = await api.rows(page.path, from, from + windowSize - 1);
+    fill(page, answer, from);
+    page.windows.set(index, 'done');
+    return answer;
+  } catch (error) {
+    page.windows.set(index, 'failed');
+    throw error;
+  }
+}
+
+/** The row that leads on from the last page, or null; null also where it leads in a circle. */
+function moreRowOf(pages) {
+  const page = pages.at(-1);
+  const row = page?.rows[page.count - 1];
+  if (!isSeeMore(row, page?.count - 1, page?.count)) return null;
+  return pages.some((known) => known.path === row.path) ? null : row;
+}
+
 /**
  * One list of the service as the page shows it. `pages` are the service's pages, the first and
  * those that "See more results" rows led to; each knows its count and fetches its rows in windows
@@ -27,37 +51,20 @@ export function createListing(path, api, onChange = () => {}) {
     pages: [],
     following: false,
   };
-
-  const newPage = (pagePath) => ({ path: pagePath, count: 0, rows: [], windows: new Map() });
-
-  async function fetchWindow(page, index) {
-    const from = index * windowSize;
-    page.windows.set(index, 'loading');
-    try {
-      const answer = await api.rows(page.path, from, from + windowSize - 1);
-      fill(page, answer, from);
-      page.windows.set(index, 'done');
-      return answer;
-    } catch (error) {
-      page.windows.set(index, 'failed');
-      throw error;
-    }
-  }
+  const become = (values) => {
+    Object.assign(listing, values);
+    onChange();
+  };
+  const moreRow = () => moreRowOf(listing.pages);
 
   async function load() {
     const page = newPage(path);
-    try {
-      const answer = await fetchWindow(page, 0);
-      Object.assign(listing, {
-        status: 'ready',
-        error: null,
-        parent: answer.parent ?? {},
-        pages: [page],
-      });
-    } catch (error) {
-      Object.assign(listing, { status: 'failed', error });
-    }
-    onChange();
+    become(
+      await fetchWindow(api, page, 0).then(
+        ({ parent = {} }) => ({ status: 'ready', error: null, parent, pages: [page] }),
+        (error) => ({ status: 'failed', error }),
+      ),
+    );
   }
 
   /** Fetches the window around a row that comes into view; a failed one only when told `again`. */
@@ -66,32 +73,22 @@ export function createListing(path, api, onChange = () => {}) {
     const index = Math.floor(rowIndex / windowSize);
     const known = page?.windows.get(index);
     if (!page || (known && !(known === 'failed' && again))) return;
-    await fetchWindow(page, index).catch(() => {});
+    await fetchWindow(api, page, index).catch(() => {});
     onChange();
-  }
-
-  /** The row that leads on from the last page, or null; null also where it leads in a circle. */
-  function moreRow() {
-    const page = listing.pages.at(-1);
-    const row = page?.rows[page.count - 1];
-    if (!isSeeMore(row, page?.count - 1, page?.count)) return null;
-    return listing.pages.some((known) => known.path === row.path) ? null : row;
   }
 
   /** Appends the page behind the "See more results" row. Throws what the request failed with. */
   async function follow() {
     const row = moreRow();
     if (!row || listing.following) return;
-    listing.following = true;
-    onChange();
+    become({ following: true });
     const before = listing.pages;
     const page = newPage(row.path);
     try {
-      await fetchWindow(page, 0);
+      await fetchWindow(api, page, 0);
       if (listing.pages === before) listing.pages = [...before, page];
     } finally {
-      listing.following = false;
-      onChange();
+      become({ following: false });
     }
   }
 

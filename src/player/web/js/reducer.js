@@ -13,6 +13,7 @@ export const initialState = {
   service: { name: '' },
   login: null,
   player: null,
+  queueVersion: 0, // another number: the queue is to be asked for again
   messages: [],
   read: [],
   toasts: [],
@@ -69,8 +70,11 @@ function withScreen(state, screen) {
   return { ...state, screen, toasts };
 }
 
+const withQueueChanged = (state) => ({ ...state, queueVersion: state.queueVersion + 1 });
+
 function withSnapshot(state, snapshot, now) {
-  let next = { ...state, connection: 'live', service: snapshot.service ?? state.service };
+  let next = { ...withQueueChanged(state), connection: 'live' };
+  next.service = snapshot.service ?? state.service;
   next = withLogin(next, snapshot.login ?? null, now);
   if (snapshot.player) next = withPlayer(next, snapshot.player, now);
   return { ...next, messages: (snapshot.messages ?? []).slice(-keptMessages).map(worded) };
@@ -86,6 +90,7 @@ const handlers = {
   login: (state, e) => withLogin(state, e.data, e.now),
   player: (state, e) => withPlayer(state, e.data, e.now),
   position: (state, e) => withPosition(state, e.data.position, e.now),
+  queue: (state) => withQueueChanged(state),
   message: (state, e) => withMessage(state, e.data, e.now),
   connection: (state, e) =>
     state.connection === e.connection ? state : { ...state, connection: e.connection },

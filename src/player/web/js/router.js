@@ -1,7 +1,7 @@
 // The page's address: "#/browse?path=…&q=…". Every place keeps the browse path, so that a reload
 // and a shared address come back to the same list.
 
-export const places = ['browse', 'now', 'messages'];
+export const places = ['browse', 'now', 'queue', 'messages'];
 
 /** A screen on the wall, reached by its address: "#/wall". */
 const known = [...places, 'wall'];

@@ -12,17 +12,19 @@ import { hasTrack, unreadCount } from '../reducer.js';
 import { places } from '../router.js';
 import { t } from '../text.js';
 import { Browse } from './browse.js';
+import { Aside } from './aside.js';
 import { Header } from './header.js';
 import { Icon } from './icons.js';
 import { Login } from './login.js';
-import { Messages, MessagesPlace, Toasts } from './messages.js';
+import { MessagesPlace, Toasts } from './messages.js';
 import { NowPlaying, PlayerBar, Wall } from './nowplaying.js';
+import { Queue } from './queue.js';
 import { RowMenu } from './rowmenu.js';
 import { ScreenDialog } from './screen.js';
 import { Settings } from './settings.js';
 import { TokenForm } from './token.js';
 
-const signs = { browse: 'browse', now: 'note', messages: 'messages' };
+const signs = { browse: 'browse', now: 'note', queue: 'queue', messages: 'messages' };
 
 function Tabs({ place }) {
   const { actions } = useApp();
@@ -87,22 +89,16 @@ function Announcer() {
   return html`<p class="off-screen" role="status">${text}</p>`;
 }
 
+/** What fills a narrow page. */
+const alone = { browse: Browse, now: NowPlaying, queue: Queue, messages: MessagesPlace };
+
 function Shell({ route }) {
   const wide = useMedia('(min-width: 60rem)');
-  const browse = html`<${Browse} route=${route} />`;
-  const main =
-    wide || route.place === 'browse'
-      ? browse
-      : route.place === 'now'
-        ? html`<${NowPlaying} />`
-        : html`<${MessagesPlace} />`;
+  const Place = alone[wide ? 'browse' : route.place] ?? Browse;
   return html`
-    <main class="main" data-scroller id="main" key=${wide ? 'wide' : route.place}>${main}</main>
-    ${
-      wide &&
-      html`<aside class="aside" aria-label=${t('player')}>
-      <${NowPlaying} level=${2} /><${Messages} level=${2} /></aside>`
-    }
+    <main class="main" data-scroller id="main" key=${wide ? 'wide' : route.place}>
+      <${Place} route=${route} /></main>
+    ${wide && html`<${Aside} place=${route.place} />`}
     ${!wide && route.place !== 'now' && html`<${PlayerBar} />`}
     ${!wide && html`<${Tabs} place=${route.place} />`}`;
 }

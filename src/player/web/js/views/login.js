@@ -75,11 +75,12 @@ const startTexts = { starting: 'login.starting', failed: 'login.again' };
 function Start({ login }) {
   const { actions } = useApp();
   const failed = login.state === 'failed';
+  const ended = login.state === 'loggedOut' && login.message;
   return html`
     ${
-      failed &&
+      (failed || ended) &&
       html`<div class="login-problem" role="alert">
-      <${Icon} name="error" /><div><strong>${t('login.failed')}</strong>
+      <${Icon} name="error" /><div><strong>${t(failed ? 'login.failed' : 'login.ended')}</strong>
       ${login.message && html`<p>${login.message}</p>`}</div></div>`
     }
     <${Button} kind="primary" onClick=${actions.startLogin}

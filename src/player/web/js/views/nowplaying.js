@@ -4,6 +4,7 @@ import { hasTrack, PlayState } from '../reducer.js';
 import { t } from '../text.js';
 import { Picture } from './controls.js';
 import { Icon } from './icons.js';
+import { Quality } from './quality.js';
 import { Next, PlayPause, Progress, Rating, Seek, Stop, Transport, Volume } from './transport.js';
 
 function artAlt(player) {
@@ -32,7 +33,7 @@ function Status({ player }) {
   return null;
 }
 
-function Words({ player, level }) {
+function Words({ player, level, children }) {
   const some = hasTrack(player);
   const Title = `h${level}`;
   return html`<div class="now-text">
@@ -43,6 +44,7 @@ function Words({ player, level }) {
       <p class="now-album">${player.album || '\u00a0'}</p>`
         : html`<p class="now-hint">${t('player.noneText')}</p>`
     }
+    ${children}
   </div>`;
 }
 
@@ -51,7 +53,7 @@ export function NowPlaying({ level = 1 }) {
   const player = useStore((state) => state.player) ?? { state: 0 };
   return html`<section class="now" aria-label=${t('place.now')}>
     <${Art} player=${player} />
-    <${Words} player=${player} level=${level} />
+    <${Words} player=${player} level=${level}><${Quality} /></${Words}>
     <${Status} player=${player} />
     <${Seek} />
     <${Transport} />

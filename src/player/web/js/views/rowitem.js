@@ -50,24 +50,12 @@ function PlaySign({ starting, current }) {
   return html`<${Icon} name="play" size=${20} />`;
 }
 
-/** A row with one target to open it, one to play it, or both side by side. */
-function MusicRow({ row, layout, number, record, memo }) {
-  const { actions } = useApp();
-  const offline = useOffline();
-  const starting = useStore((state) => state.starting) === row.ref && Boolean(row.ref);
-  const current = useStore((state) => isCurrent(row, state.player));
+/** What is seen of a row, whatever pressing it does. */
+function Inside({ row, layout, number, line, starting, current }) {
+  const time = durationOf(row);
   const opens = Boolean(row.openable);
   const plays = Boolean(row.playable);
-  const rest = offline ? { 'aria-disabled': 'true', title: t('lost.control') } : {};
-
-  const play = () => actions.play(row);
-  const open = () => {
-    memo();
-    actions.open(row);
-  };
-  const line = second(row, layout, record);
-  const time = durationOf(row);
-  const inside = html`
+  return html`
     ${
       number
         ? html`<span class="row-number" data-number=${number}></span>`
@@ -88,6 +76,25 @@ function MusicRow({ row, layout, number, record, memo }) {
       html`<span class="row-sign play-sign">
       <${PlaySign} starting=${starting} current=${current} /></span>`
     }`;
+}
+
+/** A row with one target to open it, one to play it, or both side by side. */
+function MusicRow({ row, layout, number, record, memo }) {
+  const { actions } = useApp();
+  const offline = useOffline();
+  const starting = useStore((state) => state.starting) === row.ref && Boolean(row.ref);
+  const current = useStore((state) => isCurrent(row, state.player));
+  const opens = Boolean(row.openable);
+  const plays = Boolean(row.playable);
+  const rest = offline ? { 'aria-disabled': 'true', title: t('lost.control') } : {};
+
+  const play = () => actions.play(row);
+  const open = () => {
+    memo();
+    actions.open(row);
+  };
+  const line = second(row, layout, record);
+  const inside = html`<${Inside} ...${{ row, layout, number, line, starting, current }} />`;
 
   if (!opens && !plays) return html`<div class="row-main still">${inside}</div>`;
   return html`

@@ -50,43 +50,69 @@ export function Skeletons() {
   </ul>`;
 }
 
-/** The rows of a listing: all of its positions at once, filled in as they come near. */
-export function RowList({ listing, opened, label, memo }) {
+/**
+ * Follows "See more results". Who pressed it finds the focus on the first of the new rows, unless
+ * the reader has gone elsewhere meanwhile: the row that was pressed has moved on or is gone.
+ */
+function useFollowing(listing, list, count) {
   const { actions } = useApp();
-  const list = useRef();
   const triedMore = useRef(null);
   const [cameAt, setCameAt] = useState(null);
+  useLayoutEffect(() => {
+    const { activeElement: now } = document;
+    const stayed = now === null || now === document.body || now.closest('.row-more');
+    if (cameAt && stayed) focusOfRow(list.current, cameAt.at)?.focus();
+  }, [cameAt]);
+  const follow = async (focus) => {
+    triedMore.current = listing.moreRow().path;
+    await actions.followMore(listing);
+    if (focus) setCameAt({ at: count });
+  };
+  /** By itself each page is followed once; after a failure the reader decides. */
+  const followOnce = () => {
+    const more = listing.moreRow();
+    if (more && triedMore.current !== more.path && hasScrolled(list.current))
+      follow(document.activeElement?.closest('.row-more'));
+  };
+  return { follow, followOnce };
+}
+
+/** One position of a listing: a row, the place of one that has not come yet, or a failed window. */
+function itemOf(entry, at, { count, listing, layout, record, memo }) {
+  const { page, index, row, failed } = entry;
+  const key = `${page}:${index}`;
+  if (failed && index % windowSize === 0) {
+    return html`<${FailedWindow} key=${key} onAgain=${() => listing.ensure(page, index, true)} />`;
+  }
+  if (row?.absent) return null;
+  if (!row) {
+    const near = index % watchedEvery === 0 ? key : null;
+    return html`<li class="row gap" key=${key} aria-hidden="true" data-near=${near}></li>`;
+  }
+  return html`<li class="row" key=${key} data-at=${at}
+      aria-posinset=${at + 1} aria-setsize=${count}>
+    <${RowContent} row=${row} layout=${layout} number=${record ? at + 1 : 0}
+      record=${record} memo=${() => memo(at)} />
+  </li>`;
+}
+
+/** The rows of a listing: all of its positions at once, filled in as they come near. */
+export function RowList({ listing, opened, label, memo }) {
+  const list = useRef();
   const entries = entriesOf(listing);
   const more = listing.moreRow();
   const shown = more ? entries.slice(0, -1) : entries;
   const firstRows = listing.pages[0].rows.slice(0, windowSize);
   const layout = layoutOf(firstRows);
   const record = isRecord(opened, firstRows) ? opened : null;
-
-  const follow = async (focus) => {
-    triedMore.current = more.path;
-    const at = shown.length;
-    await actions.followMore(listing);
-    if (focus) setCameAt({ at });
-  };
-
-  // The row that was pressed has moved on or is gone; the first of the new ones takes its place,
-  // unless the reader has gone elsewhere meanwhile.
-  useLayoutEffect(() => {
-    const { activeElement: now } = document;
-    const stayed = now === null || now === document.body || now.closest('.row-more');
-    if (cameAt && stayed) focusOfRow(list.current, cameAt.at)?.focus();
-  }, [cameAt]);
+  const count = more ? -1 : shown.length;
+  const { follow, followOnce } = useFollowing(listing, list, shown.length);
 
   useNear(
     list,
-    (element) => {
-      if (element.dataset.near !== 'more') {
-        const [page, index] = element.dataset.near.split(':').map(Number);
-        listing.ensure(page, index);
-      } else if (more && triedMore.current !== more.path && hasScrolled(list.current)) {
-        follow(document.activeElement?.closest('.row-more'));
-      }
+    ({ dataset: { near } }) => {
+      if (near === 'more') return followOnce();
+      return listing.ensure(...near.split(':').map(Number));
     },
     [
       listing,
@@ -98,23 +124,7 @@ export function RowList({ listing, opened, label, memo }) {
 
   return html`<ul class="rows ${layout} ${record ? 'numbered' : ''}" role="list"
       aria-label=${label} ref=${list}>
-    ${shown.map(({ page, index, row, failed }, at) => {
-      const key = `${page}:${index}`;
-      if (failed && index % windowSize === 0) {
-        const again = () => listing.ensure(page, index, true);
-        return html`<${FailedWindow} key=${key} onAgain=${again} />`;
-      }
-      if (row?.absent) return null;
-      if (!row) {
-        const near = index % watchedEvery === 0 ? key : null;
-        return html`<li class="row gap" key=${key} aria-hidden="true" data-near=${near}></li>`;
-      }
-      return html`<li class="row" key=${key} data-at=${at}
-          aria-posinset=${at + 1} aria-setsize=${more ? -1 : shown.length}>
-        <${RowContent} row=${row} layout=${layout} number=${record ? at + 1 : 0}
-          record=${record} memo=${() => memo(at)} />
-      </li>`;
-    })}
+    ${shown.map((entry, at) => itemOf(entry, at, { count, listing, layout, record, memo }))}
     ${more && html`<${SeeMore} listing=${listing} onFollow=${() => follow(true)} />`}
   </ul>`;
 }

@@ -8,10 +8,18 @@ import { t } from '../text.js';
 import { Button } from './controls.js';
 import { Icon } from './icons.js';
 
-/** One action or link of the service, as a button or a link with the service's words. */
+/**
+ * One action or link of the service, as a button or a link with the service's words. While its
+ * answer is awaited it says so and rests; a failure is told where it was pressed, or as a note when
+ * the reader has left that place.
+ */
 export function ScreenAction({ row, where, kind = 'second', onError }) {
   const { actions } = useApp();
   const [working, setWorking] = useState(false);
+  const left = useRef(false);
+  useLayoutEffect(() => () => {
+    left.current = true;
+  }, []);
   if (row.type === RowType.link) {
     const link = linkOf(row);
     if (!link) return null;
@@ -22,7 +30,9 @@ export function ScreenAction({ row, where, kind = 'second', onError }) {
   }
   const press = async () => {
     setWorking(true);
-    await actions.activate(row, where, onError);
+    await actions.activate(row, where, (error) =>
+      (onError && !left.current ? onError : actions.reportError)(error),
+    );
     setWorking(false);
   };
   return html`<${Button} kind=${kind} onClick=${press} unavailable=${working}>
@@ -43,6 +53,10 @@ function Details({ screen }) {
     <dl>${lines.map(([id, value]) => html`<dt>${t(id)}</dt><dd>${value}</dd>`)}</dl>
   </details>`;
 }
+
+/** A screen with actions leads out by these; any other gets a plain button to close it. */
+const hasOwnButtons = (screen) =>
+  (screen.rows ?? []).some((row) => row.type === RowType.action);
 
 /**
  * A message of the service: its headline, its explanation, and its buttons in its order. Focus goes
@@ -70,7 +84,7 @@ export function Screen({ screen, where, level = 1 }) {
         onError=${setProblem} kind=${i === 0 ? 'primary' : 'second'} />`,
       )}
       ${
-        !buttons.some((row) => row.type === RowType.action) &&
+        !hasOwnButtons(screen) &&
         html`
         <button type="button" class="button ${buttons.length ? 'second' : 'primary'}"
           onClick=${where.close}><span>${t('screen.close')}</span></button>`
@@ -99,6 +113,11 @@ export function ScreenDialog({ screen }) {
         event.preventDefault();
         actions.inDialog.close();
       }}>
+    ${
+      hasOwnButtons(screen) &&
+      html`<button type="button" class="button ghost dialog-close" aria-label=${t('screen.close')}
+        onClick=${actions.inDialog.close}><${Icon} name="close" /></button>`
+    }
     <${Screen} screen=${screen} where=${actions.inDialog} level=${2} />
   </dialog>`;
 }

@@ -1,0 +1,20 @@
+/** What the buttons of the player ask for. */
+export function createCommands({ api, notices: { attempt, showResult } }) {
+  const command = (name, body) =>
+    attempt(async () => {
+      const answer = await api.command(name, body);
+      if (answer?.result?.path) await showResult(answer.result.path);
+    });
+  return {
+    pause: () => command('pause'),
+    next: () => command('next'),
+    previous: () => command('previous'),
+    stop: () => command('stop'),
+    seek: (position) => command('seek', { position: Math.round(position) }),
+    setMode: (mode) => command('mode', { mode }),
+    setVolume: (volume) => command('volume', { volume }),
+    setMute: (mute) => command('volume', { mute }),
+    rate: (rating) => command(rating === 'up' ? 'like' : 'dislike'),
+    selectOutput: (id) => attempt(() => api.selectOutput(id)),
+  };
+}
