@@ -1,8 +1,13 @@
 // Signing in, and what keeps one from it.
 import assert from 'node:assert/strict';
+import { existsSync } from 'node:fs';
+import { join } from 'node:path';
 import { trials } from './support/trial.mjs';
 
-const entry = trials();
+// Clocks go ten times as fast here. A poll is recorded when it comes, the next one is timed from
+// its answer: the time between two is never less than the interval, but for rounding.
+const entry = trials({ speed: 10, emulator: ['--poll-interval', '5'] });
+const roundingMs = 100;
 const login = async (house) => (await house.state()).login;
 
 async function signOut(house) {
@@ -34,41 +39,80 @@ async function startFails(house, text, ...rules) {
   return since;
 }
 
-signingIn('O01 O02 it asks once in an interval, slower when told, and goes on', async (house) => {
-  await house.fault({ kind: 'token', effect: 'oauth-error', error: 'slow_down', times: 1 });
-  const { userCode } = await house.askForCode();
-  const since = await house.mark();
-  await house.until(async () => (await house.ledger('token', since)).length >= 1, 'a poll');
+/** The milliseconds between the polls since then. */
+async function gaps(house, since) {
+  const times = (await house.ledger('token', since)).map(({ at }) => Date.parse(at));
+  return times.slice(1).map((time, index) => time - times[index]);
+}
+
+const polls = (house, since, count) => house.until(
+  async () => (await house.ledger('token', since)).length >= count, `${count} polls`, 120000);
+
+async function approve(house, userCode) {
   await house.emu('POST', 'login/approve', { user_code: userCode });
   await house.signedIn();
-  const times = (await house.ledger('token', since)).map(({ at }) => Date.parse(at));
-  assert.equal(times.length, 2);
-  // One second, and five more; the clocks of the two need not agree to the last tenth.
-  assert.ok(times[1] - times[0] >= 5500, `${times[1] - times[0]} ms`);
+}
+
+signingIn('O01 pending 100 times: one poll in an interval, never more', async (house) => {
+  await house.fault({ kind: 'login', effect: 'edit', set: { '/interval': 1 } });
+  const pending = 100;
+  await house.fault({ kind: 'token', effect: 'oauth-error', error: 'authorization_pending', times: pending });
+  const since = await house.mark();
+  const { userCode } = await house.askForCode();
+  await polls(house, since, pending);
+  assert.equal((await login(house)).userCode, userCode);
+  await approve(house, userCode);
+  const waits = await gaps(house, since);
+  assert.ok(waits.length >= pending, `${waits.length}`);
+  assert.ok(Math.min(...waits) >= 1000 - roundingMs, `${Math.min(...waits)} ms`);
+});
+
+signingIn('O02 slow down, three times: five seconds more each time, and kept', async (house) => {
+  await house.fault({ kind: 'token', effect: 'oauth-error', error: 'slow_down', times: 3 },
+    { kind: 'token', effect: 'oauth-error', error: 'authorization_pending', times: 1 });
+  const since = await house.mark();
+  const { userCode } = await house.askForCode();
+  await polls(house, since, 3);
+  await approve(house, userCode);
+  const waits = await gaps(house, since);
+  assert.equal(waits.length, 4);
+  [10000, 15000, 20000, 20000].forEach((least, index) => {
+    assert.ok(waits[index] >= least - roundingMs, `${waits}`);
+  });
 });
 
 signingIn('O03 no interval is five seconds', async (house) => {
-  await house.fault({ kind: 'login', effect: 'edit', remove: ['interval'] });
+  await house.fault({ kind: 'login', effect: 'edit', remove: ['interval'] },
+    { kind: 'token', effect: 'oauth-error', error: 'authorization_pending', times: 2 });
   const since = await house.mark();
   const { userCode } = await house.askForCode();
-  await house.emu('POST', 'login/approve', { user_code: userCode });
-  await house.signedIn();
-  const [code, poll] = (await house.ledger('login,token', since)).map(({ at }) => Date.parse(at));
-  assert.ok(poll - code >= 4500, `${poll - code} ms`);
+  await approve(house, userCode);
+  const [code, first] = (await house.ledger('login,token', since)).map(({ at }) => Date.parse(at));
+  for (const wait of [first - code, ...await gaps(house, since)])
+    assert.ok(wait >= 5000 - roundingMs, `${wait} ms`);
 });
 
-signingIn('O04 an authority in trouble is asked more rarely, and the code stays', async (house) => {
-  await house.fault({ kind: 'token', effect: 'status', status: 500, times: 2 });
-  const { userCode } = await house.askForCode();
-  const since = await house.mark();
-  await house.until(async () => (await house.ledger('token', since)).length >= 2, 'the polls');
-  assert.equal((await login(house)).userCode, userCode);
-  await house.emu('POST', 'login/approve', { user_code: userCode });
-  await house.signedIn();
-  const times = (await house.ledger('token', since)).map(({ at }) => Date.parse(at));
-  assert.ok(times[1] - times[0] >= 1700, `${times[1] - times[0]} ms`);
-  assert.ok(times[2] - times[1] >= 3700, `${times[2] - times[1]} ms`);
-});
+const troubles = {
+  'answers 500': { effect: 'status', status: 500, times: 3 },
+  'hangs up': { effect: 'close', times: 3 },
+};
+for (const [title, trouble] of Object.entries(troubles)) {
+  signingIn(`O04 an authority that ${title}: asked half as often each time, and the code stays`, async (house) => {
+    await house.fault({ kind: 'login', effect: 'edit', set: { '/interval': 1 } }, { kind: 'token', ...trouble });
+    const since = await house.mark();
+    const { userCode } = await house.askForCode();
+    await polls(house, since, 3);
+    const now = await login(house);
+    assert.equal(now.state, 'waiting');
+    assert.equal(now.userCode, userCode);
+    await approve(house, userCode);
+    const waits = await gaps(house, since);
+    assert.equal(waits.length, 3);
+    [2000, 4000, 8000].forEach((least, index) => {
+      assert.ok(waits[index] >= least - roundingMs, `${waits}`);
+    });
+  });
+}
 
 const ends = {
   'O05 the code has run out': ['expired_token', 'The code has expired. Get a new code.'],
@@ -79,9 +123,25 @@ const ends = {
 for (const [title, [error, text]] of Object.entries(ends)) {
   signingIn(title, async (house) => {
     const since = await startFails(house, text, { kind: 'token', effect: 'oauth-error', error });
+    const later = performance.now() + 3000; // half a minute on the house's clocks
+    await house.until(() => performance.now() > later, 'a while');
     assert.equal((await house.ledger('token', since)).length, 1, 'nobody is asked again');
+    assert.equal((await house.ledger('login', since)).length, 1, 'no new code unless the user asks');
   });
 }
+
+signingIn('O08 an authority that knows the grant by its other name alone', async (house) => {
+  await house.emulator.stop();
+  await house.startEmulator(['--poll-interval', '5', '--device-grant', 'urn']);
+  const since = await house.mark();
+  await house.askForCode();
+  await failsWith(house, 'The service does not offer sign-in by code (unsupported_grant_type).');
+  const [asked, ...more] = await house.ledger('token', since);
+  assert.equal(asked.grantType, 'device_code', 'the name that the plug-in has registered');
+  assert.deepEqual(more, []);
+  await house.emulator.stop();
+  await house.startEmulator(['--poll-interval', '5']);
+});
 
 signingIn('O07 a verifier that is not believed: it starts over once, with another', async (house) => {
   await house.fault({ kind: 'token', effect: 'oauth-error', error: 'invalid_grant', times: 1 });
@@ -108,14 +168,64 @@ for (const [title, change] of Object.entries(answers)) {
   });
 }
 
+/** What is answered after the user signed out changes nothing, in the player and on its disk. */
+async function comesTooLate(house, since) {
+  await signOut(house);
+  await house.until(async () => (await house.ledger('token', since)).every(({ status }) => status === 200), 'the answer');
+  const later = performance.now() + 500;
+  await house.until(() => performance.now() > later, 'a while');
+  assert.equal((await login(house)).state, 'loggedOut');
+  assert.ok(!existsSync(join(house.stateFolder, 'tokens.json')), 'nothing is saved');
+}
+
 signingIn('O17 signed out while it waits: the approval comes too late', async (house) => {
   const { userCode } = await house.askForCode();
-  await house.fault({ kind: 'token', delay: 1500 });
+  await house.fault({ kind: 'token', delay: 15000 });
   await house.emu('POST', 'login/approve', { user_code: userCode });
   const since = await house.mark();
-  await house.until(async () => (await house.ledger('token', since)).length === 1, 'the poll');
+  await polls(house, since, 1);
+  await comesTooLate(house, since);
+});
+
+signingIn('O17 signed out while the login is renewed: the new token comes too late', async (house) => {
+  await house.signIn();
+  const calm = performance.now() + 500; // five seconds on the house's clocks
+  await house.until(() => performance.now() > calm, 'a moment without renewals');
+  await house.fault({ kind: 'token', delay: 15000 });
+  const since = await house.mark();
+  await house.emu('POST', 'login/expire', {});
+  const asked = house.browse(house.albums);
+  await polls(house, since, 1);
+  await comesTooLate(house, since);
+  assert.notEqual((await asked).status, 200);
+});
+
+signingIn('O19 approved in the last second of the code', async (house) => {
+  await house.emulator.stop();
+  await house.startEmulator(['--poll-interval', '1', '--code-lifetime', '40']);
+  const { userCode } = await house.askForCode();
+  const asked = performance.now();
+  await house.until(() => performance.now() - asked > 3900, 'its last second');
+  await house.emu('POST', 'login/approve', { user_code: userCode });
+  // In time or too late: the one or the other, and it is told.
+  const now = await house.until(async () => {
+    const state = await login(house);
+    return state.state !== 'waiting' && state;
+  }, 'the end');
+  if (now.state === 'failed') assert.equal(now.message, 'The code has expired. Get a new code.');
+  else await house.signedIn();
+  await house.emulator.stop();
+  await house.startEmulator(['--poll-interval', '5']);
+});
+
+signingIn('O19 approved after the user signed out', async (house) => {
+  const { userCode } = await house.askForCode();
   await signOut(house);
-  await house.until(async () => (await house.ledger('token', since))[0].status === 200, 'the answer');
+  const since = await house.mark();
+  await house.emu('POST', 'login/approve', { user_code: userCode });
+  const later = performance.now() + 2000;
+  await house.until(() => performance.now() > later, 'a while');
+  assert.deepEqual(await house.ledger('token', since), [], 'nobody asks any more');
   assert.equal((await login(house)).state, 'loggedOut');
 });
 

@@ -1,7 +1,7 @@
 // Sound that does not come, does not go on, or is none.
 import assert from 'node:assert/strict';
 import { State } from '../support/house.mjs';
-import { limit, trials } from './support/trial.mjs';
+import { assertWithin, limit, trials, words } from './support/trial.mjs';
 
 const entry = trials();
 const audio = (effect) => ({ kind: 'audio', ...effect });
@@ -53,6 +53,7 @@ skipped('M01 not there', '404 Not Found', audio({ effect: 'status', status: 404,
 skipped('M02 gone', '410 Gone', audio({ effect: 'status', status: 410, times: 1 }));
 skipped('M03 forbidden', '403 Forbidden', audio({ effect: 'status', status: 403, times: 1 }));
 skipped('M04 busy', '503 Service Unavailable', audio({ effect: 'status', status: 503, times: 1 }));
+skipped('M05 never answers', 'sends nothing any more', audio({ effect: 'hang' }));
 skipped('M10 a web page', 'is not audio', audio({ effect: 'body', text: '<html>', type: 'text/html', times: 1 }));
 skipped('M11 nothing', 'is empty', audio({ effect: 'body', type: 'audio/flac', times: 1 }));
 skipped('M12 noise', 'is not audio', audio({ effect: 'body', noise: 100000, type: 'audio/flac', times: 1 }));
@@ -94,10 +95,41 @@ entry('M13 key headers do not go to another host', async (house) => {
   await house.until(async () => (await told(house, before)).some((line) => line.includes('403 Forbidden')), 'its refusal');
 }, { plays: true });
 
-entry('M14 half as fast as it plays: it buffers, and does not skip', async (house) => {
+/** What came is heard to its end; the error comes soon after. */
+entry('M06 a stall that nothing ends', async (house) => {
   const before = await known(house);
-  await house.fault(audio({ effect: 'trickle', bytesPerSecond: 20000 }));
+  const bytes = 30000; // some four seconds of sound
+  await house.fault(...await forFirstTrack(house,
+    [audio({ effect: 'stall', after: bytes, times: 1 }), audio({ effect: 'hang' })]));
   await house.play(house.album);
+  const { title } = await house.waitForState(State.playing);
+  let last;
+  let silentSince;
+  await house.until(async () => {
+    const now = await house.now();
+    if (now.title === title) last = now.position;
+    if (now.title === title && now.state === State.buffering) silentSince ??= performance.now();
+    return (await told(house, before)).some((line) => line.includes('sends nothing any more'));
+  }, 'the words', limit(30000));
+  if (silentSince) assertWithin(performance.now() - silentSince, 10000);
+  assert.ok(last > 2500, `${last} ms were heard`);
+  await house.waitForState(State.playing);
+  assert.notEqual((await house.now()).title, title);
+}, { plays: true });
+
+entry('M14 half as fast as it plays: an underrun is told once a gap, and nothing is skipped', async (house) => {
+  const before = await known(house);
+  await house.fault(audio({ effect: 'trickle', bytesPerSecond: 4100 }));
+  const since = await house.mark();
+  await house.play(house.album);
+  const { title } = await house.waitForState(State.playing);
+  const underruns = async () => (await house.reports(since)).filter((report) => report.includes('BUFFER_UNDERFLOW'));
+  await house.until(async () => (await underruns()).length >= 4, 'two gaps', 60000);
+  const { title: still, position } = await house.now();
+  assert.equal(still, title);
+  assert.ok(position > 0, `${position}`);
+  const reports = await underruns();
+  reports.forEach((report, index) => assert.equal(report, `${index % 2 ? 'START' : 'STOP'} BUFFER_UNDERFLOW`));
   await house.until(async () => (await house.now()).state === State.buffering, 'buffering');
   await house.until(async () => (await house.now()).bufferLevel < 100, 'the level');
   assert.deepEqual(await told(house, before), []);
@@ -120,6 +152,70 @@ entry('M20 no track can be played: one round of them, then it ends', async (hous
   // One that fails while it is prepared is asked for again in its turn; a second round asks for all.
   assert.ok(tried.length < 2 * new Set(tried).size, tried.join('\n'));
   assert.ok((await house.now()).error, 'the error stays in sight');
+}, { plays: true });
+
+entry('M17 the address expires while it plays: it is renewed once, and the track goes on', async (house) => {
+  const before = await known(house);
+  await house.fault({ kind: 'chunk', effect: 'expire', in: 1500 }, ...await forFirstTrack(house,
+    [audio({ effect: 'cut', after: 60000, bytesPerSecond: 20000, times: 1 })]));
+  const since = await house.mark();
+  assert.equal((await house.play(house.album)).status, 200);
+  const { title } = await house.waitForState(State.playing);
+  const renewals = async () => (await house.ledger('instance', since)).filter((sent) => sent.track === title);
+  await house.until(async () => (await renewals()).length >= 1, 'the renewal');
+  await house.until(async () => (await house.now()).position > 8000, 'what came by the new address');
+  assert.equal((await house.now()).title, title);
+  assert.equal((await renewals()).length, 1);
+  const sent = (await house.ledger('audio', since)).filter(({ track }) => track === title);
+  const [renewal] = await renewals();
+  assert.ok(sent.some(({ status }) => status === 403), 'it was refused');
+  assert.ok(sent.every(({ status, serial }) => status !== 403 || serial < renewal.serial), 'and not after that');
+  assert.ok((await told(house, before)).every((line) => !line.includes(title)), 'and nobody is troubled');
+}, { plays: true });
+
+entry('M18 a seek behind the end is refused, and one while it buffers is followed', async (house) => {
+  await house.fault(audio({ effect: 'trickle', bytesPerSecond: 4100 }));
+  await house.play(house.album);
+  const { title, duration } = await house.waitForState(State.playing);
+  const refused = await house.command('seek', { position: duration + 1000 });
+  assert.ok(words(refused).includes('The position must lie within the track.'), words(refused));
+  await house.until(async () => (await house.now()).state === State.buffering, 'buffering');
+  assert.equal((await house.command('seek', { position: 1000 })).status, 200);
+  await house.lift();
+  await house.until(async () => {
+    const now = await house.now();
+    return now.state === State.playing && now.position >= 1000 && now.position < 4000;
+  }, 'the place', 60000);
+  assert.equal((await house.now()).title, title);
+}, { plays: true });
+
+entry('M21 what is prepared expires before its turn, and sounds all the same', async (house) => {
+  const expiryMs = 4000;
+  await house.fault({ kind: 'chunk', effect: 'expire', in: expiryMs });
+  const since = await house.mark();
+  await house.play(house.album);
+  const expired = Date.now() + expiryMs;
+  const { title } = await house.waitForState(State.playing);
+  await house.until(async () => (await house.ledger('audio', since)).some(({ track }) => track !== title), 'the next one');
+  const { title: next } = await house.until(async () => {
+    const now = await house.now();
+    return now.title !== title && now.state === State.playing && now.position > 1000 && now;
+  }, 'the next track', 60000);
+  assert.ok(Date.now() > expired);
+  assert.equal(next, 'Sleeper Car');
+}, { plays: true });
+
+entry('M21 what is prepared is not what the mode wants by now', async (house) => {
+  const since = await house.mark();
+  await house.play(house.album);
+  const { title, duration } = await house.waitForState(State.playing);
+  await house.until(async () => (await house.ledger('audio', since)).some(({ track }) => track !== title), 'the next one');
+  await house.told('POST', 'player/mode', { mode: 2 });
+  await house.command('seek', { position: duration - 700 });
+  await house.until(async () => (await house.reports(since)).includes('STOP TRACK_END'), 'its end');
+  await house.until(async () => (await house.now()).state === State.playing, 'the sound');
+  assert.equal((await house.now()).title, title);
+  await house.told('POST', 'player/mode', { mode: 4 });
 }, { plays: true });
 
 entry('M23 one track, over and over', async (house) => {

@@ -15,6 +15,8 @@ class TimerAlarm : public Alarm
 public:
     TimerAlarm(int ms, const std::function<void()>& function)
     {
+        // Others may ring early, and who polls too early is told to slow down.
+        m_timer.setTimerType(Qt::PreciseTimer);
         m_timer.setSingleShot(true);
         QObject::connect(&m_timer, &QTimer::timeout, function);
         m_timer.start(ms);
