@@ -98,7 +98,7 @@ struct Application::Parts
         Streamer::setInstance(&streamer);
         player.setBeforeResume([this](const auto& done) { streamer.renewIfExpired(done); });
         player.setStartAt(
-            [this](const CMPath& path, qint64 position) { streamer.startAt(path, position); });
+            [this](const TavuRoles& track, qint64 position) { streamer.startAt(track, position); });
         connect(&streamer, &RenewingStreamer::nextMediaChanged, &player, &Player::setNextTrack);
     }
 

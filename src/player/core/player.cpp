@@ -64,6 +64,7 @@ CMPath screenOf(const CMReply<QVariant>& reply)
 Player::Player(AudioControl* audio, QObject* parent)
     : PlayerFacade(parent)
     , m_audio(audio)
+    , m_search([this](const QString& page, int from, int to) { return rows(page, from, to); })
 {
     connect(audio, &AudioControl::volumeChanged, this, &PlayerFacade::playerChanged);
     connect(audio, &AudioControl::outputsChanged, this, &PlayerFacade::outputsChanged);
@@ -89,14 +90,13 @@ CMReply<QVariant> Player::rows(const QString& path, int from, int to)
     const CMGetRowsRequest request(
         asked, reports ? 0 : from, reports ? reportRowsAtMost : to, rowRoles());
     auto result = CMReply<QVariant>::create();
-    withDeadline(request.reply())
-        .addWatcher([result, asked, from, to, reports](const CMVoidReply& reply) {
-            if (reply.error().isSet())
-                return result.setError(reply.error());
-            QVariantHash answer = rowAnswer(CMReply<TavuRowsRoles>(reply).value(), qMax(from, 0));
+    cmchain::whenSucceeded(withDeadline(request.reply()), result, m_context,
+        [this, result, asked, from, to, reports](const TavuRowsRoles& roles) {
+            QVariantHash answer = rowAnswer(roles, qMax(from, 0));
             if (reports)
                 showLatestReport(answer, from, to);
             answer.insert(QStringLiteral("path"), asked.toEncoded());
+            m_listed.mark(answer);
             result.setValue(answer);
         });
     CMRoot()->getRowsRequest(request);
@@ -106,7 +106,7 @@ CMReply<QVariant> Player::rows(const QString& path, int from, int to)
 /// Signed out, every screen is the one to sign in with.
 bool Player::showsReports(const CMPath& screen) const
 {
-    return (m_loggedIn || !m_service.needsLogin()) && screen.withoutParams() == m_service.reports();
+    return isSignedIn() && screen.withoutParams() == m_service.reports();
 }
 
 void Player::watchRows(const CMPath& path)
@@ -120,6 +120,13 @@ void Player::watchRows(const CMPath& path)
 void Player::on_rows_changed(const CMPath& path)
 {
     Q_EMIT rowsChanged(path.toEncoded());
+}
+
+CMReply<QVariant> Player::done()
+{
+    auto reply = CMReply<QVariant>::create();
+    reply.setValue(QVariant());
+    return reply;
 }
 
 CMReply<QVariant> Player::setData(const CMPath& path, const QVariant& value)
@@ -138,7 +145,7 @@ CMReply<QVariant> Player::activateRow(const QVariantHash& row, const QVariant& v
                                             "\"%1\" is nothing that can be pressed."),
                            { roles.title() })),
             QStringLiteral("activate"));
-    const QVariant given = value.isValid() ? value : QVariant(row);
+    const QVariant given = value.isValid() ? value : ListedRows::withoutMark(row).__variant();
     return observed(setData(roles.path(), given), QStringLiteral("activate"));
 }
 
@@ -158,7 +165,7 @@ CMReply<QVariant> Player::search(const QString& text, const QString& path)
         const QVariantList list = screen.toHash().value(QStringLiteral("rows")).toList();
         const CMPath query = TavuRoles(list.value(0).toHash()).path();
         if (query.isEmpty())
-            return result.setError(m_loggedIn || !m_service.needsLogin() ? noService() : noLogin());
+            return result.setError(isSignedIn() ? noService() : noLogin());
         cmchain::forward(setData(query, TavuValue::fromString(text).__variant()), result);
     });
     return result;
@@ -167,13 +174,14 @@ CMReply<QVariant> Player::search(const QString& text, const QString& path)
 CMReply<QVariant> Player::play(const QVariantHash& row)
 {
     giveUpResume();
+    pauseGoingOn();
     if (m_startAt)
-        m_startAt(CMPath(), 0);
+        m_startAt(TavuRoles(), 0);
     m_history.choose(row);
-    return playRow(row);
+    return playRow(ListedRows::withoutMark(row), sourceOf(row));
 }
 
-CMReply<QVariant> Player::playRow(const TavuRoles& row)
+CMReply<QVariant> Player::playRow(const TavuRoles& row, const RowSource& source, bool alone)
 {
     PlayLogicInterface* logic =
         PlayLogicInterface::instance(row.mediaData().metaData().playLogicPath());
@@ -183,10 +191,17 @@ CMReply<QVariant> Player::playRow(const TavuRoles& row)
                            { row.title() })),
             QStringLiteral("play"));
     m_error.clear();
+    m_step.reset();
     TavuPlayLogicPlayArgs args;
     args.setMediaRoles(mediaRolesFor(row));
     args.setTrackRoles(row);
-    return observed(withDeadline(logic->play(args)), QStringLiteral("play"));
+    const CMReply<QVariant> reply = withDeadline(logic->play(args));
+    cmchain::onSuccess(reply, m_context, [this, source, alone](const QVariant&) {
+        m_source = source;
+        m_alone = alone;
+        m_aged.begin();
+    });
+    return observed(reply, QStringLiteral("play"));
 }
 
 CMReply<QVariant> Player::command(Command command)
@@ -194,11 +209,8 @@ CMReply<QVariant> Player::command(Command command)
     if (!playLogic())
         return refused(noService(), QStringLiteral("player"));
     const bool goesOn = shown().state() != TavuPlayLogicState::Paused;
-    if (command == Command::Resume && goesOn) {
-        auto reply = CMReply<QVariant>::create();
-        reply.setValue(QVariant());
-        return reply;
-    }
+    if (command == Command::Resume && goesOn)
+        return done();
     return observed(withDeadline(transport(command)), QStringLiteral("player"));
 }
 
@@ -215,32 +227,38 @@ CMReply<QVariant> Player::transport(Command command)
     case Command::Resume:
         return pauseOrResume();
     case Command::Next:
-        giveUpResume();
-        return logic->next();
     case Command::Previous:
-        giveUpResume();
-        return logic->previous();
+        return step(command);
     case Command::Stop:
         giveUpResume();
+        stopGoingOn();
         forgetRestored();
+        m_source.clear();
         return logic->stop(TavuPlayLogicStopReason::User);
     case Command::Like:
-        return rate(logic->like(), Rating::Up);
     case Command::Dislike:
-        return rate(logic->dislike(), Rating::Down);
+        return rateShown(command);
     }
     return failedReply<QVariant>(noService());
 }
 
 CMReply<QVariant> Player::pauseOrResume()
 {
+    // Who is impatient and asks twice asks for the same.
+    if (isResuming())
+        return m_resume;
+    if (isGoingOn() && isRestored()) {
+        pauseGoingOn();
+        return done();
+    }
     if (waitsRestored())
         return playRestored();
-    if (m_data.state() != TavuPlayLogicState::Paused)
-        return playLogic()->pause();
-    // Who is impatient and asks twice asks for the same.
-    const bool underWay = !!m_resume.data() && !m_resume.isFinished();
-    return underWay ? m_resume : resume();
+    return m_data.state() == TavuPlayLogicState::Paused ? resume() : playLogic()->pause();
+}
+
+bool Player::isResuming() const
+{
+    return !!m_resume.data() && !m_resume.isFinished();
 }
 
 /// A play logic need not answer a resume that it gives up; what it tells of playback ends it then.
@@ -279,11 +297,9 @@ CMReply<QVariant> Player::seek(qint64 positionMs)
         return failedReply<QVariant>(CMError(TrString(
             TrCharData(trExtractContext("player"), "The position must lie within the track."))));
     if (waitsRestored()) {
-        auto reply = CMReply<QVariant>::create();
         m_restoredPosition = positionMs;
         setPosition(positionMs);
-        reply.setValue(QVariant());
-        return reply;
+        return done();
     }
     return observed(withDeadline(playLogic()->seekTime(positionMs)), QStringLiteral("player"));
 }
@@ -298,6 +314,18 @@ CMReply<QVariant> Player::observed(const CMReply<QVariant>& reply, const QString
     cmchain::whenFinished(reply, m_context,
         [this, source](const CMReply<QVariant>& finished) { showAnswer(finished, source); });
     return reply;
+}
+
+/// A play logic can only rate what it plays.
+CMReply<QVariant> Player::rateShown(Command command)
+{
+    if (isRestored() && m_data.state() == TavuPlayLogicState::Idle)
+        return failedReply<QVariant>(CMError(TrString(
+            TrCharData(trExtractContext("player"), "“%1” can be rated once it plays again."),
+            { shown().trackRoles().title() })));
+    if (command == Command::Like)
+        return rate(playLogic()->like(), Rating::Up);
+    return rate(playLogic()->dislike(), Rating::Down);
 }
 
 /// The service's word on a rating is a screen of one row, whether it took the rating or not.
@@ -429,6 +457,7 @@ void Player::on_loggedIn_changed(const TavuValue& value)
 {
     m_loggedIn = value.bool_();
     Q_EMIT loginChanged();
+    fetchRestoredArtwork();
 }
 
 void Player::on_deviceCode_changed(const TavuValue& value)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agedqueue.h"
 #include "audiocontrol.h"
 #include "cmchain.h"
 #include "messagelog.h"
@@ -7,15 +8,19 @@
 #include "playhistory.h"
 #include "ratinglog.h"
 #include "recenterrors.h"
+#include "rowsearch.h"
+#include "rowsource.h"
 #include "service.h"
 #include "skippedtracks.h"
 #include "tavuoauth2devicecode.h"
 #include "tavuplaylogic.h"
 #include "tavuvalue.h"
 
+#include <QElapsedTimer>
 #include <QSet>
 
 #include <functional>
+#include <optional>
 
 class PlayLogicInterface;
 
@@ -37,17 +42,20 @@ public:
     using BeforeResume = std::function<void(const std::function<void(const CMError&)>&)>;
     void setBeforeResume(BeforeResume beforeResume) { m_beforeResume = std::move(beforeResume); }
 
-    /// Starts the next item that comes from the row of this path at a position, ms. Set by the one
-    /// who owns the streamer.
-    using StartAt = std::function<void(const CMPath&, qint64)>;
+    /// Starts the next item, if it is this track, at a position, ms. Set by the one who owns the
+    /// streamer.
+    using StartAt = std::function<void(const TavuRoles&, qint64)>;
     void setStartAt(StartAt startAt) { m_startAt = std::move(startAt); }
 
     /// What follows what plays, once it is prepared; empty for nothing.
     void setNextTrack(const TavuRoles& track) { m_history.setNext(track); }
 
     /// Shows the row as paused at the position, as if it had been played up to there; going on
-    /// plays it from there. Whatever is played instead takes its place.
-    void restore(const TavuRoles& row, qint64 position);
+    /// plays it from there, and then what follows it at `source`. Whatever is played instead takes
+    /// its place.
+    void restore(const TavuRoles& row, qint64 position, const RowSource& source = {});
+    /// Where the row is from that plays, is paused or is restored; empty when that is not known.
+    RowSource source() const { return m_source; }
     /// What plays or is paused, restored or not, with what it takes to play it again.
     TavuRoles track() const { return shown().trackRoles(); }
     /// Milliseconds into it, now.
@@ -88,6 +96,7 @@ private Q_SLOTS:
     void on_playMode_changed(const TavuValue& value);
 
 private:
+    static CMReply<QVariant> done();
     CMReply<QVariant> setData(const CMPath& path, const QVariant& value);
     CMReply<QVariant> observed(const CMReply<QVariant>& reply, const QString& source);
     CMReply<QVariant> refused(const CMError& error, const QString& source);
@@ -95,12 +104,32 @@ private:
     CMReply<QVariant> pauseOrResume();
     CMReply<QVariant> resume();
     void giveUpResume();
+    bool isResuming() const;
+    CMReply<QVariant> rateShown(Command command);
     CMReply<QVariant> rate(const CMReply<QVariant>& reply, Rating rating);
     CMReply<QVariant> playRestored();
+    void playRestoredAs(const TavuRoles& row, const CMReply<QVariant>& reply);
+    RowSearch::Wanted restoredInList() const;
+    void showRestoredPaused();
+    void fetchRestoredArtwork();
     bool isRestored() const { return !m_restored.isEmpty(); }
     /// Restored, and nothing has taken its place so far.
     bool waitsRestored() const;
-    CMReply<QVariant> playRow(const TavuRoles& row);
+    CMReply<QVariant> playRow(const TavuRoles& row, const RowSource& source, bool alone = false);
+    CMReply<QVariant> step(Command command);
+    bool isStepping() const;
+    void notePlayed(const TavuPlayLogicData& before);
+    void noteEnd(const TavuPlayLogicData& before, qint64 position);
+    bool mayGoOnItself() const;
+    bool hasLostToAge(const TavuRoles& last, bool stepped) const;
+    TavuRoles following(const TavuRoles& last, bool stepped) const;
+    void goOn(const TavuRoles& last, bool stepped);
+    void goOnWith(const CMReply<QVariant>& found);
+    bool isGoingOn() const { return !!m_goingOn.data(); }
+    void stopGoingOn();
+    void giveUpGoingOn();
+    void pauseGoingOn();
+    void tellPassedOver();
     TavuPlayLogicData shown() const;
     void forgetRestored();
     void showAnswer(const CMVoidReply& reply, const QString& source);
@@ -108,6 +137,7 @@ private:
     /// Calls back with the rows of a screen; with none when they cannot be had.
     void fetchScreen(const CMPath& screen, const std::function<void(const QVariantList&)>& use);
     bool showsReports(const CMPath& screen) const;
+    bool isSignedIn() const { return m_loggedIn || !m_service.needsLogin(); }
     void watchRows(const CMPath& path);
     void followLogin();
     void followPlayLogic();
@@ -118,6 +148,7 @@ private:
     void setPlayData(const TavuPlayLogicData& data);
     void setPosition(qint64 position);
     void fail(const CMError& error);
+    void tellFailure(const CMError& error);
 
     AudioControl* m_audio;
     Service m_service;
@@ -126,6 +157,16 @@ private:
     StartAt m_startAt;
     MessageLog m_messages;
     SkippedTracks m_skipped;
+    ListedRows m_listed;
+    RowSearch m_search;
+    RowSource m_source; // Of what plays, or is restored.
+    bool m_alone = false; // It plays without what followed it there.
+    AgedQueue m_aged;
+    CMReply<QVariant> m_goingOn; // The search for what follows; without data when there is none.
+    CMError m_stepFailure; // Of the listener's step for which it is looked for.
+    bool m_sounded = false; // Since the player went on by itself.
+    std::optional<Command> m_step; // The listener's, until something has come of it.
+    QElapsedTimer m_stepAge;
     QSet<QString> m_watchedRows;
     PlayHistory m_history;
     TavuPlayLogicData m_data;

@@ -1,26 +1,51 @@
 #include "player.h"
 
+#include "deadline.h"
+
+#include <QTimer>
+
 // What played when the player ended, until something plays again.
 
 namespace player {
 
-void Player::restore(const TavuRoles& row, qint64 position)
+namespace {
+
+constexpr int searchDeadlineMs = 15000;
+// A picture is not worth more requests.
+constexpr int artworkPagesAtMost = 3;
+
+RowSearch::Fits titled(const QString& title)
+{
+    TavuRoles row;
+    row.setTitle(title);
+    return [row](const TavuRoles& each) { return row.title().isEmpty() || isRowOf(each, row); };
+}
+
+} // namespace
+
+void Player::restore(const TavuRoles& row, qint64 position, const RowSource& source)
+{
+    m_restored.setTrackRoles(row);
+    m_restoredPosition = position;
+    m_source = source;
+    showRestoredPaused();
+    setPosition(position);
+}
+
+void Player::showRestoredPaused()
 {
     TavuPlayLogicControls controls;
     controls.setPause(true);
     controls.setSeekTime(true);
     m_restored.setState(TavuPlayLogicState::Paused);
     m_restored.setControls(controls);
-    m_restored.setTrackRoles(row);
-    m_restoredPosition = position;
-    setPosition(position);
     m_history.follow(shown());
     Q_EMIT playerChanged();
 }
 
 bool Player::waitsRestored() const
 {
-    return isRestored() && m_data.state() == TavuPlayLogicState::Idle;
+    return isRestored() && !isGoingOn() && m_data.state() == TavuPlayLogicState::Idle;
 }
 
 TavuPlayLogicData Player::shown() const
@@ -38,12 +63,64 @@ qint64 Player::position() const
     return isRestored() ? m_restoredPosition : m_position;
 }
 
+/// Where its list still has it, the track is played as a row of that, so that the list goes on
+/// behind it; else alone.
 CMReply<QVariant> Player::playRestored()
 {
-    const TavuRoles row = m_restored.trackRoles();
+    auto reply = CMReply<QVariant>::create();
+    m_resume = reply;
+    if (m_source.page().isEmpty() || m_source.station())
+        playRestoredAs(TavuRoles(), reply);
+    else
+        cmchain::whenFinished(withDeadline(m_search.find(restoredInList()), searchDeadlineMs),
+            m_context, [this, reply](const CMReply<QVariant>& found) {
+                playRestoredAs(TavuRoles(found.value().toHash()), reply);
+            });
+    return reply;
+}
+
+void Player::playRestoredAs(const TavuRoles& row, const CMReply<QVariant>& reply)
+{
+    if (reply.isFinished())
+        return; // Something else was wanted meanwhile.
+    const TavuRoles track = m_restored.trackRoles();
+    const bool alone = row.isEmpty();
     if (m_startAt)
-        m_startAt(row.path(), m_restoredPosition);
-    return playRow(row);
+        m_startAt(track, m_restoredPosition);
+    cmchain::forward(playRow(alone ? track : ListedRows::withoutMark(row), m_source, alone), reply);
+}
+
+RowSearch::Wanted Player::restoredInList() const
+{
+    RowSearch::Wanted wanted;
+    wanted.page = m_source.page();
+    wanted.firstPage = m_source.firstPage();
+    wanted.start = titled(m_source.row());
+    wanted.row = [track = m_restored.trackRoles()](const TavuRoles& row) {
+        return row.type() == TavuRolesType::Playable && isRowOf(row, track);
+    };
+    return wanted;
+}
+
+/// The address of its picture is not kept, but its list shows it.
+void Player::fetchRestoredArtwork()
+{
+    if (!isSignedIn() || !waitsRestored() || m_source.page().isEmpty()
+        || !m_restored.trackRoles().icon().isEmpty())
+        return;
+    RowSearch::Wanted wanted = restoredInList();
+    if (m_source.station())
+        wanted.row = titled(m_source.row());
+    wanted.pagesAtMost = artworkPagesAtMost;
+    cmchain::onSuccess(m_search.find(wanted), m_context,
+        [this, track = m_restored.trackRoles()](const QVariant& row) {
+            if (m_restored.trackRoles() != track)
+                return;
+            TavuRoles pictured = track;
+            pictured.setIcon(TavuRoles(row.toHash()).icon());
+            m_restored.setTrackRoles(pictured);
+            Q_EMIT playerChanged();
+        });
 }
 
 void Player::forgetRestored()

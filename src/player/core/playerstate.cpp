@@ -3,6 +3,7 @@
 #include "cmroot.h"
 #include "cmvalueitem.h"
 #include "playlogicinterface.h"
+#include "renewingstreamer.h"
 #include "streamerplaylogic.h"
 #include "tavupaths.h"
 #include "words.h"
@@ -21,6 +22,7 @@ void Player::followService(const Service& service)
     followPlayLogic();
     watchRows(m_service.root());
     Q_EMIT loginChanged();
+    fetchRestoredArtwork();
 }
 
 CMPath Player::loginPath(const QString& subpath) const
@@ -50,7 +52,10 @@ void Player::followPlayLogic()
     });
     connect(logic, &StreamerPlayLogic::mediaSkipped, this,
         [this](const TavuRoles& track, const CMError& error) {
-            m_skipped.add(track.title(), error.message());
+            if (mayGoOnItself() && resourceExpired(track))
+                m_aged.passOver(track, error, isStepping());
+            else
+                m_skipped.add(track.title(), error.message());
         });
 }
 
@@ -58,7 +63,8 @@ void Player::setPlayData(const TavuPlayLogicData& data)
 {
     const bool sameItem = data.trackRoles() == m_data.trackRoles();
     const bool idle = data.state() == TavuPlayLogicState::Idle;
-    m_data = data;
+    const TavuPlayLogicData before = std::exchange(m_data, data);
+    const qint64 position = m_position;
     if (!data.trackRoles().isEmpty())
         m_restored.clear();
     m_bufferLevel = data.state() == TavuPlayLogicState::Buffering ? m_bufferLevel : 100.0;
@@ -71,6 +77,10 @@ void Player::setPlayData(const TavuPlayLogicData& data)
         if (m_resume.data())
             m_resume.setValue(QVariant());
     }
+    if (idle && before.state() != TavuPlayLogicState::Idle)
+        noteEnd(before, position);
+    else
+        notePlayed(before);
     m_history.follow(shown());
     Q_EMIT playerChanged();
 }
@@ -84,10 +94,22 @@ void Player::setPosition(qint64 position)
 
 void Player::fail(const CMError& error)
 {
-    m_error = error;
-    showError(error, QStringLiteral("player"));
     if (m_resume.data())
         m_resume.setError(error);
+    const bool stepped = isStepping();
+    m_step.reset();
+    if (stepped && !isGoingOn() && hasLostToAge(m_data.trackRoles(), true)) {
+        m_stepFailure = error;
+        return goOn(m_data.trackRoles(), true);
+    }
+    giveUpGoingOn();
+    tellFailure(error);
+}
+
+void Player::tellFailure(const CMError& error)
+{
+    m_error = error;
+    showError(error, QStringLiteral("player"));
     Q_EMIT playerChanged();
 }
 

@@ -84,7 +84,8 @@ QVariantHash PlayHistory::queue() const
 /// Empty for a track that was chosen by itself.
 TavuRoles PlayHistory::origin() const
 {
-    const bool isThere = !m_current.isEmpty() && !m_origin.isEmpty() && m_chosen.path() == m_origin;
+    const bool isOfIt = m_chosen.path() == m_origin || m_goneOnWith == m_origin;
+    const bool isThere = !m_current.isEmpty() && !m_origin.isEmpty() && isOfIt;
     const bool isMore = m_chosen.containerPlayable() || isStation(m_chosen);
     return isThere && isMore ? m_chosen : TavuRoles();
 }
@@ -92,6 +93,12 @@ TavuRoles PlayHistory::origin() const
 void PlayHistory::choose(const TavuRoles& row)
 {
     m_chosen = row;
+    m_goneOnWith = CMPath();
+}
+
+void PlayHistory::goOnWith(const TavuRoles& row)
+{
+    m_goneOnWith = row.path();
 }
 
 void PlayHistory::follow(const TavuPlayLogicData& shown)

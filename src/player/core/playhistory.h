@@ -26,6 +26,8 @@ public:
 
     /// Somebody chose to play the row.
     void choose(const TavuRoles& row);
+    /// The player goes on by itself, with this row of what was chosen.
+    void goOnWith(const TavuRoles& row);
     /// What is shown to play now.
     void follow(const TavuPlayLogicData& shown);
     /// What will follow without a gap; empty when that is not known.
@@ -47,6 +49,7 @@ private:
 
     QList<Entry> m_entries; // The present one is the last, once it has sounded.
     TavuRoles m_chosen;
+    CMPath m_goneOnWith;
     CMPath m_origin; // Of the row that the present track came from.
     TavuRoles m_current;
     TavuRoles m_next;

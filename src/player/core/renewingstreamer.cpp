@@ -2,6 +2,7 @@
 
 #include "cmroot.h"
 #include "deadline.h"
+#include "rowsource.h"
 #include "streamfailure.h"
 #include "streamrequest.h"
 
@@ -90,9 +91,9 @@ void RenewingStreamer::onOwnThread(const std::function<void()>& function)
 void RenewingStreamer::play(quint64 id, const TavuRoles& roles, const QVariantHash& attributes)
 {
     onOwnThread([this, id, roles, attributes] {
-        const bool goesOn = !m_startPath.isEmpty() && roles.path() == m_startPath;
+        const bool goesOn = isSameTrack(roles, m_startTrack);
         const TavuRoles item = goesOn ? startingAt(roles, m_startPosition) : roles;
-        m_startPath = CMPath();
+        m_startTrack.clear();
         m_present = { id, item, attributes };
         setNext(Item());
         m_position = item.mediaData().metaData().startTime();
@@ -119,9 +120,9 @@ void RenewingStreamer::setNext(const Item& next)
         Q_EMIT nextMediaChanged(m_next.roles);
 }
 
-void RenewingStreamer::startAt(const CMPath& path, qint64 position)
+void RenewingStreamer::startAt(const TavuRoles& track, qint64 position)
 {
-    m_startPath = path;
+    m_startTrack = track;
     m_startPosition = position;
 }
 

@@ -32,9 +32,9 @@ public:
     void stop() override;
     void seekTime(qint64 position) override;
 
-    /// The next item that play() gets starts at the position, ms, if it is the item of this path;
-    /// an empty path takes that back. On this object's thread.
-    void startAt(const CMPath& path, qint64 position);
+    /// The next item that play() gets starts at the position, ms, if it is this track; an empty one
+    /// takes that back. On this object's thread.
+    void startAt(const TavuRoles& track, qint64 position);
 
     /// Renews the present item if its resource has expired, and calls `done` then, with the error
     /// if that failed. rolesRenewed() has been sent before. Call it before a resume, on this
@@ -80,7 +80,7 @@ private:
     qint64 m_position = 0;
     bool m_paused = false;
     bool m_reopenOnResume = false;
-    CMPath m_startPath;
+    TavuRoles m_startTrack;
     qint64 m_startPosition = 0;
     CMContext m_context;
 };

@@ -6,6 +6,8 @@
 
 #include <QFile>
 
+#include <functional>
+
 namespace player {
 
 namespace {
@@ -24,6 +26,29 @@ int pathStart(const QString& url)
     const int authority = url.indexOf(QLatin1String("://"));
     const int path = authority < 0 ? -1 : url.indexOf(QLatin1Char('/'), authority + 3);
     return path < 0 ? url.size() : path;
+}
+
+bool isAbsolute(const QString& url)
+{
+    return url.startsWith(QLatin1String("https://"), Qt::CaseInsensitive)
+        || url.startsWith(QLatin1String("http://"), Qt::CaseInsensitive);
+}
+
+CMPath withParams(const CMPath& path, const std::function<QString(const QString&)>& change)
+{
+    CMPath changed = path.withoutParams();
+    const QMap<QString, QString> params = path.params();
+    for (auto param = params.cbegin(); param != params.cend(); ++param)
+        changed = changed.addParam(param.key(), change(param.value()));
+    return changed;
+}
+
+RowSource withPaths(RowSource source, const std::function<QString(const QString&)>& change)
+{
+    source.setPage(withParams(source.page(), change));
+    if (!source.firstPage().isEmpty())
+        source.setFirstPage(withParams(source.firstPage(), change));
+    return source;
 }
 
 bool isPlausible(const KeptState& state)
@@ -107,6 +132,24 @@ TavuRoles playableRow(const KeptTrack& track, const QString& origin)
     row.setPath(TavuAmazonMusicPrefixPath().addParam(
         trackUrl(), origin.left(pathStart(origin)) + track.document()));
     return row;
+}
+
+RowSource keptSource(const RowSource& source)
+{
+    if (source.page().isEmpty())
+        return RowSource();
+    return withPaths(source,
+        [](const QString& text) { return isAbsolute(text) ? text.mid(pathStart(text)) : text; });
+}
+
+RowSource sourceAt(const RowSource& kept, const QString& origin)
+{
+    if (kept.page().isEmpty())
+        return RowSource();
+    const QString host = origin.left(pathStart(origin));
+    return withPaths(kept, [host](const QString& text) {
+        return text.startsWith(QLatin1Char('/')) ? host + text : text;
+    });
 }
 
 } // namespace player

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "rowsource.h"
 #include "tavuhash.h"
 #include "tavuroles.h"
 
@@ -37,6 +38,8 @@ class KeptState : public TavuHash
     TAVU_FIELD(QString, output, Output)
     /// What plays or is paused; empty when nothing does.
     TAVU_FIELD(KeptTrack, track, Track)
+    /// Where its row is from, without scheme and host; empty when that is not known.
+    TAVU_FIELD(RowSource, source, Source)
     /// Milliseconds into the track.
     TAVU_FIELD(qint64, position, Position)
     TAVU_FIELD(bool, playing, Playing)
@@ -64,5 +67,10 @@ KeptTrack keptTrack(const TavuRoles& track);
 /// As a row that can be played; empty for an empty track. The scheme and the host that the kept
 /// document lacks are those of `origin`, the service's base URL.
 TavuRoles playableRow(const KeptTrack& track, const QString& origin);
+
+/// The addresses in the source's paths lose scheme and host.
+RowSource keptSource(const RowSource& source);
+/// Undoes keptSource() for the service at `origin`.
+RowSource sourceAt(const RowSource& kept, const QString& origin);
 
 } // namespace player

@@ -63,7 +63,7 @@ void StateKeeper::apply(const KeptState& state)
     const TavuRoles row = playableRow(state.track(), m_origin);
     if (row.isEmpty())
         return;
-    m_player->restore(row, state.position());
+    m_player->restore(row, state.position(), sourceAt(state.source(), m_origin));
     m_wasPlaying = state.playing();
 }
 
@@ -107,6 +107,9 @@ KeptState StateKeeper::present() const
     kept.setMuted(player.value(QStringLiteral("mute")).toBool());
     kept.setOutput(output == m_configuredOutput ? QString() : output);
     kept.setTrack(keptTrack(m_player->track()));
+    const RowSource source = keptSource(m_player->source());
+    if (!kept.track().isEmpty() && !source.isEmpty())
+        kept.setSource(source);
     kept.setPosition(kept.track().isEmpty() ? 0 : m_player->position());
     kept.setPlaying(state == TavuPlayLogicState::Playing || state == TavuPlayLogicState::Buffering);
     kept.setVersion(m_saved.version());

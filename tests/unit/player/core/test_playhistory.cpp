@@ -202,6 +202,20 @@ TEST_F(PlayHistoryTest, an_album_ends_and_a_station_does_not)
     EXPECT_FALSE(endless());
 }
 
+TEST_F(PlayHistoryTest, an_album_that_the_player_goes_on_with_is_still_the_album)
+{
+    history.choose(album());
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("A")), album());
+    TavuRoles row;
+    row.setPath(CMPath(QStringLiteral("/music/album/b")));
+    history.goOnWith(row);
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("B")), row);
+    EXPECT_EQ(told("from").title(), QStringLiteral("Album"));
+    history.choose(row);
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("B")), row);
+    EXPECT_TRUE(told("from").isEmpty());
+}
+
 TEST_F(PlayHistoryTest, what_was_chosen_but_does_not_play_yet_is_not_where_the_track_came_from)
 {
     history.choose(album());

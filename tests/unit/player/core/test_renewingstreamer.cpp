@@ -341,4 +341,27 @@ TEST_F(RenewingStreamerTest, starts_an_item_that_plays_twice_twice)
     EXPECT_EQ(started, QList<quint64>({ 1, 2 }));
 }
 
+TEST_F(RenewingStreamerTest, starts_the_track_that_was_named_at_its_position_and_no_other)
+{
+    TavuRoles wanted = item(QStringLiteral("a"), soon());
+    wanted.setTitle(QStringLiteral("A"));
+    TavuRoles other = wanted;
+    other.setTitle(QStringLiteral("B"));
+    const auto startOf = [](const TavuRoles& roles) {
+        return roles.mediaData().metaData().startTime();
+    };
+    streamer.startAt(wanted, 7000);
+    streamer.play(1, wanted, {});
+    EXPECT_EQ(startOf(inner.expect(Kind::Play).roles), 7000);
+    streamer.play(2, wanted, {});
+    EXPECT_EQ(startOf(inner.expect(Kind::Play).roles), 0);
+    streamer.startAt(wanted, 7000);
+    streamer.play(3, other, {});
+    EXPECT_EQ(startOf(inner.expect(Kind::Play).roles), 0);
+    streamer.startAt(wanted, 7000);
+    streamer.startAt(TavuRoles(), 0);
+    streamer.play(4, wanted, {});
+    EXPECT_EQ(startOf(inner.expect(Kind::Play).roles), 0);
+}
+
 } // namespace

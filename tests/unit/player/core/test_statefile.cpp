@@ -10,6 +10,7 @@
 
 using player::KeptState;
 using player::KeptTrack;
+using player::RowSource;
 using player::StateFile;
 
 namespace {
@@ -92,9 +93,25 @@ TEST_F(StateFileTest, what_is_saved_is_loaded)
     EXPECT_EQ(loaded->track().title(), QStringLiteral("The Song"));
 }
 
+RowSource someSource()
+{
+    const CMPath browse = TavuAmazonMusicBrowsePath();
+    RowSource source;
+    source.setPage(browse.addParam(QStringLiteral("url"),
+        QStringLiteral("https://eu.music.example/albums/3/?offset=50&x=%2F")));
+    source.setFirstPage(browse.addParam(
+        QStringLiteral("url"), QStringLiteral("https://eu.music.example/albums/3/")));
+    source.setRow(QStringLiteral("The Song (00:03:00)"));
+    return source;
+}
+
 TEST_F(StateFileTest, no_address_and_no_signature_is_ever_written)
 {
-    ASSERT_TRUE(StateFile(name()).save(someState(), &error));
+    KeptState state = someState();
+    state.setSource(player::keptSource(someSource()));
+    ASSERT_TRUE(StateFile(name()).save(state, &error));
+    EXPECT_FALSE(contents().contains("%3A%2F%2F"));
+    EXPECT_TRUE(contents().contains("albums"));
     EXPECT_FALSE(contents().contains("://"));
     EXPECT_FALSE(contents().contains("example"));
     EXPECT_FALSE(contents().contains("signature"));
@@ -125,6 +142,33 @@ TEST_F(StateFileTest, a_track_without_a_document_of_its_own_is_not_kept)
     roles.setPath(TavuAmazonMusicPrefixPath());
     EXPECT_TRUE(player::keptTrack(roles).isEmpty());
     EXPECT_TRUE(player::playableRow(KeptTrack(), origin).isEmpty());
+}
+
+TEST_F(StateFileTest, the_place_that_a_row_is_from_comes_back_at_the_present_service)
+{
+    KeptState state = someState();
+    state.setSource(player::keptSource(someSource()));
+    ASSERT_TRUE(StateFile(name()).save(state, &error));
+    const auto loaded = StateFile(name()).load(&complaint);
+    ASSERT_TRUE(loaded);
+    const RowSource source = player::sourceAt(loaded->source(), origin);
+    const QString url = QStringLiteral("url");
+    EXPECT_EQ(source.page().withoutParams(), TavuAmazonMusicBrowsePath());
+    EXPECT_EQ(source.page().param(url),
+        QStringLiteral("https://music.example/albums/3/?offset=50&x=%2F"));
+    EXPECT_EQ(source.firstPage().param(url), QStringLiteral("https://music.example/albums/3/"));
+    EXPECT_EQ(source.row(), QStringLiteral("The Song (00:03:00)"));
+    EXPECT_FALSE(source.station());
+}
+
+TEST_F(StateFileTest, a_state_from_before_such_places_were_kept_is_a_whole_one)
+{
+    ASSERT_TRUE(StateFile(name()).save(someState(), &error));
+    const auto loaded = StateFile(name()).load(&complaint);
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(loaded->track().title(), QStringLiteral("The Song"));
+    EXPECT_TRUE(player::sourceAt(loaded->source(), origin).isEmpty());
+    EXPECT_TRUE(player::keptSource(RowSource()).isEmpty());
 }
 
 TEST_F(StateFileTest, a_file_cut_anywhere_is_set_aside_and_told_of_once)
