@@ -94,8 +94,17 @@ void HttpStream::close()
     const Lock lock(m_mutex);
     m_closed = true;
     ++m_generation;
+    m_chunks.clear();
     m_changed.notify_all();
-    post(&HttpStream::restart);
+    post(&HttpStream::leave);
+}
+
+/// What was posted for later would keep the stream in memory until then.
+void HttpStream::leave()
+{
+    m_transfer.reset();
+    m_spare.reset();
+    m_loop.cancelDelayed(this);
 }
 
 void HttpStream::setInterrupted(bool interrupted)
@@ -244,7 +253,7 @@ void HttpStream::watchForStall()
     if (m_watching)
         return;
     m_watching = true;
-    m_loop.postDelayed(std::chrono::milliseconds(m_options.stallTimeoutMs),
+    m_loop.postDelayed(std::chrono::milliseconds(m_options.stallTimeoutMs), this,
         [self = shared_from_this()] { self->checkForStall(); });
 }
 
@@ -263,8 +272,8 @@ void HttpStream::checkForStall()
         return retry(StreamFailure::Stalled);
     }
     m_watching = true;
-    m_loop.postDelayed(
-        std::max(left, milliseconds(100)), [self = shared_from_this()] { self->checkForStall(); });
+    m_loop.postDelayed(std::max(left, milliseconds(100)), this,
+        [self = shared_from_this()] { self->checkForStall(); });
 }
 
 bool HttpStream::headArrived(const HttpTransfer::Head& head)
@@ -427,7 +436,7 @@ void HttpStream::retry(StreamFailure::Kind trouble)
     LOG4CPLUS_INFO(logger(),
         "Stream from " << m_request.host << " broke off at byte " << fetchOffset() << ", attempt "
                        << m_attempts << " to go on");
-    m_loop.postDelayed(backoff(m_attempts), [self = shared_from_this(), was = m_generation] {
+    m_loop.postDelayed(backoff(m_attempts), this, [self = shared_from_this(), was = m_generation] {
         bool wanted = false;
         {
             const Lock lock(self->m_mutex);

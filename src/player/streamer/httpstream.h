@@ -42,7 +42,7 @@ public:
 
     /// Begins to fetch. A second call does nothing.
     void open();
-    /// Ends the transfer. Required before the last reference goes.
+    /// Ends the transfer and gives back what was fetched. Required before the last reference goes.
     void close();
 
     /// Waits for the next bytes, at most so many. A failed stream ends, after what came before the
@@ -66,6 +66,7 @@ private:
 
     // In the loop's thread, without the lock.
     void restart();
+    void leave();
     void begin(const QByteArray& url);
     void watchForStall();
     void checkForStall();

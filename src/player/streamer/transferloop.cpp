@@ -45,9 +45,15 @@ void TransferLoop::post(Task task)
     curl_multi_wakeup(m_curl->multi);
 }
 
-void TransferLoop::postDelayed(std::chrono::milliseconds delay, Task task)
+void TransferLoop::postDelayed(std::chrono::milliseconds delay, const void* owner, Task task)
 {
-    m_delayed.emplace(Clock::now() + delay, std::move(task));
+    m_delayed.emplace(Clock::now() + delay, DelayedTask{ owner, std::move(task) });
+}
+
+void TransferLoop::cancelDelayed(const void* owner)
+{
+    for (auto delayed = m_delayed.begin(); delayed != m_delayed.end();)
+        delayed = delayed->second.owner == owner ? m_delayed.erase(delayed) : std::next(delayed);
 }
 
 void TransferLoop::add(HttpTransfer& transfer)
@@ -87,7 +93,7 @@ void TransferLoop::runDelayedTasks()
 {
     const Clock::time_point now = Clock::now();
     while (!m_delayed.empty() && m_delayed.begin()->first <= now) {
-        const Task task = std::move(m_delayed.begin()->second);
+        const Task task = std::move(m_delayed.begin()->second.run);
         m_delayed.erase(m_delayed.begin());
         task();
     }

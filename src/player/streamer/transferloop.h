@@ -31,13 +31,21 @@ public:
 
     // In the loop's thread only.
 
-    void postDelayed(std::chrono::milliseconds delay, Task task);
+    /// Runs `task` later, unless its owner cancels it first.
+    void postDelayed(std::chrono::milliseconds delay, const void* owner, Task task);
+    /// Drops all that `owner` has posted for later.
+    void cancelDelayed(const void* owner);
     void add(HttpTransfer& transfer);
     void remove(HttpTransfer& transfer);
 
 private:
     using Clock = std::chrono::steady_clock;
     struct Curl;
+    struct DelayedTask
+    {
+        const void* owner;
+        Task run;
+    };
 
     void run();
     bool runTasks();
@@ -46,7 +54,7 @@ private:
     int sleepMs() const;
 
     std::unique_ptr<Curl> m_curl;
-    std::multimap<Clock::time_point, Task> m_delayed; // The loop's thread only.
+    std::multimap<Clock::time_point, DelayedTask> m_delayed; // The loop's thread only.
     std::mutex m_mutex;
     std::vector<Task> m_tasks; // Guarded by m_mutex.
     bool m_ending = false; // The loop's thread only.
