@@ -112,7 +112,8 @@ void Connection::readSocket()
     // is shorter than this.
     if (m_input.size() - m_offset > qMax(readBytes, limits().headerBytes))
         return;
-    const QByteArray bytes = m_socket->read(readBytes);
+    // Asked for more, it would make room for it.
+    const QByteArray bytes = m_socket->read(qMin<qint64>(readBytes, m_socket->bytesAvailable()));
     if (bytes.isEmpty())
         return;
     m_input.remove(0, m_offset);

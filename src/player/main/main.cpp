@@ -1,5 +1,6 @@
 #include "application.h"
 #include "folders.h"
+#include "heap.h"
 #include "logsetup.h"
 #include "quitsignals.h"
 #include "servicemanager.h"
@@ -9,8 +10,6 @@
 #include <QTextStream>
 
 #include <log4cplus/initializer.h>
-
-#include <malloc.h>
 
 using namespace player;
 
@@ -108,9 +107,7 @@ int runPlayer(QCoreApplication& application, const Settings& settings)
 
 int main(int argc, char** argv)
 {
-    // Each track brings threads of its own. With heaps of their own they would leave gaps behind,
-    // and none of them allocates so much that it had to wait for another.
-    mallopt(M_ARENA_MAX, 1);
+    setUpHeap();
     const log4cplus::Initializer log;
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tavu-player"));

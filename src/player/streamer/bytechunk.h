@@ -31,7 +31,8 @@ public:
     bool isEmpty() const { return m_size == 0; }
 
 private:
-    static constexpr std::size_t blockSize = std::size_t{ 32 } * 1024;
+    // A whole number of pages together with what the allocator keeps about it.
+    static constexpr std::size_t blockSize = std::size_t{ 32 } * 1024 - 32;
 
     ByteChunk popPart(std::size_t size);
 
