@@ -321,7 +321,7 @@ entry('S28 a button whose address alone is more than is read', async (house) => 
 
 entry('S29 a refused chunk, again and again', async (house) => {
   await house.fault({ kind: 'chunk', effect: 'conflict', brief: 'No', explanation: 'Not here.' });
-  for (let i = 0; i < 60; ++i) await house.play(house.album);
+  for (let i = 0; i < 300; ++i) await house.play(house.album);
   const messages = await house.messages();
   assert.ok(messages.length <= 20);
   const [last] = messages.slice(-1);

@@ -154,6 +154,27 @@ TEST_F(AmazonMusicRetrieverTest, ARefusedChunkShowsTheServicesMessage)
         QStringLiteral("output json from HTTP response: ") + QString::fromUtf8(body)));
 }
 
+TEST_F(AmazonMusicRetrieverTest, RefusalsWithoutEndDoNotFillTheMemory)
+{
+    constexpr int refusals = 10000;
+    constexpr int atOnce = 50;
+    constexpr int rowsAtMost = 12000;
+    m_service.always("GET", "/chunk", 409,
+        ErrorReport{ QStringLiteral("Refused"), QStringLiteral("Not here."),
+            { { QStringLiteral("Close"), QStringLiteral("close"), QString(), false } } }
+            .body());
+    for (int done = 0; done < refusals; done += atOnce) {
+        QList<CMReply<TavuAmazonMusicTrackContainerChunkDescription>> replies;
+        for (int i = 0; i < atOnce; ++i)
+            replies.append(
+                m_retriever->fetchChunkDescription(m_service.url(QStringLiteral("/chunk"))));
+        for (const auto& reply : replies)
+            EXPECT_EQ(expectError(reply).message(), QStringLiteral("Not here."));
+    }
+    EXPECT_EQ(m_service.servedCount("GET", "/chunk"), refusals);
+    EXPECT_EQ(m_rows->rowsSize(), rowsAtMost);
+}
+
 TEST_F(AmazonMusicRetrieverTest, ARefusalIsAMessageForChunksAlone)
 {
     init(QStringLiteral("/album#p"), AmazonMusicRetriever::Playable);

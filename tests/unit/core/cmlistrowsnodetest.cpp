@@ -210,6 +210,17 @@ TEST_F(CMListRowsNodeTest, a_row_that_points_nowhere_has_its_path_alone)
         (QVariantList{ QStringLiteral("/gone"), QVariant() }));
 }
 
+TEST_F(CMListRowsNodeTest, keeps_the_last_12000_rows)
+{
+    append(12000);
+    EXPECT_EQ(m_list->rowsSize(), 12000);
+    EXPECT_EQ(match(CMPath(QStringLiteral("/rows/0"))), 0);
+    m_list->rowsAppend(row(QStringLiteral("one more")));
+    EXPECT_EQ(m_list->rowsSize(), 12000);
+    EXPECT_EQ(match(CMPath(QStringLiteral("/rows/0"))), -1);
+    EXPECT_EQ(match(CMPath(QStringLiteral("/rows/1"))), 0);
+}
+
 TEST_F(CMListRowsNodeTest, matches_a_row_by_its_path)
 {
     append(3);

@@ -3,6 +3,12 @@
 #include "cmglobal.h"
 #include "cmnodes.h"
 
+namespace {
+
+constexpr int rowsAtMost = 12000;
+
+} // namespace
+
 CMListRowsNode* CMListRowsNode::create(CMNodes* nodes, const CMPath& path)
 {
     auto* node = new CMListRowsNode(path);
@@ -29,6 +35,8 @@ void CMListRowsNode::rowsAppend(const TavuRoles& row)
 
 void CMListRowsNode::append(const TavuRoles& row)
 {
+    if (m_rows.size() == rowsAtMost)
+        m_rows.removeFirst();
     m_rows.append(row);
     rowsChanged();
 }

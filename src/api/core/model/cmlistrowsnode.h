@@ -5,7 +5,8 @@
 
 #include <QList>
 
-/// A container whose rows are given one by one.
+/// A container whose rows are given one by one. Of more than 12,000 it keeps the last ones: a list
+/// that only ever grows, of what went wrong for example, must not take the memory.
 class TAVU_EXPORT CMListRowsNode : public CMContainerNode
 {
     Q_OBJECT
