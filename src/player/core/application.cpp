@@ -211,7 +211,7 @@ bool Application::listen()
         m_token = makeToken();
         if (m_token.isEmpty())
             return false;
-        addSecret(m_token.toStdString());
+        addLastingSecret(m_token.toStdString());
     }
     initWebPage();
     control::Options options;

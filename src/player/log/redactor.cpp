@@ -17,7 +17,9 @@ constexpr std::size_t shortestSecret = 6;
 struct Secrets
 {
     std::mutex mutex;
-    std::deque<std::string> known; // Guarded by mutex.
+    // Guarded by mutex.
+    std::deque<std::string> passing;
+    std::deque<std::string> lasting;
 };
 
 Secrets& secrets()
@@ -54,14 +56,26 @@ const std::deque<Rule>& rules()
     return all;
 }
 
-std::string withoutKnownSecrets(std::string text)
+std::string without(const std::deque<std::string>& known, std::string text)
 {
-    const std::lock_guard<std::mutex> guard(secrets().mutex);
-    for (const std::string& secret : secrets().known) {
+    for (const std::string& secret : known) {
         for (auto at = text.find(secret); at != std::string::npos; at = text.find(secret, at + 3))
             text.replace(at, secret.size(), "***");
     }
     return text;
+}
+
+std::string withoutKnownSecrets(const std::string& text)
+{
+    const std::lock_guard<std::mutex> guard(secrets().mutex);
+    return without(secrets().lasting, without(secrets().passing, text));
+}
+
+void add(std::deque<std::string>& known, const std::string& secret)
+{
+    const bool isKnown = std::find(known.begin(), known.end(), secret) != known.end();
+    if (!isKnown && secret.size() >= shortestSecret)
+        known.push_back(secret);
 }
 
 bool mayHoldSecrets(const std::string& text)
@@ -74,15 +88,16 @@ bool mayHoldSecrets(const std::string& text)
 
 void addSecret(const std::string& secret)
 {
-    if (secret.size() < shortestSecret)
-        return;
     const std::lock_guard<std::mutex> guard(secrets().mutex);
-    auto& known = secrets().known;
-    if (std::find(known.begin(), known.end(), secret) != known.end())
-        return;
-    known.push_back(secret);
-    if (known.size() > secretsAtMost)
-        known.pop_front();
+    add(secrets().passing, secret);
+    if (secrets().passing.size() > secretsAtMost)
+        secrets().passing.pop_front();
+}
+
+void addLastingSecret(const std::string& secret)
+{
+    const std::lock_guard<std::mutex> guard(secrets().mutex);
+    add(secrets().lasting, secret);
 }
 
 std::string redacted(const std::string& text)

@@ -8,8 +8,11 @@
 namespace player {
 
 /// From now on `secret` is replaced wherever it stands. Texts shorter than 6 characters are passed
-/// over: they would take out innocent words. The last 64 are remembered.
+/// over: they would take out innocent words. The last 64 are remembered, which is enough for
+/// secrets that others come to replace.
 void addSecret(const std::string& secret);
+/// The same for one that stays good for as long as the player runs: it is never forgotten.
+void addLastingSecret(const std::string& secret);
 
 std::string redacted(const std::string& text);
 

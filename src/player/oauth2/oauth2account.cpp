@@ -29,8 +29,8 @@ OAuth2Account::OAuth2Account(
     , m_store(store)
     , m_refreshToken(store.refreshToken(info.serviceName()))
 {
-    for (const QString& secret : { info.clientSecret(), m_refreshToken })
-        addSecret(secret.toStdString());
+    addLastingSecret(info.clientSecret().toStdString());
+    addSecret(m_refreshToken.toStdString());
     const bool loggedIn = !m_refreshToken.isEmpty();
     publishAccessToken(QString());
     publishLoggedIn(loggedIn);

@@ -47,4 +47,15 @@ TEST(Redactor, takes_out_what_it_was_told_is_secret)
     EXPECT_EQ(redacted("a s3cr3t-value and s3cr3t-value, tiny"), "a *** and ***, tiny");
 }
 
+TEST(Redactor, forgets_what_others_have_replaced_and_never_what_lasts)
+{
+    player::addLastingSecret("lasting-one");
+    player::addSecret("passing-one");
+    for (int i = 0; i < 63; ++i)
+        player::addSecret("another-" + std::to_string(i));
+    EXPECT_EQ(redacted("lasting-one passing-one"), "*** ***");
+    player::addSecret("one-too-many");
+    EXPECT_EQ(redacted("lasting-one passing-one"), "*** passing-one");
+}
+
 } // namespace
