@@ -4,6 +4,7 @@
 
 #include <QFileInfo>
 #include <QMap>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <numeric>
@@ -27,14 +28,11 @@ QString lastComponent(const QString& path)
     return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
+// "CD1", "cd 2", "Disc Three", but neither "Discovery" nor "CD of the year".
 bool isDiscFolder(const QString& name)
 {
-    const QStringList parts = words(name);
-    if (parts.isEmpty() || parts.size() > 2)
-        return false;
-    const QString& head = parts.first();
-    return head.startsWith(QLatin1String("cd")) || head.startsWith(QLatin1String("disc"))
-        || head.startsWith(QLatin1String("disk"));
+    static const QRegularExpression disc(QStringLiteral("^(?:cd|dis[ck])(?:[0-9]*| [^ ]+)$"));
+    return disc.match(words(name).join(QLatin1Char(' '))).hasMatch();
 }
 
 // The folder that stands for the album: the one above "CD 1", "Disc 2" and their like.

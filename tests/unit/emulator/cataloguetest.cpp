@@ -121,6 +121,34 @@ TEST(Catalogue, PutsTracksOfAnAlbumInTheirOrder)
     EXPECT_EQ(catalogue->track(makeId(text("track"), text("x/CD1/b.flac")))->placeInAlbum, 1);
 }
 
+TEST(Catalogue, TellsFoldersOfDiscsFromFoldersOfAlbums)
+{
+    const Tags noAlbum = tagged("A", "", "x");
+    const auto albumIn = [&](const char* folder) {
+        const QByteArray file = QByteArray("Box/") + folder + "/a.flac";
+        return build({ musicFile(file.constData(), noAlbum) })->albums[0].title;
+    };
+    for (const char* disc : { "CD1", "cd 2", "Disc 3", "disk4", "Disc-Five" })
+        EXPECT_EQ(albumIn(disc), text("Box")) << disc;
+    for (const char* other : { "CD of the year", "Discovery", "Encore" })
+        EXPECT_EQ(albumIn(other), text(other)) << other;
+}
+
+TEST(Catalogue, ListsAnAlbumOnceForEachOfItsArtists)
+{
+    Tags guest = tagged("Guest", "One", "b", 2);
+    guest.albumArtist = text("A");
+    Tags own = tagged("A", "One", "a", 1);
+    own.albumArtist = text("A");
+    Tags again = tagged("A", "One", "c", 3);
+    again.albumArtist = text("A");
+    const auto catalogue = build(
+        { musicFile("x/1.flac", own), musicFile("x/2.flac", guest), musicFile("x/3.flac", again) });
+    ASSERT_EQ(catalogue->artists.size(), 2u);
+    EXPECT_EQ(catalogue->artists[0].albums, Places{ 0 });
+    EXPECT_EQ(catalogue->artists[1].albums, Places{ 0 });
+}
+
 TEST(Catalogue, KeepsAlbumsOfTheSameNameApartByFolder)
 {
     const auto catalogue = build({ musicFile("one/a.flac", tagged("A", "Greatest Hits", "x")),
@@ -143,6 +171,7 @@ TEST(Catalogue, NamesFilesWithoutTagsByTheirNames)
     EXPECT_EQ(catalogue->tracks[0].title, text("A Song"));
     EXPECT_EQ(catalogue->tracks[0].artist, text("Unknown artist"));
     EXPECT_EQ(catalogue->albums[0].title, text("Some Folder"));
+    EXPECT_EQ(build({ musicFile("1999.mp3", Tags()) })->tracks[0].title, text("1999"));
 }
 
 TEST(Catalogue, LeavesOutFilesWithAProblem)
