@@ -212,7 +212,7 @@ TEST_F(DialOverHttp, LeavesTheLastChunkOut)
     turn(R"({"path":"/albums/","effect":"chunked-cut","times":1})");
     const QByteArray answer = rawAlbums();
     EXPECT_TRUE(answer.toLower().contains("transfer-encoding: chunked"));
-    EXPECT_TRUE(answer.contains("\"result\""));
+    EXPECT_TRUE(answer.endsWith("}\r\n")) << "all of the body";
     EXPECT_FALSE(answer.contains("\r\n0\r\n"));
 }
 

@@ -393,6 +393,25 @@ TEST_F(Documents, StationGoesOnWithoutEndAndItsPointersFit)
     EXPECT_EQ(played, expected);
 }
 
+TEST_F(Documents, StationLeadsBackToTheTrackBeforeAChunk)
+{
+    const auto& station = m_catalogue->stations[0];
+    const auto placeAt = [&](int position) {
+        return station.tracks[size_t(stationPlace(77, int(station.tracks.size()), position))];
+    };
+    for (const int position : { 1, 7, 10, 27 }) {
+        const auto back =
+            chunkOf(parse(*chunks().station(station.id, 77, position))).prevTrackPointer();
+        const int before = QUrlQuery(QUrl(back.chunk()).query()).queryItemValue(text("at")).toInt();
+        const TavuAmazonMusic chunk = parse(*chunks().station(station.id, 77, before));
+        EXPECT_EQ(trackOf(chunk, back.indexWithinChunk()).title(),
+            m_catalogue->trackAt(placeAt(position - 1)).title)
+            << position;
+    }
+    EXPECT_TRUE(
+        chunkOf(parse(*chunks().station(station.id, 77, 0))).prevTrackPointer().chunk().isEmpty());
+}
+
 TEST_F(Documents, StationWithALengthEnds)
 {
     m_rules.stationLength = 13;

@@ -9,8 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <atomic>
@@ -188,6 +190,29 @@ TEST_F(Scan, ReadsOnlyWhatChangedTheSecondTime)
     EXPECT_EQ(third->status().read, 1);
     ASSERT_EQ(third->catalogue()->tracks.size(), 2u);
     EXPECT_EQ(third->catalogue()->tracks[0].title, text("y"));
+}
+
+TEST_F(Scan, ReadsAFileAgainThatHasChangedButNotGrown)
+{
+    addTone("1.flac", tagged("A", "One", "x"));
+    const auto size = QFileInfo(path("1.flac")).size();
+    EXPECT_EQ(scanned()->catalogue()->tracks[0].title, text("x"));
+    addTone("1.flac", tagged("A", "One", "y"));
+    ASSERT_EQ(QFileInfo(path("1.flac")).size(), size);
+    QFile file(path("1.flac"));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.setFileTime(
+        QDateTime::currentDateTime().addSecs(60), QFileDevice::FileModificationTime));
+    file.close();
+    EXPECT_EQ(scanned()->catalogue()->tracks[0].title, text("y"));
+}
+
+TEST_F(Scan, PrefersTheCoverAmongThePicturesOfAFolder)
+{
+    addTone("1.flac", tagged("A", "One", "x"));
+    for (const char* picture : { "album.jpg", "front.png", "Cover.png", "cover.jpg", "folder.jpg" })
+        writeFile(path(picture), "\xff\xd8\xff");
+    EXPECT_EQ(scanned()->catalogue()->albums[0].picture, text("cover.jpg"));
 }
 
 TEST_F(Scan, ServesTheKeptLibraryBeforeTheFolderIsReadAgain)

@@ -169,7 +169,9 @@ TEST_F(DeviceLogin, FailingServerIsAskedAtDoubledIntervals)
     server.token = Server::lost();
     expectPollAfter(20000);
     expectPollAfter(40000);
+    server.token = Server::bytes(408, "too slow");
     expectPollAfter(60000);
+    server.token = Server::bytes(429, "too often");
     expectPollAfter(60000);
     EXPECT_EQ(login().state(), text("waiting"));
     EXPECT_EQ(login().userCode(), text("BCDF-GHJK"));

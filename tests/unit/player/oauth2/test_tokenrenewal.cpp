@@ -92,6 +92,18 @@ TEST_F(TokenRenewal, WhoWasRefusedWithTheTokenBeforeIsGivenTheNewOne)
     EXPECT_EQ(server.polls(), asked + 1);
 }
 
+TEST_F(TokenRenewal, TokenThatHasExpiredMeanwhileIsGivenToNobody)
+{
+    signIn("access-1", "refresh-1");
+    server.token = Server::tokens("access-2", "refresh-2", 1);
+    expectValue(refresh());
+    server.token = Server::silent();
+    advance(1000);
+    EXPECT_EQ(accessToken(), QString());
+    expectPending(refresh());
+    EXPECT_EQ(accessToken(), QString());
+}
+
 TEST_F(TokenRenewal, HappensByItselfBeforeTheTokenExpires)
 {
     signIn("access-1", "refresh-1", 3600);
