@@ -97,6 +97,14 @@ it('tells of playing', async () => {
   for (const command of ['like', 'dislike', 'pause', 'resume', 'next', 'previous'])
     assert.equal((await post(`/player/${command}`)).status, 200, command);
   await playing();
+  await eventually('the queue tells what plays and where it is from', async () => {
+    const { current, from } = (await get('/queue')).body;
+    return current?.ref && from?.title === album.title;
+  });
+  await eventually('the sound is known', async () => {
+    const { audio } = (await get('/state')).body.player;
+    return audio.codec && audio.sampleRate > 0 && audio.output.name;
+  });
   await post('/player/seek', { position: 1000 });
   await post('/player/mode', { mode: 4 });
   await post('/player/volume', { volume: 40, mute: false });
@@ -126,9 +134,11 @@ it('tells of each event', async () => {
   const seen = new Set();
   const ended = readEvents(`${programs.url}${base}/events`, (name, data) => {
     if (schemas[name]) description.record(schemas[name], data, `event ${name}`);
-    else assert.match(name, /^(position|rows)$/);
+    else assert.match(name, /^(position|queue|rows)$/);
     seen.add(name);
-    return ['snapshot', 'player', 'position', 'message', 'login'].every((each) => seen.has(each));
+    return ['snapshot', 'player', 'position', 'queue', 'message', 'login'].every((each) =>
+      seen.has(each),
+    );
   });
   description.told.add('getEvents');
   const album = await walk(sampleTrails.album);
