@@ -171,6 +171,25 @@ int status(Context& context)
     return Done;
 }
 
+/// "30", "30 finish", or "off".
+int sleep(Context& context)
+{
+    const QString first = context.arguments.first();
+    const QString second = context.arguments.value(1);
+    bool isNumber = false;
+    const int minutes = first == QLatin1String("off") ? 0 : first.toInt(&isNumber);
+    const bool finishes = second == QLatin1String("finish");
+    const bool isRight = (isNumber && minutes > 0 && (finishes || second.isEmpty()))
+        || (first == QLatin1String("off") && second.isEmpty());
+    if (!isRight)
+        return fail(context.options, Usage,
+            QStringLiteral("The sleep timer takes a number of minutes, with \"finish\" to let the "
+                           "track end, or \"off\"."));
+    const Answer answer = context.api.post(QStringLiteral("/player/sleep"),
+        { { QStringLiteral("minutes"), minutes }, { QStringLiteral("finishTrack"), finishes } });
+    return finish(context, answer, answer.body);
+}
+
 int queue(Context& context)
 {
     const Answer answer = context.api.get(QStringLiteral("/queue"));
@@ -327,6 +346,8 @@ const std::vector<Command>& commands()
         command("mode", "0..5", 1, 1,
             "normal, shuffle, repeat one, shuffle + repeat one, repeat all, shuffle + repeat all",
             postNumber("/player/mode", "mode")),
+        command("sleep", "MINUTES [finish]", 1, 2,
+            "fade and pause then, or when the track then ends; \"off\" calls it off", sleep),
         command("like", "", 0, 0, "thumb up", post("/player/like")),
         command("dislike", "", 0, 0, "thumb down", post("/player/dislike")),
         command("status", "", 0, 0, "what plays", status),

@@ -188,6 +188,13 @@ QString statusText(const QVariantHash& player)
                 .arg(player.value(QStringLiteral("mute")).toBool() ? QStringLiteral(" (muted)")
                                                                    : QString(),
                     TavuPlayerPlayMode::toString(mode));
+    const QVariantHash sleep = player.value(QStringLiteral("sleep")).toHash();
+    if (!sleep.isEmpty())
+        text += QStringLiteral("\nsleeps in %1%2")
+                    .arg(clockTime(sleep.value(QStringLiteral("remaining")).toLongLong()),
+                        sleep.value(QStringLiteral("finishTrack")).toBool()
+                            ? QStringLiteral(", at the end of the track")
+                            : QString());
     const QVariantHash error = player.value(QStringLiteral("error")).toHash();
     if (!error.isEmpty())
         text += QLatin1Char('\n')

@@ -79,6 +79,7 @@ it('tells of browsing and searching, refusals included', async () => {
     ['/player/seek', { position: -1 }],
     ['/player/mode', { mode: 6 }],
     ['/player/volume', {}],
+    ['/player/sleep', { minutes: -1 }],
     ['/outputs', {}],
   ])
     assert.equal((await post(path, wrong)).status, 400, path);
@@ -108,11 +109,13 @@ it('tells of playing', async () => {
   await post('/player/seek', { position: 1000 });
   await post('/player/mode', { mode: 4 });
   await post('/player/volume', { volume: 40, mute: false });
+  await post('/player/sleep', { minutes: 30, finishTrack: true });
   const { outputs } = (await get('/outputs')).body;
   await post('/outputs', { id: outputs[0].id });
   const { player } = (await get('/state')).body;
   assert.equal(player.mode, 4);
   assert.equal(player.volume, 40);
+  assert.equal(player.sleep.finishTrack, true);
   await post('/player/stop');
   assert.equal((await get('/openapi.json')).body.openapi, '3.1.0');
 });

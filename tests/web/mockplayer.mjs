@@ -178,6 +178,7 @@ export class MockPlayer {
         state.mode = body.mode;
         state.told();
       },
+      'player/sleep': () => state.setSleep(body),
       'player/volume': () => {
         if (body.volume !== undefined) state.volume = body.volume;
         if (body.mute !== undefined) state.mute = body.mute;

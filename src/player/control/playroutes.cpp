@@ -76,6 +76,19 @@ void sendQueue(const ApiContext& api, const http::Responder& responder)
     responder.send(json(api.view.queue(api.player.queue())));
 }
 
+void setSleep(const ApiContext& api, const RequestBody& body, const http::Responder& responder)
+{
+    constexpr int minutesAtMost = 1440;
+    const auto minutes = body.integer("minutes", 0, minutesAtMost);
+    const auto finishTrack = body.flag("finishTrack");
+    if (!minutes || (body.has("finishTrack") && !finishTrack))
+        return responder.send(problem(400, {},
+            QStringLiteral("\"minutes\" is a number, 0 to 1440; \"finishTrack\" is true or "
+                           "false.")));
+    api.player.setSleep(int(*minutes), finishTrack.value_or(false));
+    responder.send(json({}));
+}
+
 void sendOutputs(const ApiContext& api, const http::Responder& responder)
 {
     responder.send(json({ { QStringLiteral("outputs"), api.player.outputs() } }));
@@ -112,6 +125,7 @@ void addPlayRoutes(http::Router& router, const ApiContext& api)
     post("player/seek", seek);
     post("player/mode", setMode);
     post("player/volume", setVolume);
+    post("player/sleep", setSleep);
     router.add("GET", QStringLiteral("/api/v1/queue"),
         [&api](
             const http::Request&, const http::Responder& responder) { sendQueue(api, responder); });

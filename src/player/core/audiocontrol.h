@@ -17,6 +17,8 @@ public:
     virtual void setVolume(int volume) = 0;
     virtual bool muted() const = 0;
     virtual void setMuted(bool muted) = 0;
+    /// The part of the volume that sounds, 1.0 to 0.0; the volume itself stays what it is.
+    virtual void setFade(double part) = 0;
     /// Hashes of "id", "name", "selected".
     virtual QVariantList outputs() const = 0;
     /// False, and nothing changed, when the output is not there.

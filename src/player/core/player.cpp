@@ -65,10 +65,12 @@ Player::Player(AudioControl* audio, QObject* parent)
     : PlayerFacade(parent)
     , m_audio(audio)
     , m_search([this](const QString& page, int from, int to) { return rows(page, from, to); })
+    , m_sleep(sleepHands())
 {
     connect(audio, &AudioControl::volumeChanged, this, &PlayerFacade::playerChanged);
     connect(audio, &AudioControl::outputsChanged, this, &PlayerFacade::outputsChanged);
     connect(audio, &AudioControl::soundPathChanged, this, &PlayerFacade::playerChanged);
+    connect(&m_sleep, &SleepTimer::changed, this, &PlayerFacade::playerChanged);
     connect(&m_history, &PlayHistory::changed, this, &PlayerFacade::queueChanged);
     connect(
         &m_skipped, &SkippedTracks::told, this, [this](const QString& title, const QString& text) {

@@ -12,6 +12,7 @@
 #include "rowsource.h"
 #include "service.h"
 #include "skippedtracks.h"
+#include "sleeptimer.h"
 #include "tavuoauth2devicecode.h"
 #include "tavuplaylogic.h"
 #include "tavuvalue.h"
@@ -79,6 +80,7 @@ public:
     void setPlayMode(int mode) override;
     void setVolume(int volume) override;
     void setMuted(bool muted) override;
+    void setSleep(int minutes, bool finishTrack) override;
     QVariantHash player() const override;
     QVariantHash queue() const override { return m_history.queue(); }
     QVariantList outputs() const override;
@@ -145,6 +147,8 @@ private:
     CMPath loginPath(const QString& subpath) const;
     void invokeOAuth(const QString& subpath);
     void tellLoginTrouble();
+    SleepTimer::Hands sleepHands();
+    qint64 remaining() const;
     void setPlayData(const TavuPlayLogicData& data);
     void setPosition(qint64 position);
     void fail(const CMError& error);
@@ -169,6 +173,7 @@ private:
     QElapsedTimer m_stepAge;
     QSet<QString> m_watchedRows;
     PlayHistory m_history;
+    SleepTimer m_sleep;
     TavuPlayLogicData m_data;
     TavuPlayLogicData m_restored; // Empty once something has started.
     qint64 m_restoredPosition = 0;

@@ -68,13 +68,18 @@ public:
     virtual void setVolume(int volume) = 0;
     virtual void setMuted(bool muted) = 0;
 
+    /// Lets the sound fade away and playback pause after so many minutes, 1 to 1440, or when the
+    /// track ends that plays then; 0 minutes call that off.
+    virtual void setSleep(int minutes, bool finishTrack) = 0;
+
     /// "state" (0 idle, 1 buffering, 2 playing, 3 paused), "position" (ms, at the time "at", ms
     /// since the epoch), "duration" (ms), "title", "artist", "album", "artwork" (URL or empty),
     /// "controls" {pause, next, previous, seek, like, dislike}, "playModes" {shuffle, repeatOne,
     /// repeatAll, shuffleRepeatOne, shuffleRepeatAll}, "mode", "volume", "mute", "bufferLevel",
     /// "error" (null or {title, detail}), "output", "audio" (of what plays, empty while nothing
-    /// does; AudioControl::soundPath() has its keys), "rating" (of the track: "up", "down", or
-    /// empty while the listener has not said; known for the latest few hundred rated tracks).
+    /// does; AudioControl::soundPath() has its keys), "sleep" (SleepTimer::state() has its keys),
+    /// "rating" (of the track: "up", "down", or empty while the listener has not said; known for
+    /// the latest few hundred rated tracks).
     virtual QVariantHash player() const = 0;
 
     /// What has played and what is known to follow: "from" (row of the album, playlist or station

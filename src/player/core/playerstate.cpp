@@ -82,6 +82,7 @@ void Player::setPlayData(const TavuPlayLogicData& data)
     else
         notePlayed(before);
     m_history.follow(shown());
+    m_sleep.follow(data);
     Q_EMIT playerChanged();
 }
 
@@ -111,6 +112,14 @@ void Player::tellFailure(const CMError& error)
     m_error = error;
     showError(error, QStringLiteral("player"));
     Q_EMIT playerChanged();
+}
+
+qint64 Player::remaining() const
+{
+    const qint64 duration = m_data.trackRoles().mediaData().firstResource().duration();
+    const bool moves = m_data.state() == TavuPlayLogicState::Playing;
+    const qint64 since = moves ? QDateTime::currentMSecsSinceEpoch() - m_positionAt : 0;
+    return duration > 0 ? qMax<qint64>(0, duration - m_position - since) : -1;
 }
 
 QVariantHash Player::player() const
@@ -154,6 +163,7 @@ QVariantHash Player::player() const
         { QStringLiteral("error"), error },
         { QStringLiteral("output"), m_audio->selectedOutput() },
         { QStringLiteral("audio"), m_audio->soundPath() },
+        { QStringLiteral("sleep"), m_sleep.state() },
         { QStringLiteral("rating"), m_ratings.ratingOf(track) },
     };
 }

@@ -101,6 +101,11 @@ void StreamerAudio::setMuted(bool muted)
     Q_EMIT volumeChanged();
 }
 
+void StreamerAudio::setFade(double part)
+{
+    m_streamer->setFade(part);
+}
+
 QVariantList StreamerAudio::outputs() const
 {
     const QString selected = selectedOutput();

@@ -20,6 +20,7 @@ public:
     void setVolume(int volume) override;
     bool muted() const override { return m_muted; }
     void setMuted(bool muted) override;
+    void setFade(double part) override;
     QVariantList outputs() const override;
     bool selectOutput(const QString& id) override;
     QString selectedOutput() const override;

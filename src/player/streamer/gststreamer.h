@@ -62,6 +62,8 @@ public:
     /// 0 to 100, by the ear's scale.
     void setVolume(int percent);
     void setMuted(bool muted);
+    /// The part of the volume that sounds, 1.0 to 0.0, by the ear's scale.
+    void setFade(double part);
     /// Of the item that sounds or is paused, as far as it is known; nothing while none is.
     std::optional<SoundPath> soundPath() const;
 
@@ -177,6 +179,7 @@ private:
     StreamerOptions m_options;
     int m_volume = 100;
     bool m_muted = false;
+    double m_fade = 1.0;
 
     // Commands that end what plays, given and executed. While they differ nothing is told.
     std::atomic<int> m_endsGiven{ 0 };

@@ -13,9 +13,9 @@ namespace player {
 
 namespace {
 
-double volumeFactor(int percent)
+/// The ear's scale to that of the samples.
+double volumeFactor(double part)
 {
-    const double part = percent / 100.0;
     return part * part * part;
 }
 
@@ -92,10 +92,16 @@ void GstStreamer::setMuted(bool muted)
     applyVolume();
 }
 
+void GstStreamer::setFade(double part)
+{
+    m_fade = std::clamp(part, 0.0, 1.0);
+    applyVolume();
+}
+
 void GstStreamer::applyVolume()
 {
     if (m_pipeline)
-        m_pipeline->setVolume(volumeFactor(m_volume), m_muted);
+        m_pipeline->setVolume(volumeFactor(m_fade * m_volume / 100.0), m_muted);
 }
 
 } // namespace player

@@ -188,6 +188,10 @@ TEST_F(StreamerOutput, keepsVolumeAndMuteFromItemToItem)
     EXPECT_EQ(play(), 0.0);
     streamer().setVolume(1000);
     EXPECT_DOUBLE_EQ(play(), 1.0);
+    streamer().setFade(0.5);
+    EXPECT_NEAR(play(), 0.125, 0.01) << "a fade leaves the volume what it is";
+    streamer().setFade(1.0);
+    EXPECT_DOUBLE_EQ(play(), 1.0);
 }
 
 TEST_F(StreamerOutput, doesNotWaitForTheDevicesThatItLooksFor)

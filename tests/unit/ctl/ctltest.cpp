@@ -611,3 +611,20 @@ TEST_F(Ctl, ShowsWhatHasPlayedAndWhatFollows)
     EXPECT_EQ(run({ text("--json"), text("queue") }), 0) << err.toStdString();
     EXPECT_EQ(json().toHash().value(text("endless")), QVariant(true));
 }
+
+TEST_F(Ctl, SetsTheSleepTimerAndCallsItOff)
+{
+    EXPECT_EQ(run({ text("sleep"), text("30") }), 0) << err.toStdString();
+    EXPECT_EQ(run({ text("sleep"), text("45"), text("finish") }), 0) << err.toStdString();
+    EXPECT_EQ(run({ text("sleep"), text("off") }), 0) << err.toStdString();
+    EXPECT_EQ(player.told(),
+        QStringList(
+            { text("setSleep[30,false]"), text("setSleep[45,true]"), text("setSleep[0,false]") }));
+    EXPECT_EQ(run({ text("sleep"), text("2000") }), 1);
+    for (const char* wrong : { "0", "soon", "1.5" })
+        EXPECT_EQ(run({ text("sleep"), text(wrong) }), 2) << wrong;
+    EXPECT_EQ(run({ text("sleep"), text("5"), text("begin") }), 2);
+    player.m_player[text("sleep")] = hash(R"({"at": 1, "remaining": 90000, "finishTrack": true})");
+    EXPECT_EQ(run({ text("status") }), 0);
+    EXPECT_TRUE(out.contains(text("sleeps in 1:30, at the end of the track"))) << out.toStdString();
+}

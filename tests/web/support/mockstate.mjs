@@ -38,6 +38,7 @@ export class MockState {
     this.ratings = new Map();
     this.played = [];
     this.nextKnown = false;
+    this.sleep = null;
     this.reset();
   }
 
@@ -123,6 +124,7 @@ export class MockState {
       bufferLevel: 100,
       error: this.error,
       output: 'auto',
+      sleep: this.sleep ? { ...this.sleep, remaining: Math.max(0, this.sleep.at - Date.now()) } : {},
       audio: this.state > PlayState.buffering ? audioOf(this.kind) : {},
       rating: this.ratings.get(track?.title) ?? '',
     };
@@ -177,6 +179,11 @@ export class MockState {
     this.leaveTrack();
     this.reset();
     this.emit('queue', {});
+    this.told();
+  }
+
+  setSleep({ minutes, finishTrack }) {
+    this.sleep = minutes > 0 ? { at: Date.now() + minutes * 60000, finishTrack } : null;
     this.told();
   }
 

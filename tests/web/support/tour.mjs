@@ -30,6 +30,10 @@ export async function tour({ mock, page, wide, look }) {
   await page.getByRole('dialog', { name: 'The way of the sound' }).waitFor();
   await look('way of the sound');
   await page.keyboard.press('Escape');
+  await person.button('Sleep timer').click();
+  await page.getByRole('dialog', { name: 'Sleep timer' }).waitFor();
+  await look('sleep timer');
+  await page.keyboard.press('Escape');
   mock.state.step(1);
   mock.state.prepareNext();
   await person.goTo('Queue');

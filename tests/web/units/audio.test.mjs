@@ -24,9 +24,9 @@ const opus = {
 const stage = (player, id) => stagesOf(player).find((each) => each.id === id);
 
 test('the label says what is known and nothing else', () => {
-  assert.equal(qualityText(flac), 'FLAC · 96 kHz · 24 bit · lossless');
+  assert.equal(qualityText(flac), 'FLAC · lossless · 96 kHz · 24 bit');
   assert.equal(qualityText({ ...flac, sampleRate: 44100, bitDepth: 16 }),
-    'FLAC · 44.1 kHz · 16 bit · lossless');
+    'FLAC · lossless · 44.1 kHz · 16 bit');
   assert.equal(qualityText(opus), 'Opus · 48 kHz');
   assert.equal(qualityText({ ...opus, bitRate: 127600 }), 'Opus · 48 kHz · 128 kbit/s');
   assert.equal(qualityText({}), '');

@@ -24,9 +24,9 @@ export function qualityText(audio) {
   const { codec, sampleRate, bitDepth, bitRate, lossless } = audio;
   return listed([
     codec,
+    lossless && t('audio.lossless'),
     rateText(sampleRate),
     lossless ? depthText(bitDepth) : speedText(bitRate),
-    lossless && t('audio.lossless'),
   ]);
 }
 

@@ -14,6 +14,8 @@ export function createCommands({ api, notices: { attempt, showResult } }) {
     setMode: (mode) => command('mode', { mode }),
     setVolume: (volume) => command('volume', { volume }),
     setMute: (mute) => command('volume', { mute }),
+    /** 0 minutes call the sleep timer off. */
+    setSleep: (minutes, finishTrack) => command('sleep', { minutes, finishTrack }),
     rate: (rating) => command(rating === 'up' ? 'like' : 'dislike'),
     selectOutput: (id) => attempt(() => api.selectOutput(id)),
   };

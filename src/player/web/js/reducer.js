@@ -23,7 +23,14 @@ export const initialState = {
   announcement: '', // spoken by screen readers, not shown
 };
 
-const withPlayer = (state, player, now) => ({ ...state, player: { ...player, receivedAt: now } });
+const withPlayer = (state, player, now) => ({
+  ...state,
+  player: {
+    ...player,
+    receivedAt: now,
+    sleepEndsAt: player.sleep?.at ? now + Number(player.sleep.remaining) : 0,
+  },
+});
 
 const withLogin = (state, login, now) => ({
   ...state,

@@ -89,6 +89,11 @@ void FakePlayer::setMuted(bool muted)
     note(QStringLiteral("setMuted"), { muted });
 }
 
+void FakePlayer::setSleep(int minutes, bool finishTrack)
+{
+    note(QStringLiteral("setSleep"), { minutes, finishTrack });
+}
+
 bool FakePlayer::selectOutput(const QString& id)
 {
     note(QStringLiteral("selectOutput"), { id });

@@ -163,3 +163,17 @@ TEST_F(Play, ShowsWhatHasPlayedAndWhatFollows)
     EXPECT_EQ(
         at(player.calls.last().arguments[0].toHash(), "title").toString(), QStringLiteral("First"));
 }
+
+TEST_F(Play, SetsTheSleepTimerAndCallsItOff)
+{
+    EXPECT_EQ(post("/api/v1/player/sleep", R"({"minutes": 30})").body, "{}");
+    EXPECT_EQ(
+        post("/api/v1/player/sleep", R"({"minutes": 1440, "finishTrack": true})").status, 200);
+    EXPECT_EQ(post("/api/v1/player/sleep", R"({"minutes": 0})").status, 200);
+    for (const char* body : { "{}", R"({"minutes": -1})", R"({"minutes": 1441})",
+             R"({"minutes": "5"})", R"({"minutes": 5, "finishTrack": 1})" })
+        EXPECT_EQ(post("/api/v1/player/sleep", body).status, 400) << body;
+    const QStringList told{ QStringLiteral("setSleep[30,false]"),
+        QStringLiteral("setSleep[1440,true]"), QStringLiteral("setSleep[0,false]") };
+    EXPECT_EQ(player.told(), told);
+}

@@ -75,6 +75,14 @@ export default {
   'player.volumeOf': '{volume} %',
   'player.mute': 'Mute',
 
+  sleep: 'Sleep timer',
+  'sleep.set': 'Sleep timer: {time} left',
+  'sleep.text': 'The music fades away, and pauses where it is.',
+  'sleep.after': 'Pause after',
+  'sleep.choice': '{count} minutes',
+  'sleep.finish': 'Let the last track end first',
+  'sleep.off': 'Switch the timer off',
+
   'queue.none': 'Nothing has played yet. What plays, and what has played, shows here.',
   'queue.from': 'From',
   'queue.endless': 'Endless station: it plays until you stop it',

@@ -5,6 +5,7 @@ import { t } from '../text.js';
 import { Picture } from './controls.js';
 import { Icon } from './icons.js';
 import { Quality } from './quality.js';
+import { Sleep } from './sleep.js';
 import { Next, PlayPause, Progress, Rating, Seek, Stop, Transport, Volume } from './transport.js';
 
 function artAlt(player) {
@@ -53,7 +54,8 @@ export function NowPlaying({ level = 1 }) {
   const player = useStore((state) => state.player) ?? { state: 0 };
   return html`<section class="now" aria-label=${t('place.now')}>
     <${Art} player=${player} />
-    <${Words} player=${player} level=${level}><${Quality} /></${Words}>
+    <${Words} player=${player} level=${level}>
+      <div class="now-line"><${Quality} /><${Sleep} /></div></${Words}>
     <${Status} player=${player} />
     <${Seek} />
     <${Transport} />

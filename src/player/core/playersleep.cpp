@@ -1,0 +1,26 @@
+#include "player.h"
+
+// How the player goes to sleep.
+
+namespace player {
+
+SleepTimer::Hands Player::sleepHands()
+{
+    return { [this](double part) { m_audio->setFade(part); },
+        [this] {
+            if (m_data.state() != TavuPlayLogicState::Paused)
+                command(Command::TogglePause);
+        },
+        [this] { return remaining(); } };
+}
+
+void Player::setSleep(int minutes, bool finishTrack)
+{
+    constexpr qint64 msPerMinute = 60000;
+    if (minutes > 0)
+        m_sleep.start(minutes * msPerMinute, finishTrack);
+    else
+        m_sleep.cancel();
+}
+
+} // namespace player
