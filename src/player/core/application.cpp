@@ -99,6 +99,7 @@ struct Application::Parts
         player.setBeforeResume([this](const auto& done) { streamer.renewIfExpired(done); });
         player.setStartAt(
             [this](const TavuRoles& track, qint64 position) { streamer.startAt(track, position); });
+        player.setAwaitsNext([this] { return streamer.awaitsNext(); });
         connect(&streamer, &RenewingStreamer::nextMediaChanged, &player, &Player::setNextTrack);
     }
 

@@ -51,6 +51,11 @@ public:
     /// What follows what plays, once it is prepared; empty for nothing.
     void setNextTrack(const TavuRoles& track) { m_history.setNext(track); }
 
+    /// Whether what follows is being fetched at the streamer's wish. Set by the one who owns the
+    /// streamer.
+    using AwaitsNext = std::function<bool()>;
+    void setAwaitsNext(AwaitsNext awaitsNext) { m_awaitsNext = std::move(awaitsNext); }
+
     /// Shows the row as paused at the position, as if it had been played up to there; going on
     /// plays it from there, and then what follows it at `source`. Whatever is played instead takes
     /// its place.
@@ -120,6 +125,7 @@ private:
     CMReply<QVariant> playRow(const TavuRoles& row, const RowSource& source, bool alone = false);
     CMReply<QVariant> step(Command command);
     bool isStepping() const;
+    bool isAboutToGoOn() const;
     void notePlayed(const TavuPlayLogicData& before);
     void noteEnd(const TavuPlayLogicData& before, qint64 position);
     bool mayGoOnItself() const;
@@ -159,6 +165,7 @@ private:
     BeforeResume m_beforeResume;
     CMReply<QVariant> m_resume; // The last one; without data before the first.
     StartAt m_startAt;
+    AwaitsNext m_awaitsNext;
     MessageLog m_messages;
     SkippedTracks m_skipped;
     ListedRows m_listed;

@@ -12,6 +12,7 @@ namespace player {
 namespace {
 
 constexpr int searchDeadlineMs = 15000;
+constexpr qint64 lastMoments = 500; // Of a track, ms.
 
 bool repeatsOne(TavuPlayerPlayMode::Enum mode)
 {
@@ -38,13 +39,20 @@ RowSearch::Fits rowOf(const TavuRoles& track)
 CMReply<QVariant> Player::step(Command command)
 {
     giveUpResume();
-    const bool again = isStepping() && command == Command::Next && m_step == command;
-    if (isGoingOn() || again)
+    const bool again = isStepping() && m_step == command;
+    if (isGoingOn() || (command == Command::Next && (again || isAboutToGoOn())))
         return done();
     m_step = command;
     m_stepAge.start();
     PlayLogicInterface* logic = playLogic();
     return command == Command::Next ? logic->next() : logic->previous();
+}
+
+/// The track is over, and the next one, which is being fetched, starts by itself.
+bool Player::isAboutToGoOn() const
+{
+    const qint64 duration = m_data.trackRoles().mediaData().firstResource().duration();
+    return m_awaitsNext && m_awaitsNext() && duration > 0 && m_position >= duration - lastMoments;
 }
 
 bool Player::isStepping() const

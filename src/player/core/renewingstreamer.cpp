@@ -72,7 +72,7 @@ RenewingStreamer::RenewingStreamer(Streamer* inner, QObject* parent)
     connect(inner, &Streamer::stateChanged, this, &Streamer::stateChanged);
     connect(inner, &Streamer::positionChanged, this, &RenewingStreamer::on_inner_positionChanged);
     connect(inner, &Streamer::bufferLevelChanged, this, &Streamer::bufferLevelChanged);
-    connect(inner, &Streamer::nextMediaWanted, this, &Streamer::nextMediaWanted);
+    connect(inner, &Streamer::nextMediaWanted, this, &RenewingStreamer::on_inner_nextMediaWanted);
     connect(inner, &Streamer::ended, this, &RenewingStreamer::on_inner_ended);
     connect(inner, &Streamer::failed, this, &RenewingStreamer::on_inner_failed);
     connect(inner, &Streamer::rolesRenewed, this, &Streamer::rolesRenewed);
@@ -95,6 +95,7 @@ void RenewingStreamer::play(quint64 id, const TavuRoles& roles, const QVariantHa
         const TavuRoles item = goesOn ? startingAt(roles, m_startPosition) : roles;
         m_startTrack.clear();
         m_present = { id, item, attributes };
+        m_nextWanted = false;
         setNext(Item());
         m_position = item.mediaData().metaData().startTime();
         m_paused = false;
@@ -107,6 +108,7 @@ void RenewingStreamer::setNextMedia(
     quint64 id, const TavuRoles& roles, const QVariantHash& attributes)
 {
     onOwnThread([this, id, roles, attributes] {
+        m_nextWanted = false;
         setNext({ id, roles, attributes });
         handOver(m_next, true);
     });
@@ -177,6 +179,7 @@ void RenewingStreamer::renew(const Item& item, qint64 position,
 void RenewingStreamer::setNoNextMedia()
 {
     onOwnThread([this] {
+        m_nextWanted = false;
         setNext(Item());
         m_inner->setNoNextMedia();
     });
@@ -205,6 +208,7 @@ void RenewingStreamer::stop()
 {
     onOwnThread([this] {
         m_present = Item();
+        m_nextWanted = false;
         setNext(Item());
         m_inner->stop();
     });
@@ -276,6 +280,12 @@ void RenewingStreamer::on_inner_positionChanged(quint64 id, qint64 position)
             m_present.reopenedAt.reset();
     }
     Q_EMIT positionChanged(id, position);
+}
+
+void RenewingStreamer::on_inner_nextMediaWanted(quint64 id)
+{
+    m_nextWanted = m_nextWanted || isPresent(id);
+    Q_EMIT nextMediaWanted(id);
 }
 
 void RenewingStreamer::on_inner_ended(quint64 id)

@@ -36,6 +36,10 @@ public:
     /// takes that back. On this object's thread.
     void startAt(const TavuRoles& track, qint64 position);
 
+    /// Whether the item that follows has been asked for and is still to come. On this object's
+    /// thread.
+    bool awaitsNext() const { return m_nextWanted; }
+
     /// Renews the present item if its resource has expired, and calls `done` then, with the error
     /// if that failed. rolesRenewed() has been sent before. Call it before a resume, on this
     /// object's thread.
@@ -71,12 +75,14 @@ private:
 
     void on_inner_mediaStarted(quint64 id);
     void on_inner_positionChanged(quint64 id, qint64 position);
+    void on_inner_nextMediaWanted(quint64 id);
     void on_inner_ended(quint64 id);
     void on_inner_failed(quint64 id, const CMError& error);
 
     Streamer* m_inner;
     Item m_present;
     Item m_next;
+    bool m_nextWanted = false;
     qint64 m_position = 0;
     bool m_paused = false;
     bool m_reopenOnResume = false;

@@ -14,9 +14,10 @@
 /// A folder with an album of three short tracks.
 struct Music
 {
+    static constexpr int trackMs = 2000;
+
     Music()
     {
-        constexpr int trackMs = 2000;
         int seed = 0;
         for (const char* name : { "1 First", "2 Second", "3 Third" }) {
             QFile file(folder.filePath(QString::fromLatin1(name) + QLatin1String(".flac")));
@@ -37,6 +38,7 @@ protected:
     static constexpr int buffering = 1;
     static constexpr int playing = 2;
     static constexpr int paused = 3;
+    static constexpr int trackMs = Music::trackMs;
     static constexpr int patienceMs = 60000;
     static constexpr qint64 shortLifeMs = 1200;
 

@@ -364,4 +364,25 @@ TEST_F(RenewingStreamerTest, starts_the_track_that_was_named_at_its_position_and
     EXPECT_EQ(startOf(inner.expect(Kind::Play).roles), 0);
 }
 
+TEST_F(RenewingStreamerTest, knows_whether_the_item_that_follows_is_still_to_come)
+{
+    EXPECT_FALSE(streamer.awaitsNext());
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    Q_EMIT inner.nextMediaWanted(7);
+    EXPECT_FALSE(streamer.awaitsNext());
+    const auto ask = [this] {
+        Q_EMIT inner.nextMediaWanted(1);
+        return streamer.awaitsNext();
+    };
+    EXPECT_TRUE(ask());
+    streamer.setNextMedia(2, item(QStringLiteral("b"), soon()), {});
+    EXPECT_FALSE(streamer.awaitsNext());
+    EXPECT_TRUE(ask());
+    streamer.setNoNextMedia();
+    EXPECT_FALSE(streamer.awaitsNext());
+    EXPECT_TRUE(ask());
+    streamer.stop();
+    EXPECT_FALSE(streamer.awaitsNext());
+}
+
 } // namespace
