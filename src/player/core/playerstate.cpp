@@ -82,7 +82,7 @@ void Player::setPlayData(const TavuPlayLogicData& data)
     else
         notePlayed(before);
     m_history.follow(shown());
-    m_sleep.follow(data);
+    m_sleep.follow(shown());
     Q_EMIT playerChanged();
 }
 
