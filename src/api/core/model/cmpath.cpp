@@ -65,15 +65,19 @@ CMPath CMPath::fromEncoded(const QString& encoded)
 QString CMPath::toEncoded() const
 {
     QString text = encodedText(m_text);
-    QLatin1Char separator('?');
+    if (m_params.isEmpty())
+        return text;
+    CharBuffer encoded;
+    encoded.append(text);
+    char16_t separator = u'?';
     for (const auto& [name, value] : m_params) {
-        text += separator;
-        appendPercentEncoded(&text, name);
-        text += QLatin1Char('=');
-        appendPercentEncoded(&text, value);
-        separator = QLatin1Char('&');
+        encoded.append(separator);
+        encoded.appendPercentEncoded(name);
+        encoded.append(u'=');
+        encoded.appendPercentEncoded(value);
+        separator = u'&';
     }
-    return text;
+    return encoded.text();
 }
 
 CMPath CMPath::operator+(const QString& suffix) const

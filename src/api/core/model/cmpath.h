@@ -3,11 +3,11 @@
 #include "tavuexport.h"
 #include "tavuhash.h"
 
-#include <QList>
 #include <QMap>
 #include <QMetaType>
 #include <QPair>
 #include <QString>
+#include <QVector>
 
 #include <iosfwd>
 
@@ -59,7 +59,7 @@ public:
 
 private:
     QString m_text;
-    QList<QPair<QString, QString>> m_params;
+    QVector<QPair<QString, QString>> m_params;
 };
 
 /// The encoded path.

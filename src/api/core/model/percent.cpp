@@ -4,7 +4,6 @@
 
 #include <QByteArray>
 
-#include <algorithm>
 #include <array>
 #include <string>
 
@@ -26,6 +25,30 @@ constexpr std::array<bool, 256> unreservedTable()
 
 constexpr std::array<bool, 256> unreserved = unreservedTable();
 
+char16_t* writeByte(char16_t* out, uchar byte)
+{
+    constexpr char16_t hex[] = u"0123456789ABCDEF";
+    if (unreserved[byte]) {
+        *out++ = byte;
+        return out;
+    }
+    *out++ = u'%';
+    *out++ = hex[byte >> 4];
+    *out++ = hex[byte & 0xF];
+    return out;
+}
+
+/// The value of an element of a text or of its bytes.
+char16_t unit(QChar c)
+{
+    return c.unicode();
+}
+
+char16_t unit(char byte)
+{
+    return static_cast<uchar>(byte);
+}
+
 /// -1 for what is none.
 int hexDigit(char c)
 {
@@ -39,9 +62,9 @@ int hexDigit(char c)
 
 QString percentEncoded(const QString& text)
 {
-    QString encoded;
-    appendPercentEncoded(&encoded, text);
-    return encoded;
+    CharBuffer encoded;
+    encoded.appendPercentEncoded(text);
+    return encoded.text();
 }
 
 QString percentDecoded(const QByteArray& encoded)
@@ -59,22 +82,39 @@ QString percentDecoded(const QByteArray& encoded)
     return textOfUtf8(utf8);
 }
 
-void appendPercentEncoded(QString* text, const QString& part)
+void CharBuffer::append(const QString& text)
 {
-    constexpr char hex[] = "0123456789ABCDEF";
-    const QByteArray utf8 = part.toUtf8();
-    const auto isPlain = [](char byte) { return unreserved[static_cast<uchar>(byte)]; };
-    const auto plain = static_cast<int>(std::count_if(utf8.begin(), utf8.end(), isPlain));
-    const int end = text->size();
-    text->resize(end + plain + 3 * (utf8.size() - plain));
-    QChar* out = text->data() + end;
-    for (const char byte : utf8) {
-        if (isPlain(byte)) {
-            *out++ = QLatin1Char(byte);
-            continue;
-        }
-        *out++ = QLatin1Char('%');
-        *out++ = QLatin1Char(hex[static_cast<uchar>(byte) >> 4]);
-        *out++ = QLatin1Char(hex[static_cast<uchar>(byte) & 0xF]);
+    const auto* const chars = reinterpret_cast<const char16_t*>(text.utf16());
+    m_chars.append(chars, text.size());
+}
+
+void CharBuffer::appendPercentEncoded(const QString& text)
+{
+    constexpr char16_t beyondAscii = 0x80;
+    const int end = m_chars.size();
+    if (appendBytes(text) < beyondAscii)
+        return;
+    m_chars.resize(end); // It was not one byte for one character.
+    appendBytes(text.toUtf8());
+}
+
+/// Encodes the low byte of each element. The result has all bits of all elements.
+template <class Bytes>
+char16_t CharBuffer::appendBytes(const Bytes& bytes)
+{
+    const int end = m_chars.size();
+    m_chars.resize(end + 3 * bytes.size());
+    char16_t* out = m_chars.data() + end;
+    char16_t all = 0;
+    for (const auto byte : bytes) {
+        all |= unit(byte);
+        out = writeByte(out, static_cast<uchar>(unit(byte)));
     }
+    m_chars.resize(static_cast<int>(out - m_chars.constData()));
+    return all;
+}
+
+QString CharBuffer::text() const
+{
+    return QString(reinterpret_cast<const QChar*>(m_chars.constData()), m_chars.size());
 }

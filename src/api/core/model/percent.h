@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QVarLengthArray>
 
 /// `text` with everything but RFC 3986's unreserved characters percent-encoded as UTF-8: for values
 /// of which nothing may be taken for a separator.
@@ -9,5 +10,18 @@ QString percentEncoded(const QString& text);
 /// What was encoded, to the letter; a "%" without two hex digits behind it stays.
 QString percentDecoded(const QByteArray& encoded);
 
-/// As percentEncoded(), at the end of `text`.
-void appendPercentEncoded(QString* text, const QString& part);
+/// Where a text is put together before it is allocated, once, at its length.
+class CharBuffer
+{
+public:
+    void append(char16_t c) { m_chars.append(c); }
+    void append(const QString& text);
+    void appendPercentEncoded(const QString& text);
+    QString text() const;
+
+private:
+    template <class Bytes>
+    char16_t appendBytes(const Bytes& bytes);
+
+    QVarLengthArray<char16_t, 512> m_chars;
+};
