@@ -12,7 +12,6 @@
 // reading and resolving them is a matter of cutting. QUrl mends what is not plain.
 
 using urltext::isThere;
-using urltext::Parts;
 using urltext::split;
 using urltext::text;
 using urltext::View;
@@ -27,9 +26,8 @@ struct Authority
     View port;
 };
 
-Authority authority(const QString& url)
+Authority splitAuthority(View rest)
 {
-    View rest = split(view(url)).authority;
     Authority parts;
     const std::size_t at = rest.rfind(u'@');
     if (at != View::npos) {
@@ -49,9 +47,8 @@ Authority authority(const QString& url)
 
 TavuUrl::TavuUrl(const QString& encoded)
 {
-    if (urltext::isPlain(view(encoded)))
-        m_encoded = encoded;
-    else
+    takeText(encoded);
+    if (!urltext::isPlain(m_parts))
         take(QUrl(encoded, QUrl::TolerantMode));
 }
 
@@ -62,8 +59,14 @@ TavuUrl TavuUrl::fromEncoded(const QByteArray& encoded)
 
 void TavuUrl::take(const QUrl& url)
 {
-    m_encoded = QString::fromLatin1(url.toEncoded());
+    takeText(QString::fromLatin1(url.toEncoded()));
     m_broken = m_encoded.isEmpty() && !url.isEmpty();
+}
+
+void TavuUrl::takeText(const QString& encoded)
+{
+    m_encoded = encoded;
+    m_parts = split(view(m_encoded));
 }
 
 /// What is no URL any more does not become one by another part.
@@ -79,7 +82,7 @@ void TavuUrl::change(Change&& change)
 
 QString TavuUrl::scheme() const
 {
-    return text(split(view(m_encoded)).scheme);
+    return text(m_parts.scheme);
 }
 
 void TavuUrl::setScheme(const QString& scheme)
@@ -89,7 +92,7 @@ void TavuUrl::setScheme(const QString& scheme)
 
 QString TavuUrl::host() const
 {
-    return text(authority(m_encoded).host);
+    return text(splitAuthority(m_parts.authority).host);
 }
 
 void TavuUrl::setHost(const QString& host)
@@ -99,7 +102,7 @@ void TavuUrl::setHost(const QString& host)
 
 int TavuUrl::port() const
 {
-    const QString port = text(authority(m_encoded).port);
+    const QString port = text(splitAuthority(m_parts.authority).port);
     return port.isEmpty() ? -1 : port.toInt();
 }
 
@@ -110,12 +113,12 @@ void TavuUrl::setPort(int port)
 
 bool TavuUrl::hasUserInfo() const
 {
-    return !authority(m_encoded).userInfo.empty();
+    return !splitAuthority(m_parts.authority).userInfo.empty();
 }
 
 QString TavuUrl::path() const
 {
-    return text(split(view(m_encoded)).path);
+    return text(m_parts.path);
 }
 
 void TavuUrl::setPath(const QString& encoded)
@@ -125,7 +128,7 @@ void TavuUrl::setPath(const QString& encoded)
 
 QString TavuUrl::fragment() const
 {
-    const View fragment = split(view(m_encoded)).fragment;
+    const View fragment = m_parts.fragment;
     return isThere(fragment) ? percentDecoded(text(fragment).toLatin1()) : QString();
 }
 
@@ -134,15 +137,14 @@ void TavuUrl::setFragment(const QString& decoded)
     if (m_broken)
         return;
     const QString encoded = percentEncoded(decoded);
-    Parts parts = split(view(m_encoded));
-    parts.fragment = decoded.isNull() ? View() : view(encoded);
-    m_encoded = urltext::joined(parts);
+    m_parts.fragment = decoded.isNull() ? View() : view(encoded);
+    m_encoded = urltext::joined(&m_parts);
 }
 
 TavuUrl::QueryItems TavuUrl::queryItems() const
 {
     QueryItems items;
-    const QString query = text(split(view(m_encoded)).query);
+    const QString query = text(m_parts.query);
     for (const QString& item : query.split(QLatin1Char('&'), Qt::SkipEmptyParts)) {
         const int equals = item.indexOf(QLatin1Char('='));
         if (equals < 0)
@@ -175,7 +177,8 @@ TavuUrl TavuUrl::resolved(const TavuUrl& relative) const
     if (!isValid() || relative.m_broken)
         return relative;
     TavuUrl url;
-    url.m_encoded = urltext::resolved(view(m_encoded), view(relative.m_encoded));
+    url.m_parts = relative.m_parts;
+    url.m_encoded = urltext::resolved(m_parts, &url.m_parts);
     return url;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tavuexport.h"
+#include "urltext.h"
 
 #include <QByteArray>
 #include <QList>
@@ -71,10 +72,13 @@ public:
 
 private:
     void take(const QUrl& url);
+    void takeText(const QString& encoded);
     template <class Change>
     void change(Change&& change);
 
-    QString m_encoded; // Spelled in the one way that this class writes a URL.
+    QString
+        m_encoded; // Spelled in the one way that this class writes a URL. Never written in place.
+    urltext::Parts m_parts; // Of m_encoded; they point into its text, which every copy shares.
     bool m_broken = false; // It was made from something that is no URL.
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <utility>
 
 namespace urltext {
 
@@ -159,12 +160,14 @@ View take(View* text, std::size_t end)
 /// Whether a segment may be u"." or u"..".
 bool mayHaveDots(View path)
 {
-    return path.substr(0, 1) == u"." || path.find(u"/.") != View::npos;
+    const std::size_t dot = path.find(u'.');
+    return dot == 0 || (dot != View::npos && path.find(u"/.", dot - 1) != View::npos);
 }
 
 /// The path without its u"." and u".." (RFC 3986, section 5.2.4).
-QString withoutDots(View path)
+QString withoutDots(const QString& text)
 {
+    View path = view(text);
     QString output; // Ends where the next segment begins.
     output.reserve(size(path));
     const int root = path.substr(0, 1) == u"/" ? 1 : 0;
@@ -183,15 +186,67 @@ QString withoutDots(View path)
     return output;
 }
 
-QString merged(const Parts& base, View path)
+/// What stands before a path that is relative to `base` (RFC 3986, section 5.2.3).
+View folder(const Parts& base)
 {
     const bool bare = isThere(base.authority) && base.path.empty();
-    const View folder = bare ? View(u"/") : base.path.substr(0, base.path.rfind(u'/') + 1);
-    QString both;
-    both.reserve(size(folder) + size(path));
-    append(&both, folder);
-    append(&both, path);
-    return both;
+    return bare ? View(u"/") : base.path.substr(0, base.path.rfind(u'/') + 1);
+}
+
+/// Writes the parts of a URL one behind the other.
+class Writer
+{
+public:
+    explicit Writer(int longest)
+        : m_url(longest, Qt::Uninitialized)
+        , m_out(reinterpret_cast<char16_t*>(m_url.data()))
+    {
+    }
+
+    void separator(char16_t c) { *m_out++ = c; }
+    View part(View text)
+    {
+        const char16_t* const place = m_out;
+        m_out = std::copy(text.begin(), text.end(), m_out);
+        return { place, text.size() };
+    }
+    QString url()
+    {
+        m_url.truncate(static_cast<int>(m_out - reinterpret_cast<char16_t*>(m_url.data())));
+        return std::move(m_url);
+    }
+
+private:
+    QString m_url;
+    char16_t* m_out;
+};
+
+/// As joined(), with `before` in front of the path.
+QString joinedBehind(View before, Parts* parts)
+{
+    constexpr int separators = 5;
+    Writer writer(size(parts->scheme) + size(parts->authority) + size(before) + size(parts->path)
+        + size(parts->query) + size(parts->fragment) + separators);
+    if (isThere(parts->scheme)) {
+        parts->scheme = writer.part(parts->scheme);
+        writer.separator(u':');
+    }
+    if (isThere(parts->authority)) {
+        writer.separator(u'/');
+        writer.separator(u'/');
+        parts->authority = writer.part(parts->authority);
+    }
+    const View folder = writer.part(before);
+    parts->path = { folder.data(), folder.size() + writer.part(parts->path).size() };
+    if (isThere(parts->query)) {
+        writer.separator(u'?');
+        parts->query = writer.part(parts->query);
+    }
+    if (isThere(parts->fragment)) {
+        writer.separator(u'#');
+        parts->fragment = writer.part(parts->fragment);
+    }
+    return writer.url();
 }
 
 } // namespace
@@ -218,33 +273,13 @@ Parts split(View url)
     return parts;
 }
 
-QString joined(const Parts& parts)
+QString joined(Parts* parts)
 {
-    // With room for every separator, and cut down to what was written.
-    QString url(size(parts.scheme) + size(parts.authority) + size(parts.path) + size(parts.query)
-            + size(parts.fragment) + 5,
-        Qt::Uninitialized);
-    QChar* out = url.data();
-    const auto write = [&out](View text) { out = std::copy(text.begin(), text.end(), out); };
-    const auto append = [&write](View before, View part, View behind) {
-        if (!isThere(part))
-            return;
-        write(before);
-        write(part);
-        write(behind);
-    };
-    append(u"", parts.scheme, u":");
-    append(u"//", parts.authority, u"");
-    append(u"", parts.path, u"");
-    append(u"?", parts.query, u"");
-    append(u"#", parts.fragment, u"");
-    url.truncate(static_cast<int>(out - url.constData()));
-    return url;
+    return joinedBehind(View(), parts);
 }
 
-bool isPlain(View url)
+bool isPlain(const Parts& parts)
 {
-    const Parts parts = split(url);
     const bool absolute = isThere(parts.scheme);
     if (absolute && parts.scheme != u"https" && parts.scheme != u"http")
         return false;
@@ -265,34 +300,28 @@ bool isPlainQuery(View query)
     return isPlainText(query, true);
 }
 
-QString resolved(View base, View reference)
+QString resolved(const Parts& base, Parts* reference)
 {
-    const Parts from = split(base);
-    Parts target = split(reference);
-    if (isThere(target.scheme) && !isThere(target.authority))
-        return text(reference);
-    const bool ownPlace = isThere(target.scheme) || isThere(target.authority);
-    if (!isThere(target.scheme))
-        target.scheme = from.scheme;
+    if (isThere(reference->scheme) && !isThere(reference->authority))
+        return joined(reference);
+    const bool ownPlace = isThere(reference->scheme) || isThere(reference->authority);
+    if (!isThere(reference->scheme))
+        reference->scheme = base.scheme;
     if (!ownPlace)
-        target.authority = from.authority;
-    if (!ownPlace && target.path.empty()) {
-        target.path = from.path;
-        if (!isThere(target.query))
-            target.query = from.query;
-        return joined(target);
+        reference->authority = base.authority;
+    if (!ownPlace && reference->path.empty()) {
+        reference->path = base.path;
+        if (!isThere(reference->query))
+            reference->query = base.query;
+        return joined(reference);
     }
-    const bool ownPath = ownPlace || target.path.substr(0, 1) == u"/";
-    QString path; // Outlives the view of it.
-    if (!ownPath) {
-        path = merged(from, target.path);
-        target.path = view(path);
-    }
-    if (mayHaveDots(target.path)) {
-        path = withoutDots(target.path);
-        target.path = view(path);
-    }
-    return joined(target);
+    const bool ownPath = ownPlace || reference->path.substr(0, 1) == u"/";
+    const View before = ownPath ? View() : folder(base);
+    if (!mayHaveDots(before) && !mayHaveDots(reference->path))
+        return joinedBehind(before, reference);
+    const QString path = withoutDots(text(before) + text(reference->path));
+    reference->path = view(path);
+    return joined(reference);
 }
 
 } // namespace urltext

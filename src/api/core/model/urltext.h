@@ -38,15 +38,17 @@ inline QString text(View part)
 
 /// The parts of any text (RFC 3986, appendix B). They point into it.
 Parts split(View url);
-QString joined(const Parts& parts);
+/// Afterwards the parts point into the result.
+QString joined(Parts* parts);
 
 /// Whether a URL or relative reference is well-formed and spelled in the one way that this host
 /// writes it, so that nothing of it needs to be mended. Says no rather than to look closely.
-bool isPlain(View url);
+bool isPlain(const Parts& parts);
 bool isPlainPath(View path);
 bool isPlainQuery(View query);
 
-/// `reference` seen from `base` (RFC 3986, section 5.2.2).
-QString resolved(View base, View reference);
+/// `reference` seen from `base` (RFC 3986, section 5.2.2). Afterwards `reference` holds the parts
+/// of the result.
+QString resolved(const Parts& base, Parts* reference);
 
 } // namespace urltext
