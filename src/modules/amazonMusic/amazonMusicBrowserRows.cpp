@@ -5,6 +5,7 @@
 #include "amazonMusicLog.h"
 #include "tavupaths.h"
 
+#include <QStringBuilder>
 #include <QTime>
 
 namespace {
@@ -51,7 +52,7 @@ QString titleWithDuration(const QString& title, qint64 duration)
         return title;
     // A clock starts anew each day; the remainder also keeps what no int can hold.
     const QTime time = QTime(0, 0, 0, 0).addMSecs(static_cast<int>(duration % dayMs));
-    return title + QLatin1String(" (") + clockTime(time) + QLatin1Char(')');
+    return title % QLatin1String(" (") % clockTime(time) % QLatin1Char(')');
 }
 
 TavuMediaData folderMediaData()

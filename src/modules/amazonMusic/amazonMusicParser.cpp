@@ -64,13 +64,20 @@ QString resolved(const QString& text, const TavuUrl& base)
     return base.resolved(TavuUrl(text)).toString();
 }
 
-TavuAmazonMusicTrackPointer resolved(TavuAmazonMusicTrackPointer pointer, const TavuUrl& base)
+void resolve(TavuAmazonMusicTrackPointer* pointer, const TavuUrl& base)
 {
     AMAZON_MUSIC_ENTER();
-    const QString chunk = pointer.chunk();
+    const QString chunk = pointer->chunk();
     if (!chunk.isEmpty())
-        pointer.setChunkUrl(resolved(chunk, base));
-    return pointer;
+        pointer->setChunkUrl(resolved(chunk, base));
+}
+
+/// Resolves the track pointer that stands in a field of a record.
+void resolvePointer(TavuHash* record, const QString& key, const TavuUrl& base)
+{
+    AMAZON_MUSIC_ENTER();
+    record->__edit<TavuAmazonMusicTrackPointer>(
+        key, [&](TavuAmazonMusicTrackPointer* pointer) { resolve(pointer, base); });
 }
 
 /// Completes the records of one document. A record is taken out of its collection, completed and
@@ -184,14 +191,8 @@ void Completion::complete(TavuAmazonMusicPlayable* playable)
     const QString reference = playable->trackDefinition();
     if (isLocal(reference))
         playable->setTrackDefinitionInst(definition(keyOf(reference)));
-    // Let go of before it is changed, for it would be copied otherwise.
-    const TavuAmazonMusicTrackPointer none;
-    TavuAmazonMusicTrackPointer natural = playable->naturalTrackPointer();
-    playable->setNaturalTrackPointer(none);
-    playable->setNaturalTrackPointer(resolved(std::move(natural), m_base));
-    TavuAmazonMusicTrackPointer shuffle = playable->shuffleTrackPointer();
-    playable->setShuffleTrackPointer(none);
-    playable->setShuffleTrackPointer(resolved(std::move(shuffle), m_base));
+    resolvePointer(playable, TavuAmazonMusicPlayable::NaturalTrackPointer(), m_base);
+    resolvePointer(playable, TavuAmazonMusicPlayable::ShuffleTrackPointer(), m_base);
     if (playable->__contains(TavuAmazonMusicPlayable::SelfData()))
         playable->setSelfDataUrl(resolved(playable->selfData(), m_base));
 }
@@ -282,7 +283,8 @@ TavuAmazonMusicTrackPointer AmazonMusicParser::resolveTrackPointer(
     TavuAmazonMusicTrackPointer pointer, const TavuUrl& base) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    return resolved(std::move(pointer), base);
+    resolve(&pointer, base);
+    return pointer;
 }
 
 void AmazonMusicParser::fillTrackDefinition(TavuAmazonMusicTrackDefinition* definition,
@@ -361,10 +363,10 @@ TavuAmazonMusicTrackContainerChunkDescription AmazonMusicParser::parseChunkRespo
     const QStringList entries = chunk.trackInstances();
     for (const QString& entry : entries)
         items.append(completion.instance(keyOf(entry)));
-    chunk.setFirstTrackPointer(resolved(chunk.firstTrackPointer(), url));
-    chunk.setLastTrackPointer(resolved(chunk.lastTrackPointer(), url));
-    chunk.setNextTrackPointer(resolved(chunk.nextTrackPointer(), url));
-    chunk.setPrevTrackPointer(resolved(chunk.prevTrackPointer(), url));
+    resolvePointer(&chunk, TavuAmazonMusicTrackContainerChunkDescription::FirstTrackPointer(), url);
+    resolvePointer(&chunk, TavuAmazonMusicTrackContainerChunkDescription::LastTrackPointer(), url);
+    resolvePointer(&chunk, TavuAmazonMusicTrackContainerChunkDescription::NextTrackPointer(), url);
+    resolvePointer(&chunk, TavuAmazonMusicTrackContainerChunkDescription::PrevTrackPointer(), url);
     chunk.setItemsInst(items);
     return chunk;
 }

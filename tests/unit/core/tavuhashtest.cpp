@@ -43,6 +43,30 @@ Leaf leaf(const char* name)
     return record;
 }
 
+TEST(TavuHash, a_record_inside_is_changed_in_place)
+{
+    Sample sample;
+    sample.setInner(leaf("before"));
+    const Sample copy = sample;
+    sample.__edit<Leaf>(Sample::Inner(), [](Leaf* inner) {
+        EXPECT_EQ(inner->name(), QStringLiteral("before"));
+        inner->setName(QStringLiteral("after"));
+    });
+    EXPECT_EQ(sample.inner(), leaf("after"));
+    EXPECT_EQ(copy.inner(), leaf("before"));
+}
+
+TEST(TavuHash, editing_what_is_no_record_begins_with_an_empty_one_and_sets_it)
+{
+    Sample sample;
+    sample.__set(Sample::Hash(), QStringLiteral("a text"));
+    const auto expectEmpty = [](Leaf* record) { EXPECT_TRUE(record->isEmpty()); };
+    sample.__edit<Leaf>(Sample::Inner(), expectEmpty);
+    sample.__edit<Leaf>(Sample::Hash(), expectEmpty);
+    EXPECT_EQ(sample.__value(Sample::Inner()), QVariant(QVariantHash()));
+    EXPECT_EQ(sample.__value(Sample::Hash()), QVariant(QVariantHash()));
+}
+
 TEST(TavuHash, getters_of_an_empty_record_give_empty_values)
 {
     const Sample empty;

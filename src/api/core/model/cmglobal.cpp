@@ -5,6 +5,6 @@ QVariantList CMGlobal::itemRolesToList(const QStringList& roles, const TavuRoles
     QVariantList values;
     values.reserve(roles.size());
     for (const QString& role : roles)
-        values.append(item.__value(role));
+        values.append(item.__field(role));
     return values;
 }

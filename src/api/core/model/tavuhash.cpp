@@ -3,6 +3,19 @@
 #include "tavujson.h"
 
 #include <ostream>
+#include <utility>
+
+const QVariant& TavuHash::__field(const QString& key) const
+{
+    static const QVariant none;
+    const auto field = m_hash.constFind(key);
+    return field != m_hash.constEnd() ? *field : none;
+}
+
+void TavuHash::__set(const QString& key, QVariant value)
+{
+    m_hash[key] = std::move(value);
+}
 
 QString TavuHash::toJsonString() const
 {

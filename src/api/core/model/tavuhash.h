@@ -28,13 +28,13 @@ public:
     QVariant __variant() const { return m_hash; }
     QVariant __value(const QString& key) const { return m_hash.value(key); }
     /// As __value(), without a copy: good until the record changes.
-    const QVariant& __field(const QString& key) const
-    {
-        static const QVariant none;
-        const auto field = m_hash.constFind(key);
-        return field != m_hash.constEnd() ? *field : none;
-    }
-    void __set(const QString& key, const QVariant& value) { m_hash.insert(key, value); }
+    const QVariant& __field(const QString& key) const;
+    void __set(const QString& key, QVariant value);
+    /// Changes a field that is a record by `change(Record*)`, without a copy of it; `change` must
+    /// not touch this record. A field that is not set, or no hash, is an empty record to begin
+    /// with.
+    template <class Record, class Change>
+    void __edit(const QString& key, Change&& change);
     void __remove(const QString& key) { m_hash.remove(key); }
 
     void clear() { m_hash.clear(); }
@@ -51,6 +51,19 @@ protected:
 };
 
 TAVU_EXPORT std::ostream& operator<<(std::ostream& out, const TavuHash& record);
+
+template <class Record, class Change>
+void TavuHash::__edit(const QString& key, Change&& change)
+{
+    QVariant& field = m_hash[key];
+    if (!tavuvariant::heldHash(&field))
+        field = tavuvariant::toHash(field);
+    QVariantHash& hash = *tavuvariant::heldHash(&field);
+    Record record;
+    record.m_hash.swap(hash);
+    change(&record);
+    record.m_hash.swap(hash);
+}
 
 /// How a field of type `T` stands in a hash. Records and enumerations are covered here; other types
 /// by the specialisations below.
@@ -121,7 +134,7 @@ public:                                                                         
     }                                                                                              \
     void set##Name(const Type& value)                                                              \
     {                                                                                              \
-        m_hash.insert(Name(), TavuField<Type>::write(value));                                      \
+        __set(Name(), TavuField<Type>::write(value));                                              \
     }
 
 Q_DECLARE_METATYPE(TavuHash)

@@ -107,4 +107,11 @@ QVariantHash toHash(const QVariant& value)
     return value.toHash();
 }
 
+QVariantHash* heldHash(QVariant* value)
+{
+    if (value->userType() != QMetaType::QVariantHash)
+        return nullptr;
+    return static_cast<QVariantHash*>(value->data());
+}
+
 } // namespace tavuvariant

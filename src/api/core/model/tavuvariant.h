@@ -20,5 +20,7 @@ TAVU_EXPORT QString toText(const QVariant& value);
 TAVU_EXPORT QStringList toTexts(const QVariant& value);
 TAVU_EXPORT QVariantList toList(const QVariant& value);
 TAVU_EXPORT QVariantHash toHash(const QVariant& value);
+/// The hash inside, to be changed in place; null when the value holds none.
+TAVU_EXPORT QVariantHash* heldHash(QVariant* value);
 
 } // namespace tavuvariant
