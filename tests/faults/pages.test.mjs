@@ -271,8 +271,9 @@ entry('S27 a message without its report', async (house) => {
 entry('S27 a message in place of a chunk', async (house) => {
   await house.fault({ kind: 'chunk', effect: 'conflict', brief: 'No', explanation: 'Not in your region.' });
   await playFails(house, 'Not in your region.');
-  const [last] = (await house.messages()).slice(-1);
-  assert.ok(`${last.title} ${last.text}`.includes('Not in your region.'), JSON.stringify(last));
+  // Its screen is fetched first.
+  await house.until(async () => (await house.messages())
+    .some(({ title, text }) => `${title} ${text}`.includes('Not in your region.')), 'the message');
 }, { plays: true });
 
 for (const count of [0, 1, 10000]) {
