@@ -159,6 +159,26 @@ describe('signed out', () => {
     }));
 });
 
+describe('a command that is not answered', () => {
+  it('shows that it is busy until the answer comes, and can be pressed again', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open Albums').waitFor();
+      mock.state.play({ kind: 'album', number: 0 }, record);
+      const next = person.now.getByRole('button', { name: 'Next track' });
+      await person.waitFor(async () => (await next.getAttribute('aria-disabled')) === null);
+      const release = mock.hold();
+      await next.click();
+      await person.waitFor(async () => (await next.getAttribute('aria-busy')) === 'true');
+      const ring = () => next.evaluate((button) => getComputedStyle(button, '::after').opacity);
+      await person.waitFor(async () => (await ring()) === '1');
+      await next.click();
+      release();
+      await person.waitFor(async () => (await next.getAttribute('aria-busy')) === null);
+      await person.waitFor(async () => (await person.nowTitle()) === 'Tin Roof');
+      assert.equal(asked(mock, 'POST /api/v1/player/next'), 2);
+    }));
+});
+
 describe('a button of the service that is not answered', () => {
   const refuse = async ({ mock, page, person }) => {
     await person.row('Open New and noteworthy').click();

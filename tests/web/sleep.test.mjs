@@ -35,7 +35,10 @@ for (const wide of [false, true]) {
 it('does not wait for the end of the track when told not to', () =>
   visit({}, async ({ mock, page, person }) => {
     await person.row('Open Albums').waitFor();
-    await person.now.getByRole('button', { name: 'Sleep timer', exact: true }).click();
+    const sleep = person.now.getByRole('button', { name: 'Sleep timer', exact: true });
+    assert.equal(await sleep.count(), 0, 'there is nothing to end');
+    mock.state.play({ kind: 'album', number: 0 });
+    await sleep.click();
     await page.getByLabel('Let the last track end first').uncheck();
     await page.getByRole('button', { name: '15 minutes' }).click();
     await person.waitFor(() => mock.state.sleep?.finishTrack === false);

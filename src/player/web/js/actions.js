@@ -29,7 +29,7 @@ export function createActions({ api, store, listings, router, now = () => perfor
   return {
     ...createNavigation({ router, listings, notices }),
     ...createRowActions({ api, dispatch, notices }),
-    ...createCommands({ api, notices }),
+    ...createCommands({ api, dispatch, notices }),
     toast,
     showScreen,
     showProblem,

@@ -1,10 +1,13 @@
-/** What the buttons of the player ask for. */
-export function createCommands({ api, notices: { attempt, showResult } }) {
-  const command = (name, body) =>
-    attempt(async () => {
+/** What the buttons of the player ask for. Each counts as busy until it has been answered. */
+export function createCommands({ api, dispatch, notices: { attempt, showResult } }) {
+  const command = async (name, body) => {
+    dispatch({ type: 'busy', name, by: 1 });
+    await attempt(async () => {
       const answer = await api.command(name, body);
       if (answer?.result?.path) await showResult(answer.result.path);
     });
+    dispatch({ type: 'busy', name, by: -1 });
+  };
   return {
     pause: () => command('pause'),
     next: () => command('next'),

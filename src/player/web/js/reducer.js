@@ -19,6 +19,7 @@ export const initialState = {
   toasts: [],
   screen: null, // the message shown in a dialog
   rowMenu: null, // the row whose further actions are offered
+  busy: {}, // commands by their names: how many have not been answered yet
   starting: '', // ref of the row that is being started
   announcement: '', // spoken by screen readers, not shown
 };
@@ -105,6 +106,10 @@ const handlers = {
   toastGone: (state, e) => ({ ...state, toasts: state.toasts.filter((x) => x.id !== e.id) }),
   screen: (state, e) => withScreen(state, e.screen),
   rowMenu: (state, e) => ({ ...state, rowMenu: e.row }),
+  busy: (state, { name, by }) => ({
+    ...state,
+    busy: { ...state.busy, [name]: (state.busy[name] ?? 0) + by },
+  }),
   starting: (state, e) => ({ ...state, starting: e.ref }),
   announce: (state, e) => ({ ...state, announcement: e.text }),
   readAll: (state) => ({ ...state, read: state.messages.map((m) => m.id) }),

@@ -6,7 +6,8 @@ import { Icon } from './icons.js';
 
 /**
  * A button that acts on the player. Without a connection it stays where it is and focusable, says
- * why it rests, and does nothing; `unavailable` likewise. So focus never drops off the page.
+ * why it rests, and does nothing; `unavailable` likewise. So focus never drops off the page. What it
+ * asked for and has no answer yet shows when `busy`; it can be pressed again.
  */
 export function Button({
   label,
@@ -16,14 +17,15 @@ export function Button({
   onClick,
   pressed,
   unavailable,
+  busy,
   tip,
   kind = 'plain',
   ...rest
 }) {
   const offline = useOffline();
   const resting = offline || unavailable;
-  return html`<button type="button" class="button ${kind}"
-      aria-label=${label} title=${offline ? t('lost.control') : (tip ?? (children ? null : label))}
+  return html`<button type="button" class="button ${kind} ${busy ? 'busy' : ''}"
+      aria-busy=${busy ? 'true' : null} aria-label=${label} title=${offline ? t('lost.control') : (tip ?? (children ? null : label))}
       aria-pressed=${pressed === undefined ? null : String(pressed)}
       aria-disabled=${resting ? 'true' : null}
       onClick=${resting ? null : onClick} ...${rest}>

@@ -2,6 +2,7 @@ import { html } from '../html.js';
 import { useLayoutEffect, useRef, useState } from '../../vendor/hooks.js';
 import { useApp, useNow, useStore } from '../context.js';
 import { remaining } from '../format.js';
+import { hasTrack } from '../reducer.js';
 import { t } from '../text.js';
 import { Button } from './controls.js';
 import { Icon } from './icons.js';
@@ -55,10 +56,12 @@ function useTimeLeft() {
   return endsAt > 0 ? remaining(endsAt - now) : '';
 }
 
-/** The sleep timer: what is left of it, and a press that sets it. */
+/** The sleep timer: what is left of it, and a press that sets it while there is something to end. */
 export function Sleep() {
   const left = useTimeLeft();
+  const some = useStore((state) => hasTrack(state.player));
   const [open, setOpen] = useState(false);
+  if (!some && !left) return null;
   const label = left ? t('sleep.set', { time: left }) : t('sleep');
   return html`<${Button} kind=${`quality-label ${left ? 'on' : ''}`} label=${label} tip=${t('sleep')}
       icon="sleep" iconSize=${16} aria-haspopup="dialog" onClick=${() => setOpen(true)}>

@@ -65,6 +65,9 @@ export function Seek() {
   </div>`;
 }
 
+/** Whether a command that was asked for has not been answered yet. */
+const useBusy = (name) => useStore((s) => s.busy[name] > 0);
+
 export function PlayPause({ kind = 'main', iconSize = 28 }) {
   const { actions } = useApp();
   const state = useStore((s) => s.player?.state ?? PlayState.idle);
@@ -72,6 +75,7 @@ export function PlayPause({ kind = 'main', iconSize = 28 }) {
   const running = state === PlayState.playing || state === PlayState.buffering;
   return html`<${Button} kind=${`${kind}${state === PlayState.buffering ? ' buffering' : ''}`}
     icon=${running ? 'pause' : 'play'} iconSize=${iconSize} unavailable=${!can}
+    busy=${useBusy('pause')}
     label=${t(running ? 'player.pause' : 'player.resume')} onClick=${actions.pause} />`;
 }
 
@@ -79,7 +83,7 @@ export function Next() {
   const { actions } = useApp();
   const can = useStore((s) => Boolean(s.player?.controls?.next));
   return html`<${Button} kind="round" icon="next" label=${t('player.next')} unavailable=${!can}
-    onClick=${actions.next} />`;
+    busy=${useBusy('next')} onClick=${actions.next} />`;
 }
 
 export function Transport() {
@@ -89,7 +93,7 @@ export function Transport() {
     <${Shuffle} />
     <${Button} kind="round" icon="previous" label=${t('player.previous')}
       tip=${t('player.previousRule')} unavailable=${!controls.previous}
-      onClick=${actions.previous} />
+      busy=${useBusy('previous')} onClick=${actions.previous} />
     <${PlayPause} />
     <${Next} />
     <${Repeat} />
@@ -103,14 +107,14 @@ export function Rating({ which }) {
   return html`<${Button} kind="round" icon=${which} pressed=${rated === which} unavailable=${!can}
     label=${t(which === 'up' ? 'player.like' : 'player.dislike')}
     tip=${rated === which ? t('player.rated') : null}
-    onClick=${() => actions.rate(which)} />`;
+    busy=${useBusy(which === 'up' ? 'like' : 'dislike')} onClick=${() => actions.rate(which)} />`;
 }
 
 export function Stop() {
   const { actions } = useApp();
   const active = useStore((s) => (s.player?.state ?? 0) > 0);
   return html`<${Button} kind="round" icon="stop" label=${t('player.stop')} unavailable=${!active}
-    onClick=${actions.stop} />`;
+    busy=${useBusy('stop')} onClick=${actions.stop} />`;
 }
 
 const EmptyPlace = () => html`<span class="place-keeper"></span>`;
