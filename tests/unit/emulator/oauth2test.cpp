@@ -191,6 +191,8 @@ TEST_F(Login, ChecksTheClient)
     m_client.secret = text("wrong");
     EXPECT_EQ(poll(begun).status, 401);
     EXPECT_EQ(errorOf(poll(begun)), text("invalid_client"));
+    m_client.secret.clear();
+    EXPECT_EQ(errorOf(poll(begun)), text("invalid_client"));
     m_client = { text("nobody"), text("emulator-secret") };
     EXPECT_EQ(errorOf(poll(begun)), text("invalid_client"));
     EXPECT_EQ(
@@ -227,6 +229,16 @@ TEST_F(Login, RefreshTokenWorksUntilItsSuccessorWasUsed)
     EXPECT_EQ(check(access), TokenState::Good);
     EXPECT_EQ(errorOf(refresh(refreshOf(first))), text("invalid_grant"));
     EXPECT_EQ(check(access), TokenState::Revoked);
+}
+
+TEST_F(Login, UseOfAnEarlierTokenDoesNotUndoTheUseOfItsSuccessor)
+{
+    const Answer first = loggedIn();
+    const QString refreshToken = first.json.value(text("refresh_token")).toString();
+    const Answer second = refresh(refreshToken);
+    EXPECT_EQ(check(second.json.value(text("access_token")).toString()), TokenState::Good);
+    EXPECT_EQ(check(first.json.value(text("access_token")).toString()), TokenState::Good);
+    EXPECT_EQ(errorOf(refresh(refreshToken)), text("invalid_grant"));
 }
 
 TEST_F(Login, RefreshTokenOfTheOneBeforeLastEndsTheLogin)

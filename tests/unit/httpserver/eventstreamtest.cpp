@@ -79,6 +79,20 @@ TEST_F(EventStreams, DropAClientThatLagsTooFarBehind)
     EXPECT_EQ(RawPeer(port()).ask("GET", "/a").body, "A");
 }
 
+TEST_F(EventStreams, KeepAClientThatDoesNotReadForAWhile)
+{
+    limits.writeTimeoutMs = 50;
+    limits.eventBacklogBytes = 64 * 1024 * 1024;
+    const auto resting = join();
+    resting->socket()->setReadBufferSize(1024);
+    // Far more than the buffers of both ends hold.
+    for (int i = 0; i < 32; ++i)
+        ASSERT_TRUE(streams[0].send({}, {}, QByteArray(1024 * 1024, 'a')));
+    waitUntil([&] { return closed > 0; }, 300);
+    EXPECT_EQ(closed, 0);
+    EXPECT_TRUE(streams[0].isOpen());
+}
+
 TEST_F(EventStreams, DeliverAnEventThatIsLargerThanTheBacklog)
 {
     const auto peer = join();

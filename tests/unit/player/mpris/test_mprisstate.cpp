@@ -105,6 +105,7 @@ TEST(MprisState, AbilitiesFollowTheControlsOfALoadedItem)
     EXPECT_TRUE(property(player, "CanPlay").toBool());
     player.insert(text("state"), 0);
     EXPECT_FALSE(property(player, "CanGoNext").toBool());
+    EXPECT_FALSE(property(player, "CanSeek").toBool());
     EXPECT_FALSE(property(player, "CanPlay").toBool());
     EXPECT_TRUE(property(player, "CanControl").toBool());
 }
