@@ -1,5 +1,7 @@
 #include "heap.h"
 
+#include <QAbstractEventDispatcher>
+
 #include <malloc.h>
 
 namespace player {
@@ -16,6 +18,30 @@ void setUpHeap()
     // and none of them allocates so much that it had to wait for another.
     mallopt(M_ARENA_MAX, 1);
     mallopt(M_MMAP_THRESHOLD, ownPagesFrom);
+}
+
+HeapTrimmer::HeapTrimmer(int afterMs, QObject* parent)
+    : QObject(parent)
+{
+    m_timer.setSingleShot(true);
+    m_timer.setInterval(afterMs);
+    connect(&m_timer, &QTimer::timeout, this, &HeapTrimmer::trim);
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
+        &HeapTrimmer::onAboutToBlock);
+}
+
+void HeapTrimmer::onAboutToBlock()
+{
+    if (!m_ownTurn && !m_timer.isActive())
+        m_timer.start();
+    m_ownTurn = false;
+}
+
+void HeapTrimmer::trim()
+{
+    malloc_trim(0);
+    m_ownTurn = true;
+    Q_EMIT trimmed();
 }
 
 } // namespace player

@@ -99,6 +99,7 @@ int runPlayer(QCoreApplication& application, const Settings& settings)
                     .arg(player.address(), player.token()));
         tellServiceManager("READY=1");
     });
+    const HeapTrimmer trimmer;
     player.start();
     return QCoreApplication::exec();
 }
