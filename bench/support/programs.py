@@ -211,5 +211,11 @@ class House:
     def command(self, name, body=None):
         self.api.told("POST", f"player/{name}", body or {})
 
+    def shows(self, title):
+        def plays():
+            now = self.now()
+            return now["state"] == PLAYING and now["title"] == title
+        wait_until(plays, title)
+
     def in_state(self, state):
         wait_until(lambda: self.now()["state"] == state, f"state {state}")
