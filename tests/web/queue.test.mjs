@@ -130,13 +130,27 @@ describe('the sound', () => {
       assert.match(await page.evaluate(() => document.activeElement.ariaLabel), /^Sound quality/);
     }));
 
+  it('keeps its label, and the focus on it, from track to track', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open Albums').waitFor();
+      mock.state.play({ kind: 'album', number: 0 }, record);
+      const label = (what) => person.now.getByRole('button', { name: `Sound quality: ${what}` });
+      await label('FLAC').focus();
+      mock.state.play({ kind: 'station', number: 0 }, station);
+      clearTimeout(mock.state.starting);
+      await label('not known yet').waitFor();
+      mock.state.moveTo(0, 2);
+      await label('MP3').waitFor();
+      assert.match(await page.evaluate(() => document.activeElement.ariaLabel), /^Sound quality/);
+    }));
+
   it('keeps its place when nothing is known of it', () =>
     visit({}, async ({ mock, person }) => {
       await person.row('Open Albums').waitFor();
       const top = () => person.now.getByRole('slider', { name: 'Position' }).boundingBox();
       const before = await top();
       mock.state.play({ kind: 'album', number: 0 }, record);
-      await person.now.getByRole('button', { name: /^Sound quality/ }).waitFor();
+      await person.now.getByRole('button', { name: /^Sound quality: FLAC/ }).waitFor();
       assert.equal((await top()).y, before.y);
       mock.state.stop();
       await person.now.getByRole('button', { name: /^Sound quality/ }).waitFor({ state: 'detached' });

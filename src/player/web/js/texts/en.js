@@ -103,6 +103,7 @@ export default {
   'audio.channels': '{count} channels',
   'audio.lossless': 'lossless',
   'audio.label': 'Sound quality: {quality}',
+  'audio.notYet': 'not known yet',
   'audio.path': 'The way of the sound',
   'audio.unknown': 'Nothing sounds at the moment.',
   'audio.stage.source': 'From the service',

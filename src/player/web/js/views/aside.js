@@ -31,8 +31,8 @@ export function Aside({ place }) {
   const { actions } = useApp();
   const tabs = useRef();
   const choose = (name) => {
+    if (name === 'messages' || chosen === 'messages') actions.markRead();
     setChosen(name);
-    if (name === 'messages') actions.markRead();
   };
   const onKeyDown = (event) => {
     const step = steps[event.key];

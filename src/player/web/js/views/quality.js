@@ -2,8 +2,11 @@ import { html } from '../html.js';
 import { useLayoutEffect, useRef, useState } from '../../vendor/hooks.js';
 import { qualityText, stagesOf } from '../audio.js';
 import { useStore } from '../context.js';
+import { PlayState } from '../reducer.js';
 import { t } from '../text.js';
 import { Icon } from './icons.js';
+
+const coming = [PlayState.buffering, PlayState.playing];
 
 const signs = { source: 'note', decoder: 'decoder', volume: 'volume', output: 'output' };
 
@@ -41,15 +44,20 @@ function PathDialog({ onClose }) {
   </dialog>`;
 }
 
-/** What the sound is; a press shows the way that it takes. Its place stays while it is not known. */
+/**
+ * What the sound is; a press shows the way that it takes. Its place stays while nothing sounds, and
+ * the label itself from track to track, so that the focus can stay on it.
+ */
 export function Quality() {
-  const text = useStore((state) => qualityText(state.player?.audio));
+  const known = useStore((state) => qualityText(state.player?.audio));
+  const comes = useStore(({ player }) => coming.includes(player?.state));
+  const text = known || (comes ? '…' : '');
   const [open, setOpen] = useState(false);
   return html`<div class="quality">
     ${
       text &&
       html`<button type="button" class="button quality-label" aria-haspopup="dialog"
-        aria-label=${t('audio.label', { quality: text })} title=${t('audio.path')}
+        aria-label=${t('audio.label', { quality: known || t('audio.notYet') })} title=${t('audio.path')}
         onClick=${() => setOpen(true)}>
       <${Icon} name="wave" size=${16} /><span>${text}</span></button>`
     }
