@@ -91,3 +91,34 @@ for (const offset of ['+3600', '-3600', '+315360000', '-315360000']) {
     await house.waitForState(State.paused);
   }, { plays: true });
 }
+
+jumping('H13 asleep for ten minutes while it plays: the sound goes on', async (house) => {
+  const asleepMs = 1500;
+  const wakesMs = 5000;
+  // The address expires meanwhile, and the connection to the sound is gone when it wakes.
+  const { tracks } = await house.emu('GET', 'catalogue');
+  const { id } = tracks.find(({ title }) => title === 'Platform Two');
+  await house.fault({ kind: 'chunk', effect: 'expire', in: 300000 },
+    { kind: 'audio', path: `/audio/${id}.*`, effect: 'cut', after: 40000, bytesPerSecond: 20000, times: 1 });
+  await house.play(house.album);
+  const { title } = await house.waitForState(State.playing);
+  assert.equal(title, 'Platform Two');
+  process.kill(house.player.pid, 'SIGSTOP');
+  try {
+    const until = performance.now() + asleepMs;
+    await house.until(() => performance.now() > until, 'the sleep');
+    setClock('+600');
+  } finally {
+    process.kill(house.player.pid, 'SIGCONT');
+  }
+  const woken = performance.now();
+  const { position } = await house.now();
+  await house.until(async () => {
+    const now = await house.now();
+    return now.title === title && now.position > position + 300;
+  }, 'the sound');
+  assert.ok(performance.now() - woken <= limit(wakesMs));
+  await house.until(async () => (await house.now()).position > 6000, 'what came after the sleep');
+  assert.equal((await house.now()).title, title);
+  assert.equal(await house.login(), 'loggedIn');
+}, { plays: true });

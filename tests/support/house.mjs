@@ -23,10 +23,10 @@ export class House {
    * `emulator`: further options of it. `settings`: further settings of the player. `signedIn`: false
    * leaves the login to the test. `speed`: so many times faster than the world's do the clocks of
    * both programs go; sound does not follow them. `playerTime`: how the player's clocks go, as the
-   * variables of libfaketime say it.
+   * variables of libfaketime say it. `playerEnv`: further variables of the player's environment.
    */
-  static async open({ emulator = [], settings = {}, signedIn = true, speed = 1, playerTime } = {}) {
-    const house = new House(settings, speed, playerTime);
+  static async open({ emulator = [], settings = {}, signedIn = true, speed = 1, playerTime, playerEnv } = {}) {
+    const house = new House(settings, speed, playerTime, playerEnv);
     try {
       await house.startEmulator(emulator);
       await house.startPlayer();
@@ -38,8 +38,9 @@ export class House {
     }
   }
 
-  constructor(settings, speed, playerTime) {
+  constructor(settings, speed, playerTime, playerEnv) {
     this.more = settings;
+    this.playerEnv = playerEnv;
     this.speed = speed;
     this.time = speed === 1 ? undefined : { FAKETIME: `+0 x${speed}` };
     this.playerTime = playerTime ?? this.time;
@@ -104,7 +105,7 @@ export class House {
     const pairs = Object.entries(this.settings()).map(([name, value]) => `${name}=${value}`);
     this.player = new Program(process.env.TAVU_PLAYER,
       ['--config', '/dev/null', ...pairs.flatMap((pair) => ['-o', pair])],
-      this.playerTime && turnedClock(process.env.TAVU_PLAYER, this.playerTime));
+      { ...this.playerEnv, ...(this.playerTime && turnedClock(process.env.TAVU_PLAYER, this.playerTime)) });
     this.url = await this.player.says(address);
   }
 
