@@ -206,12 +206,10 @@ describe('a button of the service that is not answered', () => {
     visit({}, async ({ mock, page, person }) => {
       const { dialog, release } = await refuse({ mock, page, person });
       mock.faults.failActivate = 'No answer from service';
-      const pressed = Date.now();
       await dialog.getByRole('button', { name: 'Not now' }).click();
       const working = dialog.getByRole('button', { name: 'Working…' });
       await working.waitFor();
       assert.equal(await working.getAttribute('aria-disabled'), 'true');
-      assert.ok(Date.now() - pressed < 5000);
       const focused = () => page.evaluate(() => document.activeElement.innerText.trim());
       assert.equal(await focused(), 'Working…');
       release();
