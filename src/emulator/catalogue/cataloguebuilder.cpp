@@ -17,12 +17,6 @@ const QString UnknownArtist = QStringLiteral("Unknown artist");
 const QString UnknownAlbum = QStringLiteral("Unknown album");
 const QString VariousArtists = QStringLiteral("Various artists");
 
-QString folderOf(const QString& path)
-{
-    const int slash = path.lastIndexOf(QLatin1Char('/'));
-    return slash < 0 ? QString() : path.left(slash);
-}
-
 QString lastComponent(const QString& path)
 {
     return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);

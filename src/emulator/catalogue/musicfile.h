@@ -42,6 +42,13 @@ struct PlaylistFile
     QStringList entries;
 };
 
+/// The folder of a path that is relative to the library's root; empty for the root itself.
+inline QString folderOf(const QString& path)
+{
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    return slash < 0 ? QString() : path.left(slash);
+}
+
 /// Everything that a scan brings home; what the catalogue is built from.
 struct ScanResult
 {

@@ -39,12 +39,6 @@ int pictureRank(const QString& name)
     return base < 0 || suffix < 0 ? -1 : base * suffixes.size() + suffix;
 }
 
-QString folderOf(const QString& path)
-{
-    const int slash = path.lastIndexOf(QLatin1Char('/'));
-    return slash < 0 ? QString() : path.left(slash);
-}
-
 bool byPath(const MusicFile& a, const MusicFile& b)
 {
     return a.path < b.path;

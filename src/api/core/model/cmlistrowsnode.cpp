@@ -25,15 +25,10 @@ void CMListRowsNode::rowsAppend(const CMPath& path)
 {
     TavuRoles row;
     row.setPath(path);
-    append(row);
+    rowsAppend(row);
 }
 
 void CMListRowsNode::rowsAppend(const TavuRoles& row)
-{
-    append(row);
-}
-
-void CMListRowsNode::append(const TavuRoles& row)
 {
     if (m_rows.size() == rowsAtMost)
         m_rows.removeFirst();

@@ -31,7 +31,6 @@ public:
 private:
     explicit CMListRowsNode(const CMPath& path);
 
-    void append(const TavuRoles& row);
     TavuRoles row(int index) const;
     TavuRoles containerRoles() const;
     void rowsChanged();

@@ -54,6 +54,7 @@ TavuUrl::TavuUrl(const QString& encoded)
 
 TavuUrl TavuUrl::fromEncoded(const QByteArray& encoded)
 {
+    // All of it: a QByteArray would be read up to its first zero only, and what has one is no URL.
     return TavuUrl(QString::fromStdString(encoded.toStdString()));
 }
 
