@@ -18,6 +18,7 @@
 #include <atomic>
 #include <ctime>
 #include <unistd.h>
+#include <vector>
 
 using namespace emulator;
 using namespace emulator::catalogue;
@@ -209,10 +210,22 @@ TEST_F(Scan, ReadsAFileAgainThatHasChangedButNotGrown)
 
 TEST_F(Scan, PrefersTheCoverAmongThePicturesOfAFolder)
 {
-    addTone("1.flac", tagged("A", "One", "x"));
-    for (const char* picture : { "album.jpg", "front.png", "Cover.png", "cover.jpg", "folder.jpg" })
-        writeFile(path(picture), "\xff\xd8\xff");
-    EXPECT_EQ(scanned()->catalogue()->albums[0].picture, text("cover.jpg"));
+    // In pairs, since a folder lists its files in an order of its own.
+    const std::vector<QByteArray> best{ "cover.jpg", "Cover.png", "folder.jpg", "front.png",
+        "album.jpg" };
+    for (size_t better = 0; better < best.size(); ++better) {
+        for (size_t worse = better + 1; worse < best.size(); ++worse) {
+            const QByteArray folder = best[better] + " and " + best[worse];
+            addTone((folder + "/1.flac").constData(), tagged("A", folder.constData(), "x"));
+            writeFile(path((folder + '/' + best[worse]).constData()), "\xff\xd8\xff");
+            writeFile(path((folder + '/' + best[better]).constData()), "\xff\xd8\xff");
+        }
+    }
+    const auto library = scanned();
+    EXPECT_EQ(library->catalogue()->albums.size(), 10u);
+    for (const Album& album : library->catalogue()->albums)
+        EXPECT_EQ(
+            album.picture, album.title + text("/") + album.title.section(text(" and "), 0, 0));
 }
 
 TEST_F(Scan, ServesTheKeptLibraryBeforeTheFolderIsReadAgain)
