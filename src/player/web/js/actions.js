@@ -28,7 +28,7 @@ export function createActions({ api, store, listings, router, now = () => perfor
   const { attempt, toast, showScreen, showProblem, reportError } = notices;
   return {
     ...createNavigation({ router, listings, notices }),
-    ...createRowActions({ api, dispatch, notices }),
+    ...createRowActions({ api, dispatch, notices, now }),
     ...createCommands({ api, dispatch, notices }),
     toast,
     showScreen,

@@ -36,6 +36,8 @@ export default {
   'row.play': 'Play {title}',
   'row.menu': '{title} (More)',
   'row.link': '{title} (opens in a new tab)',
+  'row.late': 'The service took long to answer “{title}”',
+  'row.lateText': 'It may not have heard of it.',
   'row.starting': 'Starting {title}…',
   play: 'Play',
 
