@@ -194,6 +194,20 @@ describe('a command that is not answered', () => {
 });
 
 describe('a button of the service that is not answered', () => {
+  /** Lets activations wait until what is returned is called. */
+  function heldAnswer(mock) {
+    let answer;
+    const called = new Promise((done) => {
+      answer = done;
+    });
+    const original = mock.activate;
+    mock.activate = async (...args) => {
+      await called;
+      original.apply(mock, args);
+    };
+    return answer;
+  }
+
   const refuse = async ({ mock, page, person }) => {
     await person.row('Open New and noteworthy').click();
     await person.row(/^Play Members Only/).click();
@@ -215,6 +229,27 @@ describe('a button of the service that is not answered', () => {
       release();
       await dialog.getByRole('alert').getByText('No answer from service').waitFor();
       assert.equal(await focused(), 'Not now');
+    }));
+
+  it('leads nobody away who has gone elsewhere meanwhile', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open New and noteworthy').click();
+      await person.row('Open The Vault Session').click();
+      const action = page.getByRole('article').getByRole('button', { name: 'Close' });
+      await action.waitFor();
+      const before = asked(mock, 'POST /api/v1/rows/activate');
+      const answer = heldAnswer(mock);
+      await action.click();
+      await person.waitFor(() => asked(mock, 'POST /api/v1/rows/activate') === before + 1);
+      await person.goHome();
+      await person.row('Open Albums').click();
+      await person.heading('Albums').waitFor();
+      const answered = page.waitForResponse(/rows\/activate$/);
+      answer();
+      await (await answered).finished();
+      await person.row(/^Open Harbour Lights/).waitFor();
+      await page.evaluate(() => new Promise((done) => setTimeout(done)));
+      assert.equal(await person.heading('Albums').count(), 1);
     }));
 
   it('can be left, and its failure is told all the same', () =>

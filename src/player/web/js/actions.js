@@ -25,7 +25,7 @@ function createSearch({ api, router, attempt }) {
 export function createActions({ api, store, listings, router, now = () => performance.now() }) {
   const dispatch = (event) => store.dispatch({ now: now(), ...event });
   const notices = createNotices({ api, store, dispatch });
-  const { attempt, toast, showScreen, showProblem, reportError } = notices;
+  const { attempt, toast, showScreen, showProblem, showResult, reportError } = notices;
   return {
     ...createNavigation({ router, listings, notices }),
     ...createRowActions({ api, dispatch, notices, now }),
@@ -33,6 +33,7 @@ export function createActions({ api, store, listings, router, now = () => perfor
     toast,
     showScreen,
     showProblem,
+    showResult,
     reportError,
     closeToast: (id) => dispatch({ type: 'toastGone', id }),
     markRead: () => dispatch({ type: 'readAll' }),

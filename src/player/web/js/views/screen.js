@@ -8,10 +8,13 @@ import { t } from '../text.js';
 import { Button } from './controls.js';
 import { Icon } from './icons.js';
 
+/** What an answer does when the reader has left the place where its button was pressed. */
+const elsewhere = (actions) => ({ close: () => {}, open: actions.showResult });
+
 /**
  * One action or link of the service, as a button or a link with the service's words. While its
  * answer is awaited it says so and rests; a failure is told where it was pressed, or as a note when
- * the reader has left that place.
+ * the reader has left that place, from which no late answer leads away.
  */
 export function ScreenAction({ row, where, kind = 'second', onError }) {
   const { actions } = useApp();
@@ -30,7 +33,9 @@ export function ScreenAction({ row, where, kind = 'second', onError }) {
   }
   const press = async () => {
     setWorking(true);
-    await actions.activate(row, where, (error) =>
+    const there = () => (left.current ? elsewhere(actions) : where);
+    const wherever = { close: () => there().close(), open: (path) => there().open(path) };
+    await actions.activate(row, wherever, (error) =>
       (onError && !left.current ? onError : actions.reportError)(error),
     );
     setWorking(false);
