@@ -36,7 +36,7 @@ private:
     {
         TavuRoles track;
         CMError error;
-        bool stepped;
+        bool stepped = false;
     };
 
     QList<Passed> m_passed;

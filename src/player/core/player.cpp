@@ -459,6 +459,8 @@ void Player::on_loggedIn_changed(const TavuValue& value)
 {
     m_loggedIn = value.bool_();
     Q_EMIT loginChanged();
+    if (!isSignedIn())
+        giveUpGoingOn();
     fetchRestoredArtwork();
 }
 

@@ -16,9 +16,10 @@ constexpr int artworkPagesAtMost = 3;
 
 RowSearch::Fits titled(const QString& title)
 {
-    TavuRoles row;
-    row.setTitle(title);
-    return [row](const TavuRoles& each) { return row.title().isEmpty() || isRowOf(each, row); };
+    TavuRoles wanted;
+    wanted.setTitle(title);
+    return
+        [wanted](const TavuRoles& row) { return wanted.title().isEmpty() || isRowOf(row, wanted); };
 }
 
 } // namespace

@@ -83,4 +83,23 @@ TEST_F(Restore, a_kept_track_can_be_rated_once_it_plays)
     EXPECT_EQ(house.requests("rating"), 1);
 }
 
+TEST_F(Restore, a_pause_between_two_tracks_holds_until_it_is_over)
+{
+    start();
+    playWithShortLives(album());
+    pauseBeyondExpiry();
+    house.fault("kind=browse effect=none delay=5000");
+    house.command(Command::TogglePause);
+    // The second track or, if that had been prepared before the pause, the third is looked for.
+    const auto isBetween = [&] { return house.state() == buffering && position() > trackMs / 2; };
+    ASSERT_TRUE(waitUntil(isBetween, patienceMs));
+    EXPECT_EQ(house.title(), heard.last());
+    house.command(Command::TogglePause);
+    EXPECT_EQ(house.state(), paused);
+    house.liftFaults();
+    house.command(Command::Resume);
+    ASSERT_TRUE(waitUntil([&] { return heard.contains(third()); }, patienceMs));
+    EXPECT_EQ(house.messageTexts(), QStringList());
+}
+
 } // namespace
