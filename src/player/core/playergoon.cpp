@@ -129,7 +129,7 @@ void Player::goOn(const TavuRoles& last, bool stepped)
     if (m_source.station()) {
         TavuRoles station;
         station.setTitle(m_source.row());
-        wanted.row = rowOf(station);
+        wanted.start = wanted.row = rowOf(station);
     }
     m_goingOn = withDeadline(m_search.find(wanted), searchDeadlineMs);
     cmchain::whenFinished(m_goingOn, m_context, [this](const CMReply<QVariant>& found) {
@@ -155,8 +155,7 @@ void Player::goOnWith(const CMReply<QVariant>& found)
         [this, found](const CMReply<QVariant>& play) {
             if (found != m_goingOn)
                 return;
-            if (play.error().isSet())
-                m_stepFailure.clear(); // The play's own error has been told.
+            m_stepFailure.clear(); // If the play failed its own error has been told.
             if (play.error().isSet())
                 giveUpGoingOn();
             else
