@@ -3,14 +3,22 @@ import { createNavigation } from './navigation.js';
 import { createNotices } from './notices.js';
 import { createRowActions } from './rowactions.js';
 
-/** Searches, and shows what was found; a further search takes the place of the one before. */
+/**
+ * Searches, and shows what was found, unless the reader has gone elsewhere meanwhile; a further
+ * search takes the place of the one before.
+ */
 function createSearch({ api, router, attempt }) {
+  let searches = 0;
   return async (text) => {
     const wanted = text.trim();
     if (!wanted) return false;
+    const from = router.current;
+    searches += 1;
+    const number = searches;
     return attempt(async () => {
       const { path } = await api.search(wanted);
-      const { text: before, trail } = router.current;
+      if (router.current !== from || number !== searches) return;
+      const { text: before, trail } = from;
       const entry = { place: 'browse', path, text: wanted, trail: before ? trail : [] };
       if (before) router.replace(entry);
       else router.push(entry);
