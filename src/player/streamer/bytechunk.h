@@ -32,7 +32,7 @@ public:
 
 private:
     // A whole number of pages together with what the allocator keeps about it.
-    static constexpr std::size_t blockSize = std::size_t{ 32 } * 1024 - 32;
+    static constexpr std::size_t blockSize = std::size_t{ 128 } * 1024 - 32;
 
     ByteChunk popPart(std::size_t size);
 

@@ -94,7 +94,6 @@ void HttpStream::close()
     const Lock lock(m_mutex);
     m_closed = true;
     ++m_generation;
-    m_chunks.clear();
     m_changed.notify_all();
     post(&HttpStream::leave);
 }
@@ -105,6 +104,9 @@ void HttpStream::leave()
     m_transfer.reset();
     m_spare.reset();
     m_loop.cancelDelayed(this);
+    // Not in close(): megabytes take a while, and whoever left this stream waits for another one.
+    const Lock lock(m_mutex);
+    m_chunks.clear();
 }
 
 void HttpStream::setInterrupted(bool interrupted)

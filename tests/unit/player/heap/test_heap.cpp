@@ -47,7 +47,7 @@ TEST(Heap, LargePiecesGetPagesOfTheirOwnAlthoughLargerOnesHaveComeAndGone)
     player::setUpHeap();
     Pieces(2, std::vector<char>(std::size_t{ 2 } << 20)).clear();
     const std::size_t before = piecesWithPagesOfTheirOwn();
-    const Pieces decoded(64, std::vector<char>(std::size_t{ 4096 } * 4));
+    const Pieces pieces(64, std::vector<char>(pageSize * 8));
     // The first ones find room at the heap's end.
     EXPECT_GT(piecesWithPagesOfTheirOwn(), before + 48);
 }
