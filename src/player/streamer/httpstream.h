@@ -42,7 +42,8 @@ public:
 
     /// Begins to fetch. A second call does nothing.
     void open();
-    /// Ends the transfer; what was fetched is given back soon. Required before the last reference goes.
+    /// Ends the transfer; what was fetched is given back soon. Required before the last reference
+    /// goes.
     void close();
 
     /// Waits for the next bytes, at most so many. A failed stream ends, after what came before the
