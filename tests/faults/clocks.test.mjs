@@ -32,11 +32,13 @@ jumping('M16 an hour\'s pause outlasts the address: the sound is back at the sam
   // The service's clock does not jump along.
   await house.fault({ kind: 'chunk', effect: 'expire', in: 3600000 },
     { kind: 'instance', effect: 'expire', in: 2 * 3600000 });
+  const began = await house.mark();
   await house.play(house.album);
   await house.waitForState(State.playing);
   await house.until(async () => (await house.now()).position > 1000, 'some of it');
   await house.command('pause');
   const before = await house.waitForState(State.paused);
+  await house.until(async () => (await house.reports(began)).includes('STOP PAUSE'), 'the report');
   setClock('+3601');
   const since = await house.mark();
   const started = performance.now();

@@ -83,6 +83,18 @@ async function kept(house) {
   return { login: login.state, mode, volume, mute, play: { state, title, position } };
 }
 
+/** The same for a while: what was told a moment ago may still be on its way. */
+async function keptSteadily(house) {
+  let last;
+  return house.until(async () => {
+    const now = await kept(house);
+    const same = isDeepStrictEqual(now, last);
+    last = now;
+    if (!same) await moment(150);
+    return same && now;
+  }, 'a state that stays');
+}
+
 /** What was kept comes back bit by bit where the player was started again. */
 async function expectKept(house, expected) {
   const end = performance.now() + busyMachineMs;
@@ -171,7 +183,7 @@ async function trial(house, body, { plays = false, login = 'loggedIn', process =
     await body(house);
     await settle(house);
   }
-  const before = await kept(house);
+  const before = await keptSteadily(house);
   if (process === 'new') await untilWritten(house, before);
   const figures = house.player.figures();
   const { player } = house;
