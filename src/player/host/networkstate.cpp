@@ -76,9 +76,9 @@ bool isThisMachine(const QString& host)
 bool leadsToService(QNetworkInterface::InterfaceFlags flags, const QList<QHostAddress>& addresses,
     bool loopbackIsEnough)
 {
-    if (!(flags & QNetworkInterface::IsUp) || !(flags & QNetworkInterface::IsRunning))
+    if (!flags.testFlag(QNetworkInterface::IsUp) || !flags.testFlag(QNetworkInterface::IsRunning))
         return false;
-    if (flags & QNetworkInterface::IsLoopBack)
+    if (flags.testFlag(QNetworkInterface::IsLoopBack))
         return loopbackIsEnough;
     return std::any_of(addresses.begin(), addresses.end(),
         [](const QHostAddress& address) { return !address.isLinkLocal(); });
