@@ -89,7 +89,7 @@ std::vector<EffectKind> bends()
         { "duplicate-keys", Stage::Bend, "repeats a key in the answer's object",
             { { "count", Type::Number, "how often (100000)" },
                 { "key", Type::Text, "which (result)" },
-                { "text", Type::Text, "its value as it is written ([{\"a\":\"b\"}])" } } },
+                { "text", Type::Text, R"(its value as it is written ([{"a":"b"}]))" } } },
         { "numbers", Stage::Bend, "puts an odd number in place of every number",
             { { "text", Type::Text, "the number as it is written (1e999)" },
                 { "spare", Type::Text, "a key whose values stay" } } },
