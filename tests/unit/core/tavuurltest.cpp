@@ -91,6 +91,13 @@ TEST(TavuUrl, what_cannot_be_mended_is_invalid)
         EXPECT_FALSE(url(broken).isValid()) << broken;
 }
 
+TEST(TavuUrl, whose_host_vanishes_when_it_is_spelled_is_invalid)
+{
+    EXPECT_FALSE(url("https://\xEF\xBB\xBF.s").isValid());
+    EXPECT_FALSE(TavuUrl(QString(QStringLiteral("https://") + QChar(0xFEFF) + QStringLiteral(".s")))
+                     .isValid());
+}
+
 TEST(TavuUrl, a_relative_reference_is_valid)
 {
     EXPECT_TRUE(url("suggestions/page2").isValid());

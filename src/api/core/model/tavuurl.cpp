@@ -61,6 +61,9 @@ TavuUrl TavuUrl::fromEncoded(const QByteArray& encoded)
 void TavuUrl::take(const QUrl& url)
 {
     takeText(QString::fromLatin1(url.toEncoded()));
+    // Spelling a host can take it apart: "https://\uFEFF.s" loses its first name.
+    if (!urltext::isPlain(m_parts) && !QUrl(m_encoded).isValid())
+        takeText(QString());
     m_broken = m_encoded.isEmpty() && !url.isEmpty();
 }
 
