@@ -11,7 +11,6 @@ namespace player {
 
 namespace {
 
-constexpr int searchDeadlineMs = 15000;
 constexpr qint64 lastMoments = 500; // Of a track, ms.
 
 bool repeatsOne(TavuPlayerPlayMode::Enum mode)
@@ -23,13 +22,6 @@ bool repeats(TavuPlayerPlayMode::Enum mode)
 {
     return repeatsOne(mode) || mode == TavuPlayerPlayMode::RepeatAll
         || mode == TavuPlayerPlayMode::ShuffleRepeatAll;
-}
-
-RowSearch::Fits rowOf(const TavuRoles& track)
-{
-    return [track](const TavuRoles& row) {
-        return row.type() == TavuRolesType::Playable && isRowOf(row, track);
-    };
 }
 
 } // namespace
@@ -124,14 +116,14 @@ void Player::goOn(const TavuRoles& last, bool stepped)
     RowSearch::Wanted wanted;
     wanted.page = m_source.page();
     wanted.firstPage = m_source.firstPage();
-    wanted.start = rowOf(last);
-    wanted.row = rowOf(following(last, stepped));
+    wanted.start = RowSearch::rowOf(last);
+    wanted.row = RowSearch::rowOf(following(last, stepped));
     if (m_source.station()) {
         TavuRoles station;
         station.setTitle(m_source.row());
-        wanted.start = wanted.row = rowOf(station);
+        wanted.start = wanted.row = RowSearch::rowOf(station);
     }
-    m_goingOn = withDeadline(m_search.find(wanted), searchDeadlineMs);
+    m_goingOn = withDeadline(m_search.find(wanted), RowSearch::deadlineMs);
     cmchain::whenFinished(m_goingOn, m_context, [this](const CMReply<QVariant>& found) {
         if (found == m_goingOn)
             goOnWith(found);

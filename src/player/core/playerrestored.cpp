@@ -10,7 +10,6 @@ namespace player {
 
 namespace {
 
-constexpr int searchDeadlineMs = 15000;
 // A picture is not worth more requests.
 constexpr int artworkPagesAtMost = 3;
 
@@ -73,7 +72,7 @@ CMReply<QVariant> Player::playRestored()
     if (m_source.page().isEmpty() || m_source.station())
         playRestoredAs(TavuRoles(), reply);
     else
-        cmchain::whenFinished(withDeadline(m_search.find(restoredInList()), searchDeadlineMs),
+        cmchain::whenFinished(withDeadline(m_search.find(restoredInList()), RowSearch::deadlineMs),
             m_context, [this, reply](const CMReply<QVariant>& found) {
                 playRestoredAs(TavuRoles(found.value().toHash()), reply);
             });
@@ -97,9 +96,7 @@ RowSearch::Wanted Player::restoredInList() const
     wanted.page = m_source.page();
     wanted.firstPage = m_source.firstPage();
     wanted.start = titled(m_source.row());
-    wanted.row = [track = m_restored.trackRoles()](const TavuRoles& row) {
-        return row.type() == TavuRolesType::Playable && isRowOf(row, track);
-    };
+    wanted.row = RowSearch::rowOf(m_restored.trackRoles());
     return wanted;
 }
 

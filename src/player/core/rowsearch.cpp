@@ -55,6 +55,13 @@ struct RowSearch::Walk
     }
 };
 
+RowSearch::Fits RowSearch::rowOf(const TavuRoles& track)
+{
+    return [track](const TavuRoles& row) {
+        return row.type() == TavuRolesType::Playable && isRowOf(row, track);
+    };
+}
+
 RowSearch::RowSearch(Rows rows)
     : m_rows(std::move(rows))
 {

@@ -18,6 +18,12 @@ public:
     using Rows = std::function<CMReply<QVariant>(const QString& page, int from, int to)>;
     using Fits = std::function<bool(const TavuRoles&)>;
 
+    /// Longer than this nobody waits for what a search finds.
+    static constexpr int deadlineMs = 15000;
+
+    /// A playable row that is the track's.
+    static Fits rowOf(const TavuRoles& track);
+
     explicit RowSearch(Rows rows);
 
     /// What to look for, and where.
