@@ -55,6 +55,7 @@ export function trials(options = {}, prepare = () => {}) {
 /** Paused, some way into a track: what faults must not touch. */
 async function settle(house) {
   await house.lift();
+  if (await house.login() !== 'loggedIn') await house.signIn(); // The entry before it failed half-way.
   house.albums ??= (await house.row('Albums')).path;
   house.album = await house.row(...album); // A player that was started again knows no rows.
   await house.told('POST', 'player/mode', { mode: 4 });
@@ -100,7 +101,7 @@ async function expectKept(house, expected) {
   const end = performance.now() + busyMachineMs;
   for (;;) {
     const left = await kept(house);
-    if (!expected.play) delete left.play;
+    for (const name of Object.keys(left)) if (!(name in expected)) delete left[name];
     if (isDeepStrictEqual(left, expected) || performance.now() > end)
       return assert.deepEqual(left, expected);
     await moment(50);
@@ -200,7 +201,8 @@ async function trial(house, body, { plays = false, login = 'loggedIn', process =
 
   if (process === 'same') assert.equal(house.player, player, 'the same process');
   expectAlive(house);
-  const expected = { ...before, login: login === 'any' ? await house.login() : login };
+  const expected = { ...before, login };
+  if (login === 'any') delete expected.login;
   if (plays) delete expected.play;
   await expectKept(house, expected);
   expectNoSecrets(house, house.log().slice(logStart));
