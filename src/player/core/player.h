@@ -157,6 +157,7 @@ private:
     qint64 remaining() const;
     void setPlayData(const TavuPlayLogicData& data);
     void setPosition(qint64 position);
+    void notePosition(qint64 position);
     void fail(const CMError& error);
     void tellFailure(const CMError& error);
 
@@ -186,6 +187,7 @@ private:
     qint64 m_restoredPosition = 0;
     qint64 m_position = 0;
     qint64 m_positionAt = 0; // Milliseconds since the epoch.
+    QElapsedTimer m_positionAge;
     double m_bufferLevel = 100.0;
     CMError m_error;
     RecentErrors m_recentErrors;

@@ -68,10 +68,8 @@ void Player::setPlayData(const TavuPlayLogicData& data)
     if (!data.trackRoles().isEmpty())
         m_restored.clear();
     m_bufferLevel = data.state() == TavuPlayLogicState::Buffering ? m_bufferLevel : 100.0;
-    if (idle || !sameItem) {
-        m_position = 0;
-        m_positionAt = QDateTime::currentMSecsSinceEpoch();
-    }
+    if (idle || !sameItem)
+        notePosition(0);
     if (data.state() == TavuPlayLogicState::Playing) {
         m_error.clear();
         if (m_resume.data())
@@ -86,10 +84,16 @@ void Player::setPlayData(const TavuPlayLogicData& data)
     Q_EMIT playerChanged();
 }
 
-void Player::setPosition(qint64 position)
+void Player::notePosition(qint64 position)
 {
     m_position = position;
     m_positionAt = QDateTime::currentMSecsSinceEpoch();
+    m_positionAge.start();
+}
+
+void Player::setPosition(qint64 position)
+{
+    notePosition(position);
     Q_EMIT positionChanged(m_position, m_positionAt);
 }
 
@@ -118,7 +122,7 @@ qint64 Player::remaining() const
 {
     const qint64 duration = m_data.trackRoles().mediaData().firstResource().duration();
     const bool moves = m_data.state() == TavuPlayLogicState::Playing;
-    const qint64 since = moves ? QDateTime::currentMSecsSinceEpoch() - m_positionAt : 0;
+    const qint64 since = moves ? m_positionAge.elapsed() : 0;
     return duration > 0 ? qMax<qint64>(0, duration - m_position - since) : -1;
 }
 

@@ -29,6 +29,7 @@ SleepTimer::SleepTimer(Hands hands, const Pace& pace)
     , m_pace(pace)
 {
     m_due.setSingleShot(true);
+    m_due.setTimerType(Qt::PreciseTimer);
     m_tick.setInterval(tickMs);
     connect(&m_due, &QTimer::timeout, this, &SleepTimer::on_due);
     connect(&m_tick, &QTimer::timeout, this, &SleepTimer::tick);
@@ -40,7 +41,6 @@ void SleepTimer::start(qint64 ms, bool finishTrack)
     fadeTo(1.0);
     m_stage = Stage::Waiting;
     m_finishTrack = finishTrack;
-    m_at = QDateTime::currentMSecsSinceEpoch() + ms;
     m_due.start(static_cast<int>(ms));
     Q_EMIT changed();
 }
@@ -60,8 +60,10 @@ QVariantHash SleepTimer::state() const
 {
     if (m_stage == Stage::Off || m_stage == Stage::Ending)
         return {};
-    const qint64 remaining = qMax<qint64>(0, m_at - QDateTime::currentMSecsSinceEpoch());
-    return { { QStringLiteral("at"), m_at }, { QStringLiteral("remaining"), remaining },
+    // The wall clock may have been set meanwhile.
+    const qint64 remaining = m_stage == Stage::Waiting ? qMax(0, m_due.remainingTime()) : 0;
+    return { { QStringLiteral("at"), QDateTime::currentMSecsSinceEpoch() + remaining },
+        { QStringLiteral("remaining"), remaining },
         { QStringLiteral("finishTrack"), m_finishTrack } };
 }
 

@@ -65,7 +65,6 @@ private:
     const Pace m_pace;
     Stage m_stage = Stage::Off;
     bool m_finishTrack = false;
-    qint64 m_at = 0;
     QTimer m_due;
     QTimer m_tick;
     QElapsedTimer m_fading;
