@@ -2,6 +2,8 @@
 
 #include <QDateTime>
 
+#include <utility>
+
 namespace player {
 
 namespace {
@@ -92,8 +94,7 @@ TavuRoles PlayHistory::origin() const
 
 void PlayHistory::choose(const TavuRoles& row)
 {
-    m_chosen = row;
-    m_goneOnWith = CMPath();
+    m_wanted = row;
 }
 
 void PlayHistory::goOnWith(const TavuRoles& row)
@@ -108,11 +109,22 @@ void PlayHistory::follow(const TavuPlayLogicData& shown)
     const CMPath origin = idle ? CMPath() : shown.mediaRoles().path();
     const bool sounds = shown.state() == TavuPlayLogicState::Playing;
     const bool noted = sounds && note(current);
-    if (!noted && isSame(current, m_current) && origin == m_origin)
+    const bool begun = beginWanted(origin);
+    if (!noted && !begun && isSame(current, m_current) && origin == m_origin)
         return;
     m_current = current;
     m_origin = origin;
     Q_EMIT changed();
+}
+
+/// What was chosen may never play.
+bool PlayHistory::beginWanted(const CMPath& origin)
+{
+    if (m_wanted.isEmpty() || m_wanted.path() != origin)
+        return false;
+    m_chosen = std::exchange(m_wanted, TavuRoles());
+    m_goneOnWith = CMPath();
+    return true;
 }
 
 /// The same track again and again is one entry.

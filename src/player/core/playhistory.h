@@ -24,7 +24,7 @@ public:
     /// empty for none. Rows can be played again.
     QVariantHash queue() const;
 
-    /// Somebody chose to play the row.
+    /// Somebody chose to play the row; what plays is from elsewhere until it does.
     void choose(const TavuRoles& row);
     /// The player goes on by itself, with this row of what was chosen.
     void goOnWith(const TavuRoles& row);
@@ -44,10 +44,12 @@ private:
         TavuRoles row;
     };
 
+    bool beginWanted(const CMPath& origin);
     bool note(const TavuRoles& row);
     TavuRoles origin() const;
 
     QList<Entry> m_entries; // The present one is the last, once it has sounded.
+    TavuRoles m_wanted; // Chosen, and not played so far.
     TavuRoles m_chosen;
     CMPath m_goneOnWith;
     CMPath m_origin; // Of the row that the present track came from.

@@ -216,11 +216,31 @@ TEST_F(PlayHistoryTest, an_album_that_the_player_goes_on_with_is_still_the_album
     EXPECT_TRUE(told("from").isEmpty());
 }
 
-TEST_F(PlayHistoryTest, what_was_chosen_but_does_not_play_yet_is_not_where_the_track_came_from)
+TEST_F(PlayHistoryTest, what_was_chosen_but_does_not_play_leaves_the_track_where_it_came_from)
 {
     history.choose(album());
     show(TavuPlayLogicState::Playing, track(QStringLiteral("a")), album());
     history.choose(station());
+    EXPECT_EQ(told("from").title(), QStringLiteral("Album"));
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("b")), album());
+    EXPECT_EQ(told("from").title(), QStringLiteral("Album"));
+    timesChanged = 0;
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("b")), station());
+    EXPECT_EQ(told("from").title(), QStringLiteral("Station"));
+    EXPECT_EQ(timesChanged, 1);
+}
+
+TEST_F(PlayHistoryTest, a_row_that_is_chosen_by_itself_while_its_album_plays_is_told_of)
+{
+    TavuRoles row = track(QStringLiteral("a"));
+    history.choose(album());
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("a")), album());
+    history.goOnWith(row);
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("a")), row);
+    history.choose(row);
+    timesChanged = 0;
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("a")), row);
+    EXPECT_EQ(timesChanged, 1);
     EXPECT_TRUE(told("from").isEmpty());
 }
 
