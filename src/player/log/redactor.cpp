@@ -73,8 +73,8 @@ std::string withoutKnownSecrets(const std::string& text)
 
 void add(std::deque<std::string>& known, const std::string& secret)
 {
-    const bool isKnown = std::find(known.begin(), known.end(), secret) != known.end();
-    if (!isKnown && secret.size() >= shortestSecret)
+    known.erase(std::remove(known.begin(), known.end(), secret), known.end());
+    if (secret.size() >= shortestSecret)
         known.push_back(secret);
 }
 

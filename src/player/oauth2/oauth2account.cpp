@@ -14,12 +14,6 @@ constexpr qint64 saveAgainMs = 30000;
 // So late a request may be refused that was sent before a renewal.
 constexpr qint64 stragglersMs = 2000;
 
-QString stateOf(int stage)
-{
-    static const char* const names[] = { "idle", "starting", "waiting", "failed", "loggedIn" };
-    return QString::fromLatin1(names[stage]);
-}
-
 } // namespace
 
 OAuth2Account::OAuth2Account(
@@ -39,6 +33,23 @@ OAuth2Account::OAuth2Account(
         return;
     m_renewal = makeRenewal();
     m_renewal->renew();
+}
+
+QString OAuth2Account::nameOf(Stage stage)
+{
+    switch (stage) {
+    case Stage::Idle:
+        return QStringLiteral("idle");
+    case Stage::Starting:
+        return QStringLiteral("starting");
+    case Stage::Waiting:
+        return QStringLiteral("waiting");
+    case Stage::Failed:
+        return QStringLiteral("failed");
+    case Stage::LoggedIn:
+        return QStringLiteral("loggedIn");
+    }
+    return QString();
 }
 
 OAuth2Account::~OAuth2Account()
@@ -135,7 +146,7 @@ void OAuth2Account::renewed(const TokenAnswer& token)
 
 void OAuth2Account::takeTokens(const TokenAnswer& token)
 {
-    for (const QString& secret : { token.accessToken, token.refreshToken })
+    for (const QString& secret : { token.accessToken, m_refreshToken })
         addSecret(secret.toStdString());
     // The server may have given up the old refresh token: the new one is on the disk before
     // anything is done with what came along with it.
@@ -259,7 +270,7 @@ void OAuth2Account::publishLoggedIn(bool loggedIn)
 void OAuth2Account::publishDeviceCode(const QString& message)
 {
     TavuOAuth2DeviceCode record;
-    record.setState(stateOf(static_cast<int>(m_stage)));
+    record.setState(nameOf(m_stage));
     record.setDisplayName(m_client.info().displayName());
     record.setMessage(message);
     if (m_stage == Stage::Waiting) {

@@ -36,6 +36,7 @@ public:
 
 private:
     enum class Stage { Idle, Starting, Waiting, Failed, LoggedIn };
+    static QString nameOf(Stage stage);
 
     std::unique_ptr<DeviceLogin> makeLogin();
     std::unique_ptr<TokenRenewal> makeRenewal();

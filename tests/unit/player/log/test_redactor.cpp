@@ -58,4 +58,13 @@ TEST(Redactor, forgets_what_others_have_replaced_and_never_what_lasts)
     EXPECT_EQ(redacted("lasting-one passing-one"), "*** passing-one");
 }
 
+TEST(Redactor, remembers_what_is_told_again_and_again)
+{
+    for (int i = 0; i < 100; ++i) {
+        player::addSecret("told-again");
+        player::addSecret("replaced-" + std::to_string(i));
+    }
+    EXPECT_EQ(redacted("told-again replaced-99 replaced-0"), "*** *** replaced-0");
+}
+
 } // namespace

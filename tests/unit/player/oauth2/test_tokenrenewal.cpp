@@ -1,6 +1,7 @@
 #include "fulldisk.h"
 #include "logcapture.h"
 #include "oauth2fixture.h"
+#include "redactor.h"
 
 using Server = AuthorizationServer;
 
@@ -60,6 +61,20 @@ TEST_F(TokenRenewal, TokenThatIsNotRotatedStays)
     expectValue(refresh());
     EXPECT_EQ(shownRefreshToken(), text("refresh-1"));
     EXPECT_TRUE(saved().contains("refresh-1"));
+}
+
+TEST_F(TokenRenewal, TokenThatIsNotRotatedNeverStandsInTheLog)
+{
+    signIn("access-1", "refresh-of-a-year");
+    constexpr int renewals = 80;
+    for (int i = 0; i < renewals; ++i) {
+        server.token =
+            Server::json(200, { { text("access_token"), text("access-") + QString::number(i) } });
+        advance(2000);
+        expectValue(refresh());
+    }
+    EXPECT_EQ(server.polls(), 1 + renewals);
+    EXPECT_EQ(player::redacted("sent refresh-of-a-year"), "sent ***");
 }
 
 TEST_F(TokenRenewal, SeveralWishesShareOneRequest)
