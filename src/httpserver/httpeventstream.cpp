@@ -39,18 +39,22 @@ void EventStream::close() const
         answer->end();
 }
 
+namespace {
+
 /// Each line of the data needs its own field, whichever way the line ends.
-static void appendData(QByteArray& formatted, QByteArray data)
+void appendData(QByteArray& formatted, QByteArray data)
 {
     data.replace("\r\n", "\n").replace('\r', '\n');
     for (const QByteArray& line : data.split('\n'))
         formatted += "data: " + line + '\n';
 }
 
-static QByteArray oneLine(QByteArray text)
+QByteArray oneLine(QByteArray text)
 {
     return text.replace('\r', ' ').replace('\n', ' ').replace('\0', ' ');
 }
+
+} // namespace
 
 QByteArray EventStream::format(
     const QByteArray& id, const QByteArray& event, const QByteArray& data)

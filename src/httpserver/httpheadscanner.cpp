@@ -4,16 +4,20 @@
 
 namespace http {
 
-static bool isToken(unsigned char c)
+namespace {
+
+bool isToken(unsigned char c)
 {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')
         || (c != 0 && std::strchr("!#$%&'*+-.^_`|~", c) != nullptr);
 }
 
-static bool isControl(unsigned char c)
+bool isControl(unsigned char c)
 {
     return c < 0x20 || c == 0x7f;
 }
+
+} // namespace
 
 HeadScanner::HeadScanner(const Limits& limits)
     : m_limits(limits)

@@ -8,18 +8,22 @@
 
 namespace http {
 
+namespace {
+
 /// Connections that wait to be accepted. Qt asks for 50, which a burst of clients overflows; each
 /// of those left out tries again a second later.
-static const int waitingConnections = 1024;
-static const int retryAfterMs = 50;
+constexpr int waitingConnections = 1024;
+constexpr int retryAfterMs = 50;
 
-static QHostAddress peerOf(int descriptor)
+QHostAddress peerOf(int descriptor)
 {
     sockaddr_storage address = {};
     socklen_t size = sizeof(address);
     auto* generic = reinterpret_cast<sockaddr*>(&address);
     return ::getpeername(descriptor, generic, &size) == 0 ? QHostAddress(generic) : QHostAddress();
 }
+
+} // namespace
 
 Listener::Listener(
     std::optional<QSslConfiguration> tls, MayAccept mayAccept, Accept accept, QObject* parent)

@@ -9,10 +9,14 @@
 
 namespace http {
 
-static bool sameName(const QByteArray& a, const QByteArray& b)
+namespace {
+
+bool sameName(const QByteArray& a, const QByteArray& b)
 {
     return a.size() == b.size() && qstrnicmp(a.constData(), b.constData(), uint(a.size())) == 0;
 }
+
+} // namespace
 
 void Headers::append(const QByteArray& name, const QByteArray& value)
 {
@@ -68,10 +72,14 @@ QString Request::queryValue(const QString& name) const
     return {};
 }
 
-static Response typed(int status, const QByteArray& type, const QByteArray& body)
+namespace {
+
+Response typed(int status, const QByteArray& type, const QByteArray& body)
 {
     return { status, { { "Content-Type", type } }, body };
 }
+
+} // namespace
 
 Response Response::text(int status, const QByteArray& body)
 {
@@ -145,8 +153,10 @@ QByteArray reasonPhrase(int status)
     return phrases.value(status);
 }
 
+namespace {
+
 /// The present time as an HTTP date, made anew once a second.
-static QByteArray dateField()
+QByteArray dateField()
 {
     thread_local qint64 second = 0;
     thread_local QByteArray text;
@@ -158,6 +168,8 @@ static QByteArray dateField()
     return text;
 }
 
+} // namespace
+
 QByteArray httpDate(const QDateTime& time)
 {
     return QLocale::c()
@@ -165,11 +177,15 @@ QByteArray httpDate(const QDateTime& time)
         .toLatin1();
 }
 
+namespace {
+
 /// A field that would begin further lines is left out: values may stem from elsewhere.
-static bool breaksLine(const QByteArray& text)
+bool breaksLine(const QByteArray& text)
 {
     return text.contains('\r') || text.contains('\n') || text.contains('\0');
 }
+
+} // namespace
 
 QByteArray serializeHead(int status, const Headers& headers)
 {

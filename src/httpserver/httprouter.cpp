@@ -5,23 +5,25 @@
 
 namespace http {
 
-static QStringList splitPattern(const QString& pattern)
+namespace {
+
+QStringList splitPattern(const QString& pattern)
 {
     Q_ASSERT_X(pattern.startsWith(QLatin1Char('/')), "Router", "pattern without a leading slash");
     return pattern.size() == 1 ? QStringList() : pattern.mid(1).split(QLatin1Char('/'));
 }
 
-static bool isPlaceholder(const QString& segment)
+bool isPlaceholder(const QString& segment)
 {
     return segment.startsWith(QLatin1Char('{')) && segment.endsWith(QLatin1Char('}'));
 }
 
-static bool isRest(const QString& segment)
+bool isRest(const QString& segment)
 {
     return isPlaceholder(segment) && segment.endsWith(QLatin1String("*}"));
 }
 
-static QString nameOf(const QString& segment)
+QString nameOf(const QString& segment)
 {
     return segment.mid(1, segment.size() - (isRest(segment) ? 3 : 2));
 }
@@ -29,7 +31,7 @@ static QString nameOf(const QString& segment)
 using Parameters = QHash<QString, QString>;
 
 /// The placeholders' values, or nothing when the path does not match.
-static std::optional<Parameters> match(const QStringList& pattern, const QStringList& path)
+std::optional<Parameters> match(const QStringList& pattern, const QStringList& path)
 {
     Parameters parameters;
     for (int i = 0; i < pattern.size(); ++i) {
@@ -47,7 +49,7 @@ static std::optional<Parameters> match(const QStringList& pattern, const QString
     return pattern.size() == path.size() ? std::optional<Parameters>(parameters) : std::nullopt;
 }
 
-static int weight(const QString& segment)
+int weight(const QString& segment)
 {
     if (isRest(segment))
         return 1;
@@ -55,16 +57,18 @@ static int weight(const QString& segment)
 }
 
 /// Whether the first pattern says more about a path that both match.
-static bool isMoreSpecific(const QStringList& a, const QStringList& b)
+bool isMoreSpecific(const QStringList& a, const QStringList& b)
 {
     return std::lexicographical_compare(b.begin(), b.end(), a.begin(), a.end(),
         [](const QString& x, const QString& y) { return weight(x) < weight(y); });
 }
 
-static bool takes(const QByteArray& routeMethod, const QByteArray& method)
+bool takes(const QByteArray& routeMethod, const QByteArray& method)
 {
     return routeMethod == method || (routeMethod == "GET" && method == "HEAD");
 }
+
+} // namespace
 
 void Router::add(const QByteArray& method, const QString& pattern, Handler handler)
 {
@@ -84,12 +88,14 @@ QVector<Router::Route> Router::routes() const
     return routes;
 }
 
-static Response plainRefusal(const Request&, int status, const QByteArray&)
+namespace {
+
+Response plainRefusal(const Request&, int status, const QByteArray&)
 {
     return Response::text(status, QByteArray::number(status) + ' ' + reasonPhrase(status) + '\n');
 }
 
-static QByteArray allowField(QList<QByteArray> methods)
+QByteArray allowField(QList<QByteArray> methods)
 {
     if (methods.contains("GET"))
         methods += "HEAD";
@@ -97,6 +103,8 @@ static QByteArray allowField(QList<QByteArray> methods)
     methods.erase(std::unique(methods.begin(), methods.end()), methods.end());
     return methods.join(", ");
 }
+
+} // namespace
 
 void Router::handle(const Request& request, const Responder& responder) const
 {

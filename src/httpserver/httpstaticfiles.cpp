@@ -44,8 +44,10 @@ QByteArray StaticFiles::contentType(const QString& file)
     return types.value(QFileInfo(file).suffix().toLower(), "application/octet-stream");
 }
 
+namespace {
+
 /// Whether a component can only mean a plain entry of the folder before it.
-static bool isPlainName(const QString& name)
+bool isPlainName(const QString& name)
 {
     if (name.isEmpty() || name.startsWith(QLatin1Char('.')))
         return false;
@@ -56,7 +58,7 @@ static bool isPlainName(const QString& name)
 }
 
 /// The file's path below the root; empty when the components do not spell one.
-static QString relativePath(QStringList segments)
+QString relativePath(QStringList segments)
 {
     if (segments.isEmpty() || segments.last().isEmpty()) {
         if (!segments.isEmpty())
@@ -68,13 +70,13 @@ static QString relativePath(QStringList segments)
     return segments.join(QLatin1Char('/'));
 }
 
-static bool isResource(const QString& path)
+bool isResource(const QString& path)
 {
     return path.startsWith(QLatin1String(":/"));
 }
 
 /// Symbolic links may lead out of the root; what they lead to must lie inside.
-static bool isInside(const QString& root, const QFileInfo& file)
+bool isInside(const QString& root, const QFileInfo& file)
 {
     if (isResource(root))
         return true;
@@ -85,7 +87,7 @@ static bool isInside(const QString& root, const QFileInfo& file)
 
 /// By content for resources, which do not change while the program runs and so are hashed once; by
 /// time and size for files.
-static QByteArray etagOf(const QFileInfo& info)
+QByteArray etagOf(const QFileInfo& info)
 {
     if (!isResource(info.filePath()))
         return '"' + QByteArray::number(info.lastModified().toMSecsSinceEpoch(), 16) + '-'
@@ -101,6 +103,8 @@ static QByteArray etagOf(const QFileInfo& info)
     }
     return etag;
 }
+
+} // namespace
 
 void StaticFiles::serve(const QStringList& segments, const Responder& responder) const
 {

@@ -15,7 +15,9 @@ int hexValue(char c)
     return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
 }
 
-static std::optional<QByteArray> unescape(const QByteArray& text)
+namespace {
+
+std::optional<QByteArray> unescape(const QByteArray& text)
 {
     QByteArray bytes;
     bytes.reserve(text.size());
@@ -37,7 +39,7 @@ static std::optional<QByteArray> unescape(const QByteArray& text)
 }
 
 /// Strict: what is not UTF-8 is refused, since a lenient reading opens a second spelling of a path.
-static std::optional<QString> decode(const QByteArray& text)
+std::optional<QString> decode(const QByteArray& text)
 {
     const std::optional<QByteArray> bytes = unescape(text);
     if (!bytes)
@@ -51,13 +53,13 @@ static std::optional<QString> decode(const QByteArray& text)
 }
 
 /// The text before the first `separator`; the whole text without one.
-static QByteArray before(char separator, const QByteArray& text)
+QByteArray before(char separator, const QByteArray& text)
 {
     const int position = text.indexOf(separator);
     return position < 0 ? text : text.left(position);
 }
 
-static bool splitPath(const QByteArray& path, Request& request)
+bool splitPath(const QByteArray& path, Request& request)
 {
     if (!path.startsWith('/'))
         return false;
@@ -73,7 +75,7 @@ static bool splitPath(const QByteArray& path, Request& request)
     return true;
 }
 
-static bool splitQuery(const QByteArray& query, Request& request)
+bool splitQuery(const QByteArray& query, Request& request)
 {
     for (const QByteArray& item : query.split('&')) {
         if (item.isEmpty())
@@ -89,7 +91,7 @@ static bool splitQuery(const QByteArray& query, Request& request)
 }
 
 /// Leaves the origin form of an absolute-form target and notes its authority.
-static QByteArray originForm(const QByteArray& target, Request& request)
+QByteArray originForm(const QByteArray& target, Request& request)
 {
     const QByteArray lower = target.left(8).toLower();
     int host = 0;
@@ -106,6 +108,8 @@ static QByteArray originForm(const QByteArray& target, Request& request)
     const QByteArray rest = target.mid(end);
     return rest.startsWith('/') ? rest : '/' + rest;
 }
+
+} // namespace
 
 bool splitTarget(Request& request)
 {

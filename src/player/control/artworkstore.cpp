@@ -7,8 +7,12 @@
 
 namespace control {
 
-static const int urlsAtMost = 4096;
-static const int pictureBytesAtMost = 8 * 1024 * 1024;
+namespace {
+
+constexpr int urlsAtMost = 4096;
+constexpr int pictureBytesAtMost = 8 * 1024 * 1024;
+
+} // namespace
 
 ArtworkStore::ArtworkStore(ArtworkFetch fetch, QObject* parent)
     : QObject(parent)
@@ -34,9 +38,11 @@ QString ArtworkStore::addressOf(const QString& icon)
     return QStringLiteral("/api/v1/artwork/") + id;
 }
 
+namespace {
+
 /// Pictures come from elsewhere but are served under the player's own address, where a browser must
 /// not take them for a page. An id stands for one address for good.
-static http::ContentInfo contentInfo(const QString& id, const Artwork& artwork)
+http::ContentInfo contentInfo(const QString& id, const Artwork& artwork)
 {
     http::ContentInfo info;
     info.contentType = artwork.contentType;
@@ -46,6 +52,8 @@ static http::ContentInfo contentInfo(const QString& id, const Artwork& artwork)
         { "X-Content-Type-Options", "nosniff" } };
     return info;
 }
+
+} // namespace
 
 void ArtworkStore::serve(const QString& id, const http::Responder& responder)
 {

@@ -5,6 +5,7 @@
 #include "playroutes.h"
 #include "problem.h"
 
+// In no namespace, as the macro demands.
 static void initControlResource()
 {
     // The description sits in a static library, which nobody registers by itself.
@@ -13,16 +14,20 @@ static void initControlResource()
 
 namespace control {
 
+namespace {
+
 /// The page is scripts and styles of its own, the player's pictures, and a silence that it makes
 /// itself; nothing else may run or be asked for, and no other page may frame it. Its address may
 /// carry the token.
-static http::Headers pageHeaders()
+http::Headers pageHeaders()
 {
     return { { "Content-Security-Policy",
                  "default-src 'self'; img-src 'self' data:; media-src 'self' blob:; "
                  "object-src 'none'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'" },
         { "X-Content-Type-Options", "nosniff" }, { "Referrer-Policy", "no-referrer" } };
 }
+
+} // namespace
 
 ControlServer::ControlServer(PlayerFacade& player, const Options& options, QObject* parent)
     : QObject(parent)

@@ -8,9 +8,13 @@
 
 namespace control {
 
-static const std::size_t changesKept = 256;
+namespace {
+
+constexpr std::size_t changesKept = 256;
 /// How soon a browser tries again; in milliseconds.
-static const QByteArray retry = QByteArrayLiteral("retry: 1000\n\n");
+const QByteArray retry = QByteArrayLiteral("retry: 1000\n\n");
+
+} // namespace
 
 EventFeed::EventFeed(
     PlayerFacade& player, const ClientView& view, int clientsAtMost, QObject* parent)

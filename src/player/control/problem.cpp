@@ -8,13 +8,15 @@
 
 namespace control {
 
-static log4cplus::Logger& logger()
+namespace {
+
+log4cplus::Logger& logger()
 {
     static log4cplus::Logger logger = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("Control"));
     return logger;
 }
 
-static http::Response document(int status, const QByteArray& type, const QVariantHash& body)
+http::Response document(int status, const QByteArray& type, const QVariantHash& body)
 {
     return { status,
         { { "Content-Type", type }, { "Cache-Control", "no-store" },
@@ -22,19 +24,25 @@ static http::Response document(int status, const QByteArray& type, const QVarian
         TavuJson::toJson(body) };
 }
 
+} // namespace
+
 http::Response json(const QVariantHash& body, int status)
 {
     return document(status, "application/json", body);
 }
 
+namespace {
+
 /// Under this name the log has the same failure, so that what a user reads out can be found there.
-static QString instanceOf(int status, const QString& title)
+QString instanceOf(int status, const QString& title)
 {
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
     LOG4CPLUS_INFO(logger(),
         "Request " << id.toStdString() << " ends with " << status << ": " << title.toStdString());
     return QStringLiteral("urn:uuid:") + id;
 }
+
+} // namespace
 
 http::Response problem(
     int status, const QString& title, const QString& detail, const QVariantHash& more)

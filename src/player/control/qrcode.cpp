@@ -6,10 +6,12 @@
 
 namespace control {
 
-static const int quietZone = 4;
+namespace {
+
+constexpr int quietZone = 4;
 
 /// Each run of dark modules in a line becomes one rectangle.
-static QByteArray darkModules(const QRcode& code)
+QByteArray darkModules(const QRcode& code)
 {
     QByteArray path;
     const auto isDark = [&](int x, int y) { return (code.data[y * code.width + x] & 1) != 0; };
@@ -27,6 +29,8 @@ static QByteArray darkModules(const QRcode& code)
     }
     return path;
 }
+
+} // namespace
 
 QByteArray qrSvg(const QString& text)
 {

@@ -6,12 +6,16 @@
 
 namespace player {
 
+namespace {
+
 // Pieces of a stream, buffers of a transfer and answers of the service come and go, between small
 // things that stay. In the heap they would leave gaps that the next ones do not fit into; pages of
 // their own go back to the system. Without a word from us the first large one that is freed would
 // raise the threshold for good. Decoded blocks are smaller: so many come at a track's start that
 // fresh pages for each would delay it by two milliseconds.
-static const int ownPagesFrom = 32 * 1024;
+constexpr int ownPagesFrom = 32 * 1024;
+
+} // namespace
 
 void setUpHeap()
 {
