@@ -2,11 +2,14 @@
 export function createCommands({ api, dispatch, notices: { attempt, showResult } }) {
   const command = async (name, body) => {
     dispatch({ type: 'busy', name, by: 1 });
-    await attempt(async () => {
-      const answer = await api.command(name, body);
-      if (answer?.result?.path) await showResult(answer.result.path);
-    });
-    dispatch({ type: 'busy', name, by: -1 });
+    try {
+      await attempt(async () => {
+        const answer = await api.command(name, body);
+        if (answer?.result?.path) await showResult(answer.result.path);
+      });
+    } finally {
+      dispatch({ type: 'busy', name, by: -1 });
+    }
   };
   return {
     pause: () => command('pause'),

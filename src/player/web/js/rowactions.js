@@ -11,8 +11,11 @@ export function createRowActions({ api, dispatch, notices, now }) {
     async play(row) {
       dispatch({ type: 'starting', ref: row.ref });
       dispatch({ type: 'announce', text: t('row.starting', { title: titleOf(row) }) });
-      await attempt(() => api.play(row.ref), showProblem);
-      dispatch({ type: 'starting', ref: '' });
+      try {
+        await attempt(() => api.play(row.ref), showProblem);
+      } finally {
+        dispatch({ type: 'starting', ref: '' });
+      }
     },
 
     /** Presses an action row; `where` says what closing and opening mean there. */
