@@ -24,7 +24,7 @@ TEST_F(Step, a_wish_for_the_next_track_at_the_end_of_one_is_that_of_the_end)
 {
     start();
     const QVariantHash station = house.row(QStringLiteral("Stations/"));
-    house.fault("kind=chunk effect=none skip=1 delay=5000");
+    house.fault("kind=chunk effect=none skip=1 delay=10000");
     valueOf(house.player().play(station));
     const QString byItself = QStringLiteral("START AUTO_NEXT");
     const auto started = [&](const QString& report) {
