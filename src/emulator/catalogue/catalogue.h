@@ -76,7 +76,7 @@ struct Station
 
 /// What of the catalogue a search may find, in the order of its results.
 enum class Kind { Artist, Album, Station, Track };
-constexpr std::array<Kind, 4> SearchOrder{ Kind::Artist, Kind::Album, Kind::Station, Kind::Track };
+constexpr std::array<Kind, 4> searchOrder{ Kind::Artist, Kind::Album, Kind::Station, Kind::Track };
 
 /// Everything that the service can serve, sorted for display and indexed. Never changed once built,
 /// so that threads may share it; a further scan builds another.
@@ -93,7 +93,7 @@ public:
     QHash<Id, int> artistPlaces;
     QHash<Id, int> playlistPlaces;
     QHash<Id, int> stationPlaces;
-    std::array<WordIndex, SearchOrder.size()> searchIndexes; ///< in SearchOrder
+    std::array<WordIndex, searchOrder.size()> searchIndexes; ///< in searchOrder
     int revision = 0; ///< grows with each catalogue of a run
 
     /// The thing of the id; null when the catalogue does not hold it.

@@ -13,9 +13,9 @@ namespace emulator::catalogue {
 
 namespace {
 
-const QString UnknownArtist = QStringLiteral("Unknown artist");
-const QString UnknownAlbum = QStringLiteral("Unknown album");
-const QString VariousArtists = QStringLiteral("Various artists");
+const QString unknownArtist = QStringLiteral("Unknown artist");
+const QString unknownAlbum = QStringLiteral("Unknown album");
+const QString variousArtists = QStringLiteral("Various artists");
 
 QString lastComponent(const QString& path)
 {
@@ -141,7 +141,7 @@ void Builder::addTracks()
         added.id = makeId(QStringLiteral("track"), file->path);
         added.path = file->path;
         added.title = orElse(tags.title, titleFromName(file->path));
-        added.artist = orElse(tags.artist, orElse(tags.albumArtist, UnknownArtist));
+        added.artist = orElse(tags.artist, orElse(tags.albumArtist, unknownArtist));
         added.genre = tags.genre;
         added.number = tags.number;
         added.disc = tags.disc;
@@ -162,7 +162,7 @@ void Builder::addAlbums()
     for (size_t i = 0; i < m_files.size(); ++i) {
         const MusicFile& file = *m_files[i];
         const QString folder = albumFolder(file.path);
-        const QString title = orElse(file.tags.album, orElse(lastComponent(folder), UnknownAlbum));
+        const QString title = orElse(file.tags.album, orElse(lastComponent(folder), unknownAlbum));
         const QString owner = file.tags.albumArtist.isEmpty() ? QLatin1Char('/') + folder
                                                               : fold(file.tags.albumArtist);
         const QString key = fold(title) + QChar(0) + owner;
@@ -211,7 +211,7 @@ QString Builder::albumArtist(const Album& album) const
     const QString first = m_catalogue.trackAt(album.tracks.front()).artist;
     const bool same = std::all_of(album.tracks.begin(), album.tracks.end(),
         [&](int place) { return fold(m_catalogue.trackAt(place).artist) == fold(first); });
-    return same ? first : VariousArtists;
+    return same ? first : variousArtists;
 }
 
 QString Builder::albumPicture(const Album& album) const

@@ -9,7 +9,7 @@ namespace emulator::catalogue {
 
 namespace {
 
-const QLatin1String TitleTag("#PLAYLIST:");
+const QLatin1String titleTag("#PLAYLIST:");
 
 QString decode(const QByteArray& text)
 {
@@ -52,8 +52,8 @@ PlaylistFile parsePlaylist(const QString& path, const QByteArray& text, const QS
     const QString folder = QFileInfo(path).path();
     for (const QString& raw : decode(text).split(QLatin1Char('\n'))) {
         const QString line = raw.trimmed();
-        if (line.startsWith(TitleTag))
-            playlist.title = line.mid(TitleTag.size()).trimmed();
+        if (line.startsWith(titleTag))
+            playlist.title = line.mid(titleTag.size()).trimmed();
         if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
             continue;
         const QString local = localPath(line);

@@ -15,9 +15,9 @@ namespace emulator::catalogue {
 
 namespace {
 
-constexpr qint64 MinReportIntervalMs = 300;
+constexpr qint64 minReportIntervalMs = 300;
 // What a report costs grows with the library; so reporting takes at most a ninth of the time.
-constexpr qint64 ReportCostFactor = 8;
+constexpr qint64 reportCostFactor = 8;
 
 qint64 nowMs()
 {
@@ -157,7 +157,7 @@ void Scanner::reportWhenDue()
         return;
     report();
     const qint64 end = nowMs();
-    m_nextReportMs = end + std::max(MinReportIntervalMs, (end - start) * ReportCostFactor);
+    m_nextReportMs = end + std::max(minReportIntervalMs, (end - start) * reportCostFactor);
 }
 
 void Scanner::report()

@@ -11,9 +11,9 @@ namespace emulator::catalogue {
 namespace {
 
 // Raise it whenever the layout or the meaning of what is kept changes.
-const QByteArray Magic = "TAVU-SCAN-1\n";
-constexpr auto StreamVersion = QDataStream::Qt_5_15;
-constexpr int DigestSize = 20;
+const QByteArray magic = "TAVU-SCAN-1\n";
+constexpr auto streamVersion = QDataStream::Qt_5_15;
+constexpr int digestSize = 20;
 
 QByteArray digest(const QByteArray& payload)
 {
@@ -70,14 +70,14 @@ void read(QDataStream& in, std::vector<T>& list)
 std::optional<ScanResult> loadScan(const QString& stateFile, const QString& root)
 {
     QFile file(stateFile);
-    if (!file.open(QIODevice::ReadOnly) || file.read(Magic.size()) != Magic)
+    if (!file.open(QIODevice::ReadOnly) || file.read(magic.size()) != magic)
         return std::nullopt;
-    const QByteArray expected = file.read(DigestSize);
+    const QByteArray expected = file.read(digestSize);
     const QByteArray payload = file.readAll();
     if (digest(payload) != expected)
         return std::nullopt;
     QDataStream in(payload);
-    in.setVersion(StreamVersion);
+    in.setVersion(streamVersion);
     QString savedRoot;
     ScanResult scan;
     in >> savedRoot >> scan.folderPictures;
@@ -92,12 +92,12 @@ QString saveScan(const QString& stateFile, const QString& root, const ScanResult
 {
     QByteArray payload;
     QDataStream out(&payload, QIODevice::WriteOnly);
-    out.setVersion(StreamVersion);
+    out.setVersion(streamVersion);
     out << root << scan.folderPictures;
     write(out, scan.files);
     write(out, scan.playlists);
     QString error;
-    const QByteArray state = Magic + digest(payload) + payload;
+    const QByteArray state = magic + digest(payload) + payload;
     if (!files::replaceFile(stateFile, state, files::publicFile, &error))
         return QStringLiteral("cannot write %1").arg(error);
     return QString();

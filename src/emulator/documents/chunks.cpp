@@ -14,7 +14,7 @@ using catalogue::Track;
 namespace {
 
 // The plug-in looks for this key in a chunk document whose URL has no fragment.
-const QString ChunkKey = QStringLiteral("chunk");
+const QString chunkKey = QStringLiteral("chunk");
 
 QString contextOf(const QString& folder, Id id)
 {
@@ -87,7 +87,7 @@ Chunks::Document Chunks::container(
     if (first >= limit)
         chunk.setPrevTrackPointer(
             trackPointer(links::chunkFrom(folder, id, first - limit), limit - 1));
-    return builder.toJson(builder.addChunk(ChunkKey, chunk));
+    return builder.toJson(builder.addChunk(chunkKey, chunk));
 }
 
 Chunks::Document Chunks::track(Id id) const
@@ -124,7 +124,7 @@ Chunks::Document Chunks::station(Id id, quint64 session, int position) const
         chunk.setPrevTrackPointer(
             trackPointer(links::stationChunk(id, session, previous), position - previous - 1));
     }
-    return builder.toJson(builder.addChunk(ChunkKey, chunk));
+    return builder.toJson(builder.addChunk(chunkKey, chunk));
 }
 
 Chunks::Document Chunks::instance(Id id, const QString& context) const

@@ -10,9 +10,9 @@ using catalogue::Track;
 
 namespace {
 
-const QString Ask = QStringLiteral("ask");
-const QString Refuse = QStringLiteral("refuse");
-const QString SkipWhenRated = QStringLiteral("skip");
+const QString ask = QStringLiteral("ask");
+const QString refuse = QStringLiteral("refuse");
+const QString skipWhenRated = QStringLiteral("skip");
 
 QString text(const char* ascii)
 {
@@ -78,11 +78,11 @@ ErrorReport Messages::report(const QString& name) const
     if (name == QLatin1String("mute"))
         return errorReport(
             text("Something went wrong"), text("Something went wrong"), QString(), {});
-    if (name == Refuse)
+    if (name == refuse)
         return errorReport(text("This song was withdrawn"), text("Withdrawn"),
             text("It was taken out of the catalogue a moment ago."),
             { QVariantList{ closeOption(text("Close")).__variant() } });
-    if (name == Ask)
+    if (name == ask)
         return errorReport(text("Still listening?"), QString(),
             text("The music goes on as soon as the player tells that you are there."),
             { QVariantList{ closeOption(text("Stop")).__variant(),
@@ -153,9 +153,9 @@ QByteArray Messages::page() const
         addContainer(builder, text("broken"), text("A page that fails"), true),
     };
     if (const Track* track = exampleTrack()) {
-        items += addPlaying(builder, Ask, text("Plays after a question"), *track);
-        items += addPlaying(builder, Refuse, text("Is refused when it starts"), *track);
-        items += addPlaying(builder, SkipWhenRated, text("Is skipped when rated"), *track);
+        items += addPlaying(builder, ask, text("Plays after a question"), *track);
+        items += addPlaying(builder, refuse, text("Is refused when it starts"), *track);
+        items += addPlaying(builder, skipWhenRated, text("Is skipped when rated"), *track);
     }
     TavuAmazonMusicNavigationNodeDescription node;
     node.setItems(items);
@@ -175,7 +175,7 @@ std::optional<Messages::Answer> Messages::folder(const QString& name) const
 std::optional<Messages::Answer> Messages::chunk(const QString& name) const
 {
     const Track* example = exampleTrack();
-    const bool plays = name == Ask || name == Refuse || name == SkipWhenRated;
+    const bool plays = name == ask || name == refuse || name == skipWhenRated;
     if (!plays)
         return Answer{ 409, errorDocument(report(name)) };
     if (!example)
@@ -202,7 +202,7 @@ std::optional<Messages::Answer> Messages::chunk(const QString& name) const
 
 std::optional<ErrorReport> Messages::startRefusal(const QString& context) const
 {
-    for (const QString& name : { Ask, Refuse }) {
+    for (const QString& name : { ask, refuse }) {
         if (isContext(context, name))
             return report(name);
     }
@@ -211,7 +211,7 @@ std::optional<ErrorReport> Messages::startRefusal(const QString& context) const
 
 bool Messages::skipsWhenRated(const QString& context)
 {
-    return isContext(context, SkipWhenRated);
+    return isContext(context, skipWhenRated);
 }
 
 } // namespace emulator::documents

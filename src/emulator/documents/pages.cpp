@@ -21,7 +21,7 @@ using catalogue::Track;
 
 namespace {
 
-const QString PageKey = QStringLiteral("page");
+const QString pageKey = QStringLiteral("page");
 
 QString keyOf(const char* kind, Id id)
 {
@@ -65,7 +65,7 @@ QByteArray finish(DocumentBuilder& builder, const QStringList& items, const QStr
     node.setItems(items);
     if (!nextPage.isEmpty())
         node.setNextPage(nextPage);
-    return builder.toJson(builder.addNode(PageKey, node));
+    return builder.toJson(builder.addNode(pageKey, node));
 }
 
 QString summaryOf(DocumentBuilder& builder, const QString& key, const QString& url)
@@ -319,7 +319,7 @@ QByteArray Pages::search(const QString& keywords, const QString& cursor) const
         const auto hits =
             m_catalogue.searchIndexes[index].find(prefixes, from, m_rules.pageSize - items.size());
         for (const int place : hits.things)
-            items += addHit(builder, catalogue::SearchOrder[index], place);
+            items += addHit(builder, catalogue::searchOrder[index], place);
         if (hits.next >= 0)
             return finish(builder, items,
                 QStringLiteral("?keywords=%1&cursor=%2.%3")

@@ -8,8 +8,8 @@ namespace {
 
 using Type = Parameter::Type;
 
-const Parameter After{ "after", Type::Number, "bytes of the body that still arrive (0)" };
-const Parameter Pace{ "bytesPerSecond", Type::Number, "how slowly they arrive (no limit)" };
+const Parameter after{ "after", Type::Number, "bytes of the body that still arrive (0)" };
+const Parameter pace{ "bytesPerSecond", Type::Number, "how slowly they arrive (no limit)" };
 
 std::vector<EffectKind> preparations()
 {
@@ -110,10 +110,10 @@ std::vector<EffectKind> disturbances()
         { "trickle", Stage::Deliver, "sends the body slowly",
             { { "bytesPerSecond", Type::Number, "how slowly (1)" } } },
         { "stall", Stage::Deliver, "stops in the body and keeps the connection open",
-            { After, Pace } },
+            { after, pace } },
         { "cut", Stage::Deliver, "closes the connection before Content-Length is reached",
-            { After, Pace } },
-        { "reset", Stage::Deliver, "resets the connection in the body", { After, Pace } },
+            { after, pace } },
+        { "reset", Stage::Deliver, "resets the connection in the body", { after, pace } },
         { "chunked-cut", Stage::Deliver, "sends the body in chunks and closes without the last one",
             { { "after", Type::Number, "bytes of the body that still arrive (all)" } } },
         { "surplus", Stage::Deliver, "sends more bytes than Content-Length says",

@@ -8,9 +8,9 @@ namespace emulator::faults {
 
 namespace {
 
-const QString Any = QStringLiteral("*");
+const QString any = QStringLiteral("*");
 // A text that no document holds; stands where a number is to be written by hand.
-const QString NumberMark = QStringLiteral("@@number@@");
+const QString numberMark = QStringLiteral("@@number@@");
 
 bool isObject(const QVariant& json)
 {
@@ -33,7 +33,7 @@ QVariant withChildren(const QVariant& json, const QString& name, bool make, Chan
 {
     if (isObject(json)) {
         QVariantHash object = json.toHash();
-        if (name == Any) {
+        if (name == any) {
             for (QVariant& child : object)
                 child = change(child);
         } else if (object.contains(name) || make) {
@@ -46,7 +46,7 @@ QVariant withChildren(const QVariant& json, const QString& name, bool make, Chan
         bool isIndex = false;
         const int index = name.toInt(&isIndex);
         for (int i = 0; i < list.size(); ++i) {
-            if (name == Any || (isIndex && i == index))
+            if (name == any || (isIndex && i == index))
                 list[i] = change(list.at(i));
         }
         return list;
@@ -71,7 +71,7 @@ QVariant removeAt(const QVariant& json, const QStringList& path)
     if (!isObject(json))
         return json;
     QVariantHash object = json.toHash();
-    if (path.first() == Any)
+    if (path.first() == any)
         object.clear();
     object.remove(path.first());
     return object;
@@ -81,7 +81,7 @@ QVariant removeKey(const QVariant& json, const QString& key)
 {
     const QVariant rest = isObject(json) ? removeAt(json, { key }) : json;
     return withChildren(
-        rest, Any, false, [&key](const QVariant& child) { return removeKey(child, key); });
+        rest, any, false, [&key](const QVariant& child) { return removeKey(child, key); });
 }
 
 QVariant wrongValue(const QVariant& json)
@@ -101,14 +101,14 @@ QVariant markNumbers(const QVariant& json, const QString& spare)
 {
     if (isObject(json) || isList(json)) {
         const auto mark = [&spare](const QVariant& child) { return markNumbers(child, spare); };
-        QVariant marked = withChildren(json, Any, false, mark);
+        QVariant marked = withChildren(json, any, false, mark);
         if (isObject(json) && json.toHash().contains(spare))
             marked = setAt(marked, { spare }, json.toHash().value(spare));
         return marked;
     }
     const bool number =
         json.isValid() && json.type() != QVariant::String && json.type() != QVariant::Bool;
-    return number ? QVariant(NumberMark) : json;
+    return number ? QVariant(numberMark) : json;
 }
 
 } // namespace
@@ -130,11 +130,11 @@ QVariant edited(const QVariant& json, const QVariantHash& set, const QVariantLis
 // their fields that are wrong.
 QVariant withWrongTypes(const QVariant& json)
 {
-    return withChildren(json, Any, false, [](const QVariant& collection) {
+    return withChildren(json, any, false, [](const QVariant& collection) {
         if (!isObject(collection))
             return collection;
-        return withChildren(collection, Any, false,
-            [](const QVariant& record) { return withChildren(record, Any, false, wrongValue); });
+        return withChildren(collection, any, false,
+            [](const QVariant& record) { return withChildren(record, any, false, wrongValue); });
     });
 }
 
@@ -155,14 +155,14 @@ QVariant withItems(const QVariant& json, int count)
     many.reserve(count);
     for (int i = 0; i < count; ++i)
         many += QStringLiteral("#i");
-    return setAt(setAt(json, { nodesKey, Any, itemsKey }, many),
+    return setAt(setAt(json, { nodesKey, any, itemsKey }, many),
         { descriptionsKey, QStringLiteral("i") }, first);
 }
 
 QByteArray withNumbers(const QVariant& json, const QByteArray& number, const QString& spare)
 {
     return TavuJson::toJson(markNumbers(json, spare))
-        .replace('"' + NumberMark.toUtf8() + '"', number);
+        .replace('"' + numberMark.toUtf8() + '"', number);
 }
 
 } // namespace emulator::faults

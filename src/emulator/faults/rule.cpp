@@ -8,18 +8,18 @@ namespace emulator::faults {
 
 namespace {
 
-const QString EffectKey = QStringLiteral("effect");
-const QString DelayKey = QStringLiteral("delay");
-const QString TimesKey = QStringLiteral("times");
-const QString SkipKey = QStringLiteral("skip");
-const QString Forever = QStringLiteral("forever");
+const QString effectKey = QStringLiteral("effect");
+const QString delayKey = QStringLiteral("delay");
+const QString timesKey = QStringLiteral("times");
+const QString skipKey = QStringLiteral("skip");
+const QString forever = QStringLiteral("forever");
 
 struct TextField
 {
     const char* name;
     QString Rule::*member;
 };
-const TextField TextFields[]{ { "name", &Rule::name }, { "method", &Rule::method },
+const TextField textFields[]{ { "name", &Rule::name }, { "method", &Rule::method },
     { "path", &Rule::path }, { "host", &Rule::host }, { "kind", &Rule::kind },
     { "listener", &Rule::listener } };
 
@@ -56,12 +56,12 @@ QVariant convert(const QVariant& value, Parameter::Type type)
 // Takes the rule's own fields out of `fields`; what stays belongs to the effect.
 QString takeFields(QVariantHash& fields, Rule& rule)
 {
-    for (const TextField& field : TextFields)
+    for (const TextField& field : textFields)
         rule.*field.member = fields.take(QLatin1String(field.name)).toString();
-    const QVariant times = fields.take(TimesKey);
-    const QVariant skip = fields.take(SkipKey);
-    const QVariant delay = fields.take(DelayKey);
-    if (times.isValid() && times.toString() != Forever && (!isNumber(times) || times.toInt() < 0))
+    const QVariant times = fields.take(timesKey);
+    const QVariant skip = fields.take(skipKey);
+    const QVariant delay = fields.take(delayKey);
+    if (times.isValid() && times.toString() != forever && (!isNumber(times) || times.toInt() < 0))
         return QStringLiteral("\"times\" must be a number or \"forever\"");
     if (skip.isValid() && (!isNumber(skip) || skip.toInt() < 0))
         return QStringLiteral("\"skip\" must be a number");
@@ -70,7 +70,7 @@ QString takeFields(QVariantHash& fields, Rule& rule)
     if (!rule.listener.isEmpty() && rule.listener != QLatin1String("http")
         && rule.listener != QLatin1String("tls"))
         return QStringLiteral("\"listener\" must be \"http\" or \"tls\"");
-    rule.times = times.toString() == Forever ? 0 : times.toInt();
+    rule.times = times.toString() == forever ? 0 : times.toInt();
     rule.skip = skip.toInt();
     rule.effect.delayMs = delay.toInt();
     return {};
@@ -78,7 +78,7 @@ QString takeFields(QVariantHash& fields, Rule& rule)
 
 QString namesOf(const std::vector<Parameter>& parameters)
 {
-    QStringList names{ DelayKey };
+    QStringList names{ delayKey };
     for (const Parameter& parameter : parameters)
         names += QLatin1String(parameter.name);
     return names.join(QLatin1String(", "));
@@ -182,7 +182,7 @@ ParsedRule parseRule(const QVariantHash& given)
     if (!wrong.isEmpty())
         return problem(wrong);
     rule.effect.kind =
-        fields.contains(EffectKey) ? fields.take(EffectKey).toString() : QStringLiteral("none");
+        fields.contains(effectKey) ? fields.take(effectKey).toString() : QStringLiteral("none");
     const EffectKind* kind = effectKind(rule.effect.kind);
     if (!kind)
         return problem(QStringLiteral("there is no effect \"%1\"; there are: %2")
@@ -217,16 +217,16 @@ ParsedRule parseRule(const QString& text)
 QVariantHash describe(const Rule& rule)
 {
     QVariantHash fields = rule.effect.parameters;
-    for (const TextField& field : TextFields) {
+    for (const TextField& field : textFields) {
         if (!(rule.*field.member).isEmpty())
             fields.insert(QLatin1String(field.name), rule.*field.member);
     }
-    fields.insert(EffectKey, rule.effect.kind);
+    fields.insert(effectKey, rule.effect.kind);
     if (rule.effect.delayMs > 0)
-        fields.insert(DelayKey, rule.effect.delayMs);
+        fields.insert(delayKey, rule.effect.delayMs);
     if (rule.skip > 0)
-        fields.insert(SkipKey, rule.skip);
-    fields.insert(TimesKey, rule.times > 0 ? QVariant(rule.times) : QVariant(Forever));
+        fields.insert(skipKey, rule.skip);
+    fields.insert(timesKey, rule.times > 0 ? QVariant(rule.times) : QVariant(forever));
     fields.insert(QStringLiteral("id"), rule.id);
     fields.insert(QStringLiteral("hits"), rule.hits);
     return fields;

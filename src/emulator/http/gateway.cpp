@@ -11,8 +11,8 @@ namespace emulator {
 
 namespace {
 
-const QString TokenField = QStringLiteral("token");
-const QString GoodToken = QStringLiteral("good");
+const QString tokenField = QStringLiteral("token");
+const QString goodToken = QStringLiteral("good");
 
 faults::Target targetOf(const http::Request& request, const QString& kind)
 {
@@ -126,7 +126,7 @@ Gateway::CallPointer Gateway::admit(const Route& route, const http::Request& req
         m_annotate(request, call->entry.details);
     if (route.access == Access::Token)
         call->entry.details.insert(
-            TokenField, m_checkToken(request.headers.value("authorization")));
+            tokenField, m_checkToken(request.headers.value("authorization")));
     if (call->hit) {
         call->entry.fault = call->hit->name;
         call->entry.effect = call->hit->effect.kind;
@@ -163,7 +163,7 @@ faults::Answer Gateway::answerOf(const Route& route, Call& call)
                      call.hit->effect, call.moment.serviceBase, call.request.target),
             QString(), {} };
     if (route.access == Access::Token
-        && call.entry.details.value(TokenField).toString() != GoodToken)
+        && call.entry.details.value(tokenField).toString() != goodToken)
         return unauthorized();
     return route.handle(call);
 }

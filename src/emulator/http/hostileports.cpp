@@ -15,7 +15,7 @@ namespace emulator {
 
 namespace {
 
-constexpr long Day = 24L * 3600;
+constexpr long day = 24L * 3600;
 
 QString hostName(const char* name, const QString& domain)
 {
@@ -95,7 +95,7 @@ bool HostilePorts::openBad(http::Server& server, const QHostAddress& address,
                            const char* name) { return QStringList{ hostName(name, domain) }; };
     note("expired", domain,
         listenWith(
-            server, address, makeServerIdentity(authority, names("expired"), { -30 * Day, -Day })));
+            server, address, makeServerIdentity(authority, names("expired"), { -30 * day, -day })));
     note("unknown-ca", domain,
         listenWith(server, address, makeServerIdentity(makeAuthority(), names("unknown-ca"))));
     note("wrong-host", domain,

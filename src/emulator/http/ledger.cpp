@@ -8,7 +8,7 @@ namespace emulator {
 
 namespace {
 
-const QString Redacted = QStringLiteral("redacted");
+const QString redacted = QStringLiteral("redacted");
 
 bool isSecret(const QString& name)
 {
@@ -31,7 +31,7 @@ qint64 Ledger::add(const LedgerEntry& entry)
     const std::lock_guard lock(m_mutex);
     m_entries.push_back(entry);
     m_entries.back().serial = ++m_lastSerial;
-    if (m_entries.size() > MaxEntries)
+    if (m_entries.size() > maxEntries)
         m_entries.pop_front();
     return m_lastSerial;
 }
@@ -96,7 +96,7 @@ QString redactQuery(const QString& query)
     for (QString& item : items) {
         const QString name = item.section(QLatin1Char('='), 0, 0);
         if (isSecret(name))
-            item = name + QLatin1Char('=') + Redacted;
+            item = name + QLatin1Char('=') + redacted;
     }
     return items.join(QLatin1Char('&'));
 }

@@ -51,7 +51,7 @@ public:
     void clear();
 
 private:
-    static constexpr size_t MaxEntries = 50000;
+    static constexpr size_t maxEntries = 50000;
 
     mutable std::mutex m_mutex;
     std::deque<LedgerEntry> m_entries;

@@ -20,8 +20,8 @@ using faults::Answer;
 
 namespace {
 
-constexpr int DrawnSize = 300;
-constexpr int DrawnCacheBytes = 8 * 1024 * 1024;
+constexpr int drawnSize = 300;
+constexpr int drawnCacheBytes = 8 * 1024 * 1024;
 
 Answer notFound()
 {
@@ -63,7 +63,7 @@ MusicService::MusicService(catalogue::Library& library, const documents::Rules& 
     , m_rules(rules)
     , m_media(secret)
     , m_seed(seed)
-    , m_drawn(DrawnCacheBytes)
+    , m_drawn(drawnCacheBytes)
 {
 }
 
@@ -308,7 +308,7 @@ Answer MusicService::drawn(const QString& name)
 {
     QByteArray* kept = m_drawn.object(name);
     if (!kept) {
-        kept = new QByteArray(samples::drawCover(name, DrawnSize));
+        kept = new QByteArray(samples::drawCover(name, drawnSize));
         m_drawn.insert(name, kept, kept->size());
     }
     return picture({ *kept, "image/png" });

@@ -11,7 +11,7 @@ namespace emulator {
 
 namespace {
 
-constexpr int UsageError = 2;
+constexpr int usageError = 2;
 
 QString text(const char* ascii)
 {
@@ -32,7 +32,7 @@ struct OptionText
     const char* value; ///< what it takes; null: nothing
 };
 
-const OptionText Options[]{
+const OptionText options[]{
     { "state", "Keep state in <folder> (default: the user's state folder).", "folder" },
     { "samples", "Make the sample albums in <folder>.", "folder" },
     { "listen", "Listen on <address> (default 127.0.0.1).", "address" },
@@ -106,7 +106,7 @@ private:
     QString m_problem;
 };
 
-constexpr qint64 MaxInt = std::numeric_limits<int>::max();
+constexpr qint64 maxInt = std::numeric_limits<int>::max();
 
 void readPlaces(Reader& reader, const QCommandLineParser& parser, Settings& settings)
 {
@@ -160,11 +160,11 @@ void readDocuments(Reader& reader, Settings& settings)
 {
     reader.number("seed", settings.seed, 0, std::numeric_limits<qint64>::max());
     reader.number("page-size", settings.documents.pageSize, 1, 10000);
-    reader.number("station-length", settings.documents.stationLength, 0, MaxInt);
-    reader.number("key-headers-every", settings.documents.keyHeadersEvery, 0, MaxInt);
-    reader.number("unrated-every", settings.documents.unratedEvery, 0, MaxInt);
+    reader.number("station-length", settings.documents.stationLength, 0, maxInt);
+    reader.number("key-headers-every", settings.documents.keyHeadersEvery, 0, maxInt);
+    reader.number("unrated-every", settings.documents.unratedEvery, 0, maxInt);
     qint64 seconds = settings.documents.expiresAfterMs / 1000;
-    reader.number("expires-after", seconds, 0, MaxInt);
+    reader.number("expires-after", seconds, 0, maxInt);
     settings.documents.expiresAfterMs = seconds * 1000;
 }
 
@@ -175,9 +175,9 @@ void readLogin(Reader& reader, Settings& settings)
         rules.clientId = reader.value("client-id");
     if (reader.isSet("client-secret"))
         rules.clientSecret = reader.value("client-secret");
-    reader.number("poll-interval", rules.pollIntervalS, 0, MaxInt);
-    reader.number("code-lifetime", rules.codeLifetimeS, 0, MaxInt);
-    reader.number("token-lifetime", rules.tokenLifetimeS, 0, MaxInt);
+    reader.number("poll-interval", rules.pollIntervalS, 0, maxInt);
+    reader.number("code-lifetime", rules.codeLifetimeS, 0, maxInt);
+    reader.number("token-lifetime", rules.tokenLifetimeS, 0, maxInt);
     rules.refreshGrace = !reader.isSet("strict-refresh");
     rules.autoApprove = reader.isSet("auto-approve");
     const QString form = reader.value("device-grant");
@@ -208,7 +208,7 @@ void describeOptions(QCommandLineParser& parser)
              "is ready."));
     parser.addPositionalArgument(
         text("folder"), text("The folder that holds the music."), text("[folder]"));
-    for (const OptionText& option : Options) {
+    for (const OptionText& option : options) {
         parser.addOption({ QLatin1String(option.name), text(option.meaning),
             option.value ? QLatin1String(option.value) : QString() });
     }
@@ -234,7 +234,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
     parser.addOption(help);
     const QCommandLineOption version = parser.addVersionOption();
     if (!parser.parse(arguments))
-        return saying(withFullStop(parser.errorText()) + text(" Try --help."), UsageError);
+        return saying(withFullStop(parser.errorText()) + text(" Try --help."), usageError);
     if (parser.isSet(help))
         return saying(parser.helpText(), 0);
     if (parser.isSet(version))
@@ -248,7 +248,7 @@ CommandLine parseCommandLine(const QStringList& arguments)
     readLogin(reader, settings);
     readFaults(reader, parser, settings);
     if (!reader.problem().isEmpty())
-        return saying(reader.problem(), UsageError);
+        return saying(reader.problem(), usageError);
     line.settings = settings;
     line.readyFile = reader.value("ready-file");
     return line;

@@ -21,10 +21,10 @@ namespace emulator {
 
 namespace {
 
-constexpr int ReadyAtLatestMs = 2000;
-constexpr qint64 ProgressEveryMs = 1000;
-constexpr size_t ProblemsTold = 10;
-constexpr int PortInUse = 2;
+constexpr int readyAtLatestMs = 2000;
+constexpr qint64 progressEveryMs = 1000;
+constexpr size_t problemsTold = 10;
+constexpr int portInUse = 2;
 
 QString text(const char* ascii)
 {
@@ -193,7 +193,7 @@ std::optional<Emulator::Failure> Emulator::start()
     connect(m_library.get(), &catalogue::Library::catalogueChanged, this, &Emulator::tellProgress);
     connect(m_library.get(), &catalogue::Library::scanned, this, &Emulator::tellScanned);
     connect(m_library.get(), &catalogue::Library::stateNotSaved, this, &Emulator::notice);
-    QTimer::singleShot(ReadyAtLatestMs, this, &Emulator::becomeReady);
+    QTimer::singleShot(readyAtLatestMs, this, &Emulator::becomeReady);
     m_library->scan();
     return std::nullopt;
 }
@@ -270,11 +270,11 @@ Emulator::Failure Emulator::portRefused(quint16 port) const
     if (port == 0)
         return { text("No port of %1 can be used: %2. --listen takes an address of this machine.")
                      .arg(address, why),
-            PortInUse };
+            portInUse };
     return { text("Port %1 of %2 cannot be used: %3. Is another emulator running? \"ss -ltnp\" "
                   "tells who holds it; port 0 takes a free one.")
                  .arg(QString::number(port), address, why),
-        PortInUse };
+        portInUse };
 }
 
 std::optional<Emulator::Failure> Emulator::listen()
@@ -362,7 +362,7 @@ void Emulator::tellProgress()
     becomeReady();
     const catalogue::ScanStatus status = m_library->status();
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    if (status.phase != catalogue::ScanStatus::Phase::Reading || now - m_toldMs < ProgressEveryMs)
+    if (status.phase != catalogue::ScanStatus::Phase::Reading || now - m_toldMs < progressEveryMs)
         return;
     m_toldMs = now;
     Q_EMIT notice(text("Reading the music: %1 of %2 files").arg(status.read).arg(status.toRead));
@@ -381,12 +381,12 @@ void Emulator::tellScanned()
                           .arg(catalogue->tracks.size())
                           .arg(catalogue->albums.size())
                           .arg(m_library->root()));
-    for (size_t i = 0; i < status.problems.size() && i < ProblemsTold; ++i)
+    for (size_t i = 0; i < status.problems.size() && i < problemsTold; ++i)
         Q_EMIT notice(
             text("Left out: %1: %2").arg(status.problems[i].first, status.problems[i].second));
-    if (status.problems.size() > ProblemsTold)
+    if (status.problems.size() > problemsTold)
         Q_EMIT notice(text("%1 more were left out; %2emulator/status lists them all")
-                          .arg(status.problems.size() - ProblemsTold)
+                          .arg(status.problems.size() - problemsTold)
                           .arg(description().value(text("http")).toString()));
 }
 

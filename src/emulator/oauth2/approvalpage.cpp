@@ -8,7 +8,7 @@ namespace emulator::oauth2 {
 
 namespace {
 
-const QByteArray Style = R"(
+const QByteArray style = R"(
 :root { color-scheme: light dark; --ink: #1c1f26; --paper: #f6f5f2; --card: #ffffff; --act: #0b5cad; }
 @media (prefers-color-scheme: dark) {
   :root { --ink: #f1f0ec; --paper: #16181d; --card: #22252c; --act: #7ab8ff; } }
@@ -32,7 +32,7 @@ QByteArray page(const QByteArray& title, const QByteArray& content)
     return "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">"
            "<title>"
-        + title + "</title><style>" + Style + "</style></head><body><main>" + content
+        + title + "</title><style>" + style + "</style></head><body><main>" + content
         + "</main></body></html>\n";
 }
 
@@ -118,7 +118,7 @@ QByteArray ApprovalPage::done(bool approved)
 QByteArray ApprovalPage::policy()
 {
     static const QByteArray digest =
-        QCryptographicHash::hash(Style, QCryptographicHash::Sha256).toBase64();
+        QCryptographicHash::hash(style, QCryptographicHash::Sha256).toBase64();
     return "default-src 'none'; style-src 'sha256-" + digest
         + "'; form-action 'self'; frame-ancestors 'none'; base-uri 'none'";
 }

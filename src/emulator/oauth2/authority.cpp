@@ -9,9 +9,9 @@ namespace emulator::oauth2 {
 namespace {
 
 // No vowels, so that no words come up, and nothing that is easily misread (RFC 8628, 6.1).
-const QString CodeLetters = QStringLiteral("BCDFGHJKLMNPQRSTVWXZ");
-constexpr int CodeHalf = 4;
-constexpr qint64 SlowDownMs = 5000;
+const QString codeLetters = QStringLiteral("BCDFGHJKLMNPQRSTVWXZ");
+constexpr int codeHalf = 4;
+constexpr qint64 slowDownMs = 5000;
 
 QString text(const char* ascii)
 {
@@ -27,14 +27,14 @@ Answer refusal(const char* error, const char* description, int status = 400)
 QString randomCode()
 {
     QString code;
-    for (int i = 0; i < 2 * CodeHalf; ++i)
-        code += CodeLetters.at(QRandomGenerator::system()->bounded(CodeLetters.size()));
+    for (int i = 0; i < 2 * codeHalf; ++i)
+        code += codeLetters.at(QRandomGenerator::system()->bounded(codeLetters.size()));
     return code;
 }
 
 QString grouped(const QString& code)
 {
-    return code.left(CodeHalf) + QLatin1Char('-') + code.mid(CodeHalf);
+    return code.left(codeHalf) + QLatin1Char('-') + code.mid(codeHalf);
 }
 
 // People type the code in any case, with or without the dash.
@@ -176,7 +176,7 @@ Answer Authority::pollOf(Pending& pending, const Form& form, qint64 nowMs)
         && nowMs - pending.lastPollMs < pending.intervalMs - pending.intervalMs / 10;
     pending.lastPollMs = nowMs;
     if (early) {
-        pending.intervalMs += SlowDownMs;
+        pending.intervalMs += slowDownMs;
         return refusal("slow_down", "asked too soon");
     }
     if (pending.asking.decision == Decision::Open)

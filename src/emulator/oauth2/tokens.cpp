@@ -18,11 +18,11 @@ namespace emulator::oauth2 {
 
 namespace {
 
-const QString AccessMark = QStringLiteral("access");
-const QString RefreshMark = QStringLiteral("refresh");
-const QString SerialKey = QStringLiteral("serial");
-const QString FirstGoodKey = QStringLiteral("firstGoodSerial");
-const QString FamiliesKey = QStringLiteral("families");
+const QString accessMark = QStringLiteral("access");
+const QString refreshMark = QStringLiteral("refresh");
+const QString serialKey = QStringLiteral("serial");
+const QString firstGoodKey = QStringLiteral("firstGoodSerial");
+const QString familiesKey = QStringLiteral("families");
 
 QString base64(const QByteArray& bytes)
 {
@@ -64,11 +64,11 @@ TokenPair Tokens::pairOf(const QString& family, qint64 nowMs, qint64 lifetimeMs)
     ++m_serial;
     save();
     return { seal(QStringLiteral("%1 %2 %3 %4 %5")
-                      .arg(AccessMark, family)
+                      .arg(accessMark, family)
                       .arg(m_serial)
                       .arg(nowMs + lifetimeMs)
                       .arg(generation)),
-        seal(QStringLiteral("%1 %2 %3").arg(RefreshMark, family).arg(generation)) };
+        seal(QStringLiteral("%1 %2 %3").arg(refreshMark, family).arg(generation)) };
 }
 
 TokenPair Tokens::begin(qint64 nowMs, qint64 lifetimeMs)
@@ -87,7 +87,7 @@ std::optional<TokenPair> Tokens::refresh(
     const QString& refreshToken, qint64 nowMs, qint64 lifetimeMs, bool grace)
 {
     const QStringList content = open(refreshToken).split(QLatin1Char(' '));
-    if (content.size() != 3 || content.at(0) != RefreshMark)
+    if (content.size() != 3 || content.at(0) != refreshMark)
         return std::nullopt;
     const auto family = m_families.find(content.at(1));
     if (family == m_families.end())
@@ -108,7 +108,7 @@ std::optional<TokenPair> Tokens::refresh(
 TokenState Tokens::checkAccess(const QString& accessToken, qint64 nowMs) const
 {
     const QStringList content = open(accessToken).split(QLatin1Char(' '));
-    if (content.size() != 5 || content.at(0) != AccessMark)
+    if (content.size() != 5 || content.at(0) != accessMark)
         return TokenState::Unknown;
     if (!m_families.contains(content.at(1)))
         return TokenState::Revoked;
@@ -137,9 +137,9 @@ void Tokens::load()
     if (m_stateFile.isEmpty() || !file.open(QIODevice::ReadOnly))
         return;
     const QVariantHash state = TavuJson::parse(file.readAll()).toHash();
-    m_serial = state.value(SerialKey).toLongLong();
-    m_firstGoodSerial = state.value(FirstGoodKey).toLongLong();
-    const QVariantHash families = state.value(FamiliesKey).toHash();
+    m_serial = state.value(serialKey).toLongLong();
+    m_firstGoodSerial = state.value(firstGoodKey).toLongLong();
+    const QVariantHash families = state.value(familiesKey).toHash();
     for (auto family = families.cbegin(); family != families.cend(); ++family)
         m_families.insert(family.key(), family->toInt());
 }
@@ -153,8 +153,8 @@ void Tokens::save()
         families.insert(family.key(), *family);
     QString error;
     const bool saved = files::replaceFile(m_stateFile,
-        TavuJson::toJson(QVariantHash{ { SerialKey, m_serial }, { FirstGoodKey, m_firstGoodSerial },
-            { FamiliesKey, families } }),
+        TavuJson::toJson(QVariantHash{ { serialKey, m_serial }, { firstGoodKey, m_firstGoodSerial },
+            { familiesKey, families } }),
         files::privateFile, &error);
     if (!std::exchange(m_told, !saved) && !saved && m_trouble)
         m_trouble(QStringLiteral("Logins cannot be kept: %1. They work until the emulator ends; "

@@ -31,7 +31,7 @@ struct Palette
     Colour light;
 };
 
-constexpr std::array<Palette, 6> Palettes{ {
+constexpr std::array<Palette, 6> palettes{ {
     { { 18, 32, 64 }, { 226, 122, 92 }, { 255, 222, 158 } },
     { { 10, 61, 74 }, { 98, 176, 162 }, { 245, 239, 214 } },
     { { 52, 22, 70 }, { 206, 84, 120 }, { 255, 196, 140 } },
@@ -49,7 +49,7 @@ class Painter
 {
 public:
     explicit Painter(catalogue::Id seed)
-        : m_palette(Palettes[seed % Palettes.size()])
+        : m_palette(palettes[seed % palettes.size()])
         , m_figure(static_cast<int>(seed / 7 % 3))
         , m_across(0.3 + 0.4 * static_cast<double>(seed / 31 % 100) / 100)
         , m_up(0.28 + 0.3 * static_cast<double>(seed / 3001 % 100) / 100)

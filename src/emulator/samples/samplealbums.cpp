@@ -15,7 +15,7 @@ namespace emulator::samples {
 
 namespace {
 
-constexpr int CoverSize = 480;
+constexpr int coverSize = 480;
 
 /// A run of bars that becomes one track.
 struct Movement
@@ -87,7 +87,7 @@ public:
     AlbumMaker(const Album& album, const QString& folder)
         : m_album(album)
         , m_folder(folder + QLatin1Char('/') + album.artist + QLatin1Char('/') + album.title)
-        , m_cover{ drawCover(album.artist + album.title, CoverSize), "image/png" }
+        , m_cover{ drawCover(album.artist + album.title, coverSize), "image/png" }
     {
     }
 

@@ -8,9 +8,9 @@ namespace emulator::samples {
 
 namespace {
 
-constexpr int BeatsPerBar = 4;
-constexpr std::array<int, 7> MajorScale{ 0, 2, 4, 5, 7, 9, 11 };
-constexpr std::array<int, 7> MinorScale{ 0, 2, 3, 5, 7, 8, 10 };
+constexpr int beatsPerBar = 4;
+constexpr std::array<int, 7> majorScale{ 0, 2, 4, 5, 7, 9, 11 };
+constexpr std::array<int, 7> minorScale{ 0, 2, 3, 5, 7, 8, 10 };
 
 // A small generator of our own: the same seed gives the same music with every standard library.
 class Dice
@@ -41,7 +41,7 @@ public:
         , m_dice(sketch.seed)
     {
         m_score.beatsPerMinute = sketch.beatsPerMinute;
-        m_score.beats = sketch.bars * BeatsPerBar;
+        m_score.beats = sketch.bars * beatsPerBar;
     }
 
     Score write()
@@ -55,7 +55,7 @@ private:
     // Pitch of a scale step; steps count from 0 and may leave the octave.
     int pitch(int step) const
     {
-        const auto& scale = m_sketch.minor ? MinorScale : MajorScale;
+        const auto& scale = m_sketch.minor ? minorScale : majorScale;
         const int octave = step >= 0 ? step / 7 : (step - 6) / 7;
         return m_sketch.key + 12 * octave + scale[static_cast<size_t>(step - 7 * octave)];
     }
@@ -70,7 +70,7 @@ private:
     {
         const auto& degrees = m_sketch.degrees;
         const int root = degrees[static_cast<size_t>(bar) % degrees.size()] - 1;
-        const double start = bar * BeatsPerBar;
+        const double start = bar * beatsPerBar;
         writeBass(root, start);
         if (m_sketch.pads)
             writePad(root, start);
@@ -87,14 +87,14 @@ private:
     void writePad(int root, double start)
     {
         for (int voice = 0; voice < 3; ++voice)
-            add(Instrument::Pad, start, BeatsPerBar + 0.5, pitch(root + 2 * voice) - 12, 0.17,
+            add(Instrument::Pad, start, beatsPerBar + 0.5, pitch(root + 2 * voice) - 12, 0.17,
                 0.5 * (voice - 1));
     }
 
     void writeArpeggio(int root, double start)
     {
         static constexpr std::array<int, 8> pattern{ 0, 2, 4, 7, 4, 2, 4, 2 };
-        const int steps = BeatsPerBar * m_sketch.stepsPerBeat;
+        const int steps = beatsPerBar * m_sketch.stepsPerBeat;
         for (int step = 0; step < steps; ++step) {
             const int interval = pattern[static_cast<size_t>(step) % pattern.size()];
             const double accent = step % m_sketch.stepsPerBeat == 0 ? 0.34 : 0.24;
@@ -112,7 +112,7 @@ private:
         for (size_t i = 0; i < rhythm.size(); ++i) {
             if (m_dice.roll(6) == 0)
                 continue;
-            const double next = i + 1 < rhythm.size() ? rhythm[i + 1] : BeatsPerBar;
+            const double next = i + 1 < rhythm.size() ? rhythm[i + 1] : beatsPerBar;
             m_step = nextStep(root, rhythm[i] == static_cast<int>(rhythm[i]));
             add(m_sketch.bells ? Instrument::Bell : Instrument::Pluck, start + rhythm[i],
                 next - rhythm[i] + 0.5, pitch(m_step), 0.5, 0.1);

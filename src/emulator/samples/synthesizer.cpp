@@ -7,8 +7,8 @@ namespace emulator::samples {
 
 namespace {
 
-constexpr double Pi = 3.14159265358979323846;
-constexpr double Peak = 0.8; ///< of full scale, so that lossy encoding does not clip
+constexpr double pi = 3.14159265358979323846;
+constexpr double loudest = 0.8; ///< of full scale, so that lossy encoding does not clip
 
 double frequency(int pitch)
 {
@@ -21,8 +21,8 @@ class Sine
 public:
     Sine(double hertz, int rate, double level)
         : m_x(level)
-        , m_turnX(std::cos(2 * Pi * hertz / rate))
-        , m_turnY(std::sin(2 * Pi * hertz / rate))
+        , m_turnX(std::cos(2 * pi * hertz / rate))
+        , m_turnY(std::sin(2 * pi * hertz / rate))
     {
     }
 
@@ -182,7 +182,7 @@ std::vector<int16_t> quantize(const std::vector<float>& mix)
     float peak = 1e-6F;
     for (const float value : mix)
         peak = std::max(peak, std::abs(value));
-    const double gain = Peak * 32767 / peak;
+    const double gain = loudest * 32767 / peak;
     std::vector<int16_t> samples(mix.size());
     std::transform(mix.begin(), mix.end(), samples.begin(),
         [gain](float value) { return static_cast<int16_t>(std::lround(gain * value)); });

@@ -53,7 +53,7 @@ http::Response replaced(const char* fields)
     return replacement(rule(fields).effect, text("https://music.localhost"), "/albums/?a=b");
 }
 
-const QByteArray Page =
+const QByteArray pageDocument =
     R"({"result":"#page",)"
     R"("navigationNodeDescriptions":{"page":{"items":["#a","#b"]}},)"
     R"("itemDescriptions":{"a":{"itemLabel":"A"},"b":{"itemLabel":"B"}},)"
@@ -61,7 +61,7 @@ const QByteArray Page =
 
 http::Response bent(const char* fields)
 {
-    return bend(rule(fields).effect, http::Response::json(200, Page));
+    return bend(rule(fields).effect, http::Response::json(200, pageDocument));
 }
 
 QVariant parsedBody(const http::Response& response)
@@ -323,8 +323,8 @@ TEST(Replacement, NestsAsDeepAsItIsTold)
 
 TEST(Bending, BreaksJson)
 {
-    EXPECT_EQ(bent("effect=bad-json").body, Page.left(Page.size() / 2));
-    EXPECT_EQ(bent("effect=bad-json after=5").body, Page.left(5));
+    EXPECT_EQ(bent("effect=bad-json").body, pageDocument.left(pageDocument.size() / 2));
+    EXPECT_EQ(bent("effect=bad-json after=5").body, pageDocument.left(5));
     for (const char* form : { "cut", "comma", "text", "empty" }) {
         const QByteArray rule = QByteArray("effect=bad-json form=") + form;
         EXPECT_FALSE(parsedBody(bent(rule.constData())).isValid()) << form;
@@ -422,8 +422,9 @@ TEST(Bending, PadsToTheExactSizeAndStaysValidJson)
 {
     const http::Response response = bent("effect=pad");
     EXPECT_EQ(response.body.size(), 1048576);
-    EXPECT_EQ(parsedBody(response), TavuJson::parse(Page));
-    EXPECT_EQ(bent("effect=pad bytes=5").body.size(), Page.size() > 5 ? Page.size() : 5);
+    EXPECT_EQ(parsedBody(response), TavuJson::parse(pageDocument));
+    EXPECT_EQ(
+        bent("effect=pad bytes=5").body.size(), pageDocument.size() > 5 ? pageDocument.size() : 5);
 }
 
 TEST(Bending, AddsHeaderFields)

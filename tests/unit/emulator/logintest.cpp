@@ -6,10 +6,10 @@
 
 namespace {
 
-const EmulatorClient::Headers FormType{ { "content-type", "application/x-www-form-urlencoded" },
+const EmulatorClient::Headers formType{ { "content-type", "application/x-www-form-urlencoded" },
     { "authorization", "" } };
-const QByteArray Challenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
-const QByteArray Verifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
+const QByteArray challenge = "E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM";
+const QByteArray verifier = "dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk";
 
 QString text(const char* utf8)
 {
@@ -29,9 +29,9 @@ protected:
     {
         return m_client
             .post(text("/oauth2/device"),
-                "client_id=tavu-player&scope=music&code_challenge=" + Challenge
+                "client_id=tavu-player&scope=music&code_challenge=" + challenge
                     + "&code_challenge_method=S256",
-                FormType)
+                formType)
             .json();
     }
 
@@ -40,8 +40,8 @@ protected:
         return m_client.post(text("/oauth2/token"),
             "client_id=tavu-player&client_secret=emulator-secret&grant_type="
             "device_code&device_code="
-                + begun.value(text("device_code")).toByteArray() + "&code_verifier=" + Verifier,
-            FormType);
+                + begun.value(text("device_code")).toByteArray() + "&code_verifier=" + verifier,
+            formType);
     }
 
     // The visitor's cookie and the mark in the form, as a browser would keep them.
@@ -65,7 +65,7 @@ protected:
     Reply press(const Visit& made, const QByteArray& code, const QByteArray& decision,
         const QByteArray& cookie)
     {
-        EmulatorClient::Headers headers = FormType;
+        EmulatorClient::Headers headers = formType;
         if (!cookie.isEmpty())
             headers.append({ "cookie", cookie });
         return m_client.post(text("/activate"),
@@ -141,7 +141,7 @@ TEST_F(LoginOverHttp, CanBeApprovedByTheControlAddress)
 TEST_F(LoginOverHttp, RefusesAWrongClientWithAChallenge)
 {
     const Reply refused = m_client.post(
-        text("/oauth2/token"), "client_id=tavu-player&grant_type=device_code", FormType);
+        text("/oauth2/token"), "client_id=tavu-player&grant_type=device_code", formType);
     EXPECT_EQ(refused.status, 401);
     EXPECT_TRUE(refused.header("WWW-Authenticate").startsWith("Basic"));
     EXPECT_EQ(refused.json().value(text("error")).toString(), text("invalid_client"));

@@ -12,10 +12,10 @@ using namespace emulator::oauth2;
 
 namespace {
 
-constexpr qint64 Start = 1700000000000;
-const QString Verifier =
+constexpr qint64 start = 1700000000000;
+const QString goodVerifier =
     QStringLiteral("dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk"); // RFC 7636, appendix B
-const QString Challenge = QStringLiteral("E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM");
+const QString challenge = QStringLiteral("E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM");
 
 QString text(const char* utf8)
 {
@@ -32,7 +32,7 @@ class Login : public ::testing::Test
 protected:
     Answer begin(const Form& more = {})
     {
-        Form form{ { text("code_challenge"), Challenge },
+        Form form{ { text("code_challenge"), challenge },
             { text("code_challenge_method"), text("S256") }, { text("scope"), text("music") } };
         for (auto field = more.begin(); field != more.end(); ++field)
             form.insert(field.key(), *field);
@@ -40,7 +40,7 @@ protected:
             { text("tavu-player"), QString() }, form, text("http://h/activate"), m_now);
     }
 
-    Answer poll(const Answer& begun, const QString& verifier = Verifier,
+    Answer poll(const Answer& begun, const QString& verifier = goodVerifier,
         const QString& grant = QStringLiteral("device_code"))
     {
         m_now += 6000;
@@ -79,7 +79,7 @@ protected:
     QString m_stateFile = m_folder.filePath(QStringLiteral("logins"));
     Authority m_authority{ Rules(), "secret", m_stateFile };
     Client m_client{ text("tavu-player"), text("emulator-secret") };
-    qint64 m_now = Start;
+    qint64 m_now = start;
 };
 
 } // namespace
@@ -117,17 +117,18 @@ TEST_F(Login, TakesBothNamesOfTheDeviceGrantUnlessToldOtherwise)
     const Answer begun = begin();
     m_authority.decide(codeOf(begun), true, m_now);
     EXPECT_EQ(
-        poll(begun, Verifier, text("urn:ietf:params:oauth:grant-type:device_code")).status, 200);
+        poll(begun, goodVerifier, text("urn:ietf:params:oauth:grant-type:device_code")).status,
+        200);
     m_authority.rules().deviceGrants = QStringList{ text("device_code") };
     EXPECT_EQ(
-        errorOf(poll(begin(), Verifier, text("urn:ietf:params:oauth:grant-type:device_code"))),
+        errorOf(poll(begin(), goodVerifier, text("urn:ietf:params:oauth:grant-type:device_code"))),
         text("unsupported_grant_type"));
-    EXPECT_EQ(errorOf(poll(begin(), Verifier, QString())), text("invalid_request"));
+    EXPECT_EQ(errorOf(poll(begin(), goodVerifier, QString())), text("invalid_request"));
 }
 
 TEST_F(Login, NeedsTheVerifierOfTheChallenge)
 {
-    for (const QString& wrong : { QString(), text("wrong"), Verifier + QLatin1Char('x') }) {
+    for (const QString& wrong : { QString(), text("wrong"), goodVerifier + QLatin1Char('x') }) {
         const Answer begun = begin();
         m_authority.decide(codeOf(begun), true, m_now);
         EXPECT_EQ(errorOf(poll(begun, wrong)), text("invalid_grant"));

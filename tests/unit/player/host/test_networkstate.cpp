@@ -19,10 +19,10 @@ namespace {
 
 using Interface = QNetworkInterface;
 
-const QList<QHostAddress> Home{ QHostAddress(QStringLiteral("192.168.1.7")) };
-const QList<QHostAddress> LinkLocal{ QHostAddress(QStringLiteral("169.254.3.4")),
+const QList<QHostAddress> home{ QHostAddress(QStringLiteral("192.168.1.7")) };
+const QList<QHostAddress> linkLocal{ QHostAddress(QStringLiteral("169.254.3.4")),
     QHostAddress(QStringLiteral("fe80::1")) };
-const QList<QHostAddress> Own{ QHostAddress(QHostAddress::LocalHost) };
+const QList<QHostAddress> own{ QHostAddress(QHostAddress::LocalHost) };
 
 bool isConnected()
 {
@@ -32,20 +32,20 @@ bool isConnected()
 TEST(NetworkState, an_interface_counts_that_is_up_and_running_and_has_an_address)
 {
     const auto working = Interface::IsUp | Interface::IsRunning;
-    EXPECT_TRUE(leadsToService(working, Home, false));
-    EXPECT_TRUE(leadsToService(working, LinkLocal + Home, false));
-    EXPECT_FALSE(leadsToService(working, LinkLocal, false));
+    EXPECT_TRUE(leadsToService(working, home, false));
+    EXPECT_TRUE(leadsToService(working, linkLocal + home, false));
+    EXPECT_FALSE(leadsToService(working, linkLocal, false));
     EXPECT_FALSE(leadsToService(working, {}, false));
-    EXPECT_FALSE(leadsToService(Interface::IsUp, Home, false)) << "no cable";
-    EXPECT_FALSE(leadsToService(Interface::IsRunning, Home, false));
+    EXPECT_FALSE(leadsToService(Interface::IsUp, home, false)) << "no cable";
+    EXPECT_FALSE(leadsToService(Interface::IsRunning, home, false));
 }
 
 TEST(NetworkState, the_loopback_interface_counts_for_a_service_on_this_machine_alone)
 {
     const auto loopback = Interface::IsUp | Interface::IsRunning | Interface::IsLoopBack;
-    EXPECT_TRUE(leadsToService(loopback, Own, true));
-    EXPECT_FALSE(leadsToService(loopback, Own, false));
-    EXPECT_FALSE(leadsToService(Interface::IsLoopBack, Own, true));
+    EXPECT_TRUE(leadsToService(loopback, own, true));
+    EXPECT_FALSE(leadsToService(loopback, own, false));
+    EXPECT_FALSE(leadsToService(Interface::IsLoopBack, own, true));
 }
 
 TEST(NetworkState, a_service_is_on_this_machine_by_its_name_or_by_where_its_name_is_mapped_to)
