@@ -12,6 +12,15 @@ constexpr QFileDevice::Permissions privateFile = QFileDevice::ReadOwner | QFileD
 constexpr QFileDevice::Permissions publicFile =
     privateFile | QFileDevice::ReadGroup | QFileDevice::ReadOther;
 
+/// Whether others than the owner may read or write a file.
+inline bool isOpenToOthers(QFileDevice::Permissions permissions)
+{
+    return (permissions
+               & (QFileDevice::ReadGroup | QFileDevice::WriteGroup | QFileDevice::ReadOther
+                   | QFileDevice::WriteOther))
+        != 0;
+}
+
 /// Replaces the contents of a file in one step and forces them onto the disk: whatever happens, the
 /// file holds either all of the old or all of the new bytes. The new file has exactly `permissions`
 /// from its first moment. On false nothing was changed, and `error`, unless null, names the file

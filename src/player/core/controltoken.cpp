@@ -21,13 +21,6 @@ bool isToken(const QByteArray& text)
             text.begin(), text.end(), [](char byte) { return byte > ' ' && byte <= '~'; });
 }
 
-bool canOthersRead(const QFile& file)
-{
-    constexpr auto others =
-        QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
-    return (file.permissions() & others) != 0;
-}
-
 QByteArray randomToken()
 {
     constexpr int words = 8;
@@ -66,7 +59,7 @@ void ControlToken::read(const QString& fileName)
                                    "characters. Remove it, so that a token is made, or set "
                                    "control.token-file to another.")
                         .arg(fileName);
-    else if (canOthersRead(file))
+    else if (files::isOpenToOthers(file.permissions()))
         m_problem = QStringLiteral("The token file %1 can be read by others; run \"chmod 600 %1\".")
                         .arg(fileName);
     else

@@ -2,6 +2,7 @@
 
 #include "cmroot.h"
 #include "httpclient.h"
+#include "savefile.h"
 #include "tavupaths.h"
 
 #include <QFile>
@@ -31,9 +32,7 @@ QString readSecret(const QString& fileName, QString& secret)
         return QStringLiteral("service.client-secret-file: %1 cannot be read (%2). Put the client "
                               "secret there, with mode 0600, or name another file.")
             .arg(fileName, file.errorString());
-    constexpr auto others =
-        QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
-    if ((file.permissions() & others) != 0)
+    if (files::isOpenToOthers(file.permissions()))
         return QStringLiteral("service.client-secret-file: %1 can be read by others; run "
                               "\"chmod 600 %1\".")
             .arg(fileName);

@@ -56,10 +56,7 @@ void TokenStore::load()
 
 void TokenStore::mendMode()
 {
-    const QFileDevice::Permissions others = QFileDevice::ReadGroup | QFileDevice::WriteGroup
-        | QFileDevice::ExeGroup | QFileDevice::ReadOther | QFileDevice::WriteOther
-        | QFileDevice::ExeOther;
-    if (!(QFile::permissions(m_fileName) & others))
+    if (!files::isOpenToOthers(QFile::permissions(m_fileName)))
         return;
     const bool mended = QFile::setPermissions(m_fileName, files::privateFile);
     LOG4CPLUS_WARN(oauth2Logger(),
