@@ -140,8 +140,8 @@ void OAuth2UiDeviceCode::Private::answer(const CMGetRowsRequest& request)
     const TavuOAuth2DeviceCode login = shown();
     const QList<TavuRoles> rows = loginscreens::rows(login, m_newCodePath, m_notice);
     QVariantList slice;
-    const int last = qMin(request.to(), rows.size() - 1);
-    for (int index = qMax(request.from(), 0); index <= last; ++index)
+    const auto [begin, end] = CMGlobal::rowsRange(request.from(), request.to(), rows.size());
+    for (int index = begin; index < end; ++index)
         slice.append(QVariant(CMGlobal::itemRolesToList(request.roles(), rows.at(index))));
     TavuRoles container = loginscreens::container(login);
     container.setPath(request.path());

@@ -1,6 +1,7 @@
 #include "player.h"
 
 #include "cmchain.h"
+#include "cmglobal.h"
 #include "cmroot.h"
 #include "cmvalueitem.h"
 #include "deadline.h"
@@ -38,8 +39,8 @@ void showLatestReport(QVariantHash& answer, int from, int to)
 {
     const QString key = QStringLiteral("rows");
     const QVariantList latest = latestReport(answer.value(key).toList());
-    const int end = qMin(to, latest.size() - 1) + 1;
-    answer.insert(key, latest.mid(qMax(from, 0), qMax(end - qMax(from, 0), 0)));
+    const auto [begin, end] = CMGlobal::rowsRange(from, to, latest.size());
+    answer.insert(key, latest.mid(begin, end - begin));
     answer.insert(QStringLiteral("count"), latest.size());
 }
 

@@ -8,3 +8,9 @@ QVariantList CMGlobal::itemRolesToList(const QStringList& roles, const TavuRoles
         values.append(item.__field(role));
     return values;
 }
+
+CMGlobal::RowsRange CMGlobal::rowsRange(int from, int to, int count)
+{
+    const int begin = qMax(from, 0);
+    return { begin, qMax(begin, qMin(to, count - 1) + 1) };
+}

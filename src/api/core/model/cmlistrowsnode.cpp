@@ -76,8 +76,8 @@ TavuRoles CMListRowsNode::containerRoles() const
 void CMListRowsNode::getRowsRequest(const CMGetRowsRequest& request)
 {
     QVariantList rows;
-    const int last = qMin(request.to(), m_rows.size() - 1);
-    for (int index = qMax(request.from(), 0); index <= last; ++index)
+    const auto [begin, end] = CMGlobal::rowsRange(request.from(), request.to(), m_rows.size());
+    for (int index = begin; index < end; ++index)
         rows.append(QVariant(CMGlobal::itemRolesToList(request.roles(), row(index))));
     TavuRowsRoles answer(m_rowsRoles);
     answer.setRoles(containerRoles());
