@@ -29,6 +29,8 @@ public:
     /// Milliseconds into the present item; 0 when idle.
     qint64 playTime() const;
 
+    void setDataRequest(const CMSetDataRequest& request) override;
+
 Q_SIGNALS:
     /// Something in data() changed. The position is not in it.
     void playbackDataChanged(const TavuPlayLogicData& data);
@@ -97,7 +99,6 @@ private:
     void setState(TavuPlayLogicState::Enum state);
     void setData(const TavuPlayLogicData& data);
     void forgetItems();
-    void setDataRequest(const CMSetDataRequest& request) override;
 
     TavuPlayLogicData m_data;
     TavuRoles m_mediaRoles; // Of the play command given last.
