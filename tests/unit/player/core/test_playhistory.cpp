@@ -244,6 +244,19 @@ TEST_F(PlayHistoryTest, a_row_that_is_chosen_by_itself_while_its_album_plays_is_
     EXPECT_TRUE(told("from").isEmpty());
 }
 
+TEST_F(PlayHistoryTest, the_row_that_an_album_went_on_with_is_no_row_of_what_is_chosen_next)
+{
+    const TavuRoles row = track(QStringLiteral("b"));
+    history.choose(album());
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("a")), album());
+    history.goOnWith(row);
+    history.choose(station());
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("s")), station());
+    EXPECT_EQ(told("from").title(), QStringLiteral("Station"));
+    show(TavuPlayLogicState::Playing, track(QStringLiteral("b")), row);
+    EXPECT_TRUE(told("from").isEmpty());
+}
+
 TEST_F(PlayHistoryTest, a_single_track_came_from_nowhere)
 {
     history.choose(track(QStringLiteral("a")));

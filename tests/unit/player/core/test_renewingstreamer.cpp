@@ -189,6 +189,17 @@ TEST_F(RenewingStreamerTest, tells_that_a_renewal_was_refused)
     inner.expectNothing();
 }
 
+TEST_F(RenewingStreamerTest, nothing_follows_when_its_renewal_is_refused)
+{
+    QStringList next;
+    QObject::connect(&streamer, &RenewingStreamer::nextMediaChanged, &context,
+        [&next](const TavuRoles& roles) { next.append(uriOf(roles)); });
+    node->refuses = true;
+    streamer.play(1, item(QStringLiteral("a"), soon()), {});
+    streamer.setNextMedia(2, item(QStringLiteral("b"), 1), {});
+    EXPECT_EQ(next, QStringList({ QStringLiteral("b"), QString() }));
+}
+
 TEST_F(RenewingStreamerTest, never_starts_an_item_whose_renewal_comes_after_it_was_replaced)
 {
     node->answers = false;

@@ -89,6 +89,33 @@ TEST_F(RowSearchTest, takes_one_before_the_start_when_there_is_none_behind_it)
     pages[QStringLiteral("p")] = QStringLiteral("a b c").split(QLatin1Char(' '));
     EXPECT_EQ(find("p", "c", "a"), QStringLiteral("p0"));
     EXPECT_EQ(find("p", "gone", "b"), QStringLiteral("p1"));
+    pages[QStringLiteral("q")] = QStringLiteral("a b a").split(QLatin1Char(' '));
+    EXPECT_EQ(find("q", "gone", "a"), QStringLiteral("q0")) << "the first of them";
+}
+
+TEST_F(RowSearchTest, does_not_go_back_to_the_beginning_for_what_stands_before_the_start)
+{
+    pages[QStringLiteral("p")] = QStringLiteral("a b").split(QLatin1Char(' '));
+    pages[QStringLiteral("q")] = QStringLiteral("a c").split(QLatin1Char(' '));
+    EXPECT_EQ(find("q", "c", "a", "p"), QStringLiteral("q0"));
+    EXPECT_EQ(asked, QStringList(QStringLiteral("q")));
+}
+
+TEST_F(RowSearchTest, asks_for_nothing_more_once_it_is_cancelled)
+{
+    QList<CMReply<QVariant>> open;
+    RowSearch slow([&open](const QString&, int, int) {
+        open.append(CMReply<QVariant>::create());
+        return open.last();
+    });
+    const auto found =
+        slow.find({ CMPath(QStringLiteral("p")), CMPath(), titled("a"), titled("a"), 50 });
+    found.cancel();
+    ASSERT_EQ(open.size(), 1);
+    open.first().setValue(QVariantHash{
+        { QStringLiteral("rows"), QVariantList{ row(QStringLiteral("b")).__variant() } },
+        { QStringLiteral("count"), 2 } });
+    EXPECT_EQ(open.size(), 1);
 }
 
 TEST_F(RowSearchTest, follows_pages_and_windows_of_pages)

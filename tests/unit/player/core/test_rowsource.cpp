@@ -90,6 +90,19 @@ TEST(IsSameTrack, whatever_the_host)
     EXPECT_FALSE(isSameTrack(track("A", "B", "C", 5000), track("A", "B", "C", 50000)));
     EXPECT_FALSE(isSameTrack(TavuRoles(), track("A")));
     EXPECT_FALSE(isSameTrack(track("A"), TavuRoles()));
+    TavuRoles one = track("A", "", "", 5000);
+    one.setPath(CMPath(text("/a")));
+    TavuRoles renamed = track("A (remastered)", "", "", 50000);
+    renamed.setPath(CMPath(text("/a")));
+    EXPECT_TRUE(isSameTrack(one, renamed));
+}
+
+TEST(LeadsToNextPage, a_folder_alone)
+{
+    EXPECT_TRUE(player::leadsToNextPage(nextPage("/page2")));
+    TavuRoles song = track("See more results");
+    song.setType(TavuRolesType::Playable);
+    EXPECT_FALSE(player::leadsToNextPage(song));
 }
 
 TEST(SourceOf, a_row_comes_from_the_page_that_it_was_listed_on)

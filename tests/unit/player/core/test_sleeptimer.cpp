@@ -138,6 +138,36 @@ TEST_F(SleepTimerTest, being_called_off_while_it_fades_it_is_loud_at_once)
     EXPECT_EQ(pauses, 0);
 }
 
+TEST_F(SleepTimerTest, being_set_again_while_it_fades_it_is_loud_at_once)
+{
+    show(TavuPlayLogicState::Playing);
+    timer.start(0, false);
+    ASSERT_TRUE(waitUntil([this] { return !parts.isEmpty(); }));
+    timer.start(60000, false);
+    EXPECT_EQ(parts.last(), 1.0);
+    EXPECT_FALSE(isOff());
+    EXPECT_EQ(pauses, 0);
+}
+
+TEST_F(SleepTimerTest, a_jump_within_the_last_track_is_not_its_end)
+{
+    show(TavuPlayLogicState::Playing);
+    remaining = fadeMs / 2;
+    timer.start(0, true);
+    ASSERT_TRUE(waitUntil([this] { return !parts.isEmpty(); }));
+    remaining = 60000;
+    ASSERT_TRUE(isLoudAgain());
+    EXPECT_EQ(pauses, 0);
+    EXPECT_FALSE(isOff());
+}
+
+TEST_F(SleepTimerTest, what_still_fills_its_buffer_is_sent_to_sleep_too)
+{
+    show(TavuPlayLogicState::Buffering);
+    timer.start(0, false);
+    goToSleep();
+}
+
 TEST_F(SleepTimerTest, a_pause_that_fails_leaves_no_silence_behind)
 {
     show(TavuPlayLogicState::Playing);

@@ -77,6 +77,25 @@ TEST(HeapTrimmer, SleepsWhereNothingHappens)
     EXPECT_LE(trims, 3);
 }
 
+TEST(HeapTrimmer, TrimsAgainAfterTheNextWork)
+{
+    const player::HeapTrimmer trimmer(1);
+    QEventLoop loop;
+    QObject::connect(&trimmer, &player::HeapTrimmer::trimmed, &loop, &QEventLoop::quit);
+    for (int round = 0; round < 3; ++round)
+        loop.exec();
+}
+
+TEST(HeapTrimmer, IsNotKeptFromItByWorkWithoutEnd)
+{
+    const player::HeapTrimmer trimmer(100);
+    QTimer work;
+    work.start(10);
+    QEventLoop loop;
+    QObject::connect(&trimmer, &player::HeapTrimmer::trimmed, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
