@@ -45,8 +45,7 @@ TavuRoles startingAt(TavuRoles roles, qint64 position)
 /// Whether a fresh URL may help: the server refused this one.
 bool refusedByServer(const CMError& error)
 {
-    const int code = tavuvariant::toI32(error.__value(streamErrorHttpCode()));
-    return code == 401 || code == 403 || code == 404 || code == 410;
+    return isRefusal(tavuvariant::toI32(error.__value(streamErrorHttpCode())));
 }
 
 } // namespace

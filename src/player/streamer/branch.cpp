@@ -85,13 +85,14 @@ quint64 branchOfStreamId(const char* streamId)
 }
 
 Branch::Branch(quint64 number, TransferLoop& loop, const StreamRequest& request,
-    const HttpOptions& options, Access access, PipelineWatcher& watcher)
+    const HttpOptions& options, Access access, StreamRemains remains, PipelineWatcher& watcher)
     : m_number(number)
-    , m_stream(std::make_shared<HttpStream>(loop, request, options))
+    , m_access(access)
+    , m_stream(std::make_shared<HttpStream>(loop, request, options, std::move(remains)))
     , m_watcher(watcher)
 {
     m_stream->open();
-    build(access);
+    build();
     watchQueue();
 }
 
@@ -101,21 +102,21 @@ Branch::~Branch()
     m_stream->close();
 }
 
-void Branch::build(Access access)
+void Branch::build()
 {
     m_bin.reset(GST_ELEMENT(gst_object_ref_sink(gst_bin_new(nullptr))));
     m_bus.reset(gst_bus_new());
     gst_bus_set_sync_handler(m_bus.get(), &Branch::onMessage, this, nullptr);
     gst_element_set_bus(m_bin.get(), m_bus.get());
 
-    m_source = makeHttpSource(m_stream, access);
+    m_source = makeHttpSource(m_stream, m_access);
     GstElement* decoder = makeDecoder();
     m_queue = makeQueue();
     for (GstElement* part : { m_source, decoder, m_queue })
         gst_bin_add(GST_BIN(m_bin.get()), part);
     gst_element_link(m_source, decoder);
     g_signal_connect(decoder, "element-added", G_CALLBACK(&Branch::onElementAdded), this);
-    if (access == Access::Linear)
+    if (m_access == Access::Linear)
         g_signal_connect(decoder, "element-added", G_CALLBACK(&Branch::onLinearPart), this);
     g_signal_connect(decoder, "pad-added", G_CALLBACK(&Branch::onPadAdded), this);
 
@@ -161,7 +162,7 @@ qint64 Branch::bufferedMs() const
     if (progress.complete)
         return std::numeric_limits<qint64>::max();
     const guint64 decodedNs = numberProperty(m_queue, "current-level-time");
-    const qint64 durationMs = m_stream->request().durationMs;
+    const qint64 durationMs = m_stream->durationMs();
     const double bytesPerMs = progress.size > 0 && durationMs > 0
         ? static_cast<double>(progress.size) / static_cast<double>(durationMs)
         : usualBytesPerMs;
@@ -198,7 +199,7 @@ bool Branch::isCutOff() const
     const HttpStream::Progress progress = m_stream->progress();
     if (progress.failure.isSet())
         return true;
-    const qint64 durationMs = m_stream->request().durationMs;
+    const qint64 durationMs = m_stream->durationMs();
     return !progress.endConfirmed && durationMs > 0
         && m_end / GST_MSECOND + missingAtMostMs < durationMs;
 }

@@ -21,7 +21,7 @@ class Branch
 public:
     /// `number` is unique in the process. `watcher` is told as long as the branch lives.
     Branch(quint64 number, TransferLoop& loop, const StreamRequest& request,
-        const HttpOptions& options, Access access, PipelineWatcher& watcher);
+        const HttpOptions& options, Access access, StreamRemains remains, PipelineWatcher& watcher);
     ~Branch();
     Q_DISABLE_COPY_MOVE(Branch)
 
@@ -54,9 +54,13 @@ public:
     SoundFormat format() const { return m_format.format(); }
     /// Why the stream was cut off; `otherwise` when the stream itself is whole.
     StreamFailure failure(StreamFailure otherwise) const;
+    /// What has been fetched, for another branch of the same item; this one ends where it is.
+    StreamRemains takeRemains() { return m_stream->closeForAnother(); }
+    /// Goes on with another address; false when it is too late.
+    bool renew(const StreamRequest& request) { return m_stream->renew(request); }
 
 private:
-    void build(Access access);
+    void build();
     void watchQueue();
     void linkDecoded(GstPad* pad);
     void takeError(GstMessage* message);
@@ -74,6 +78,7 @@ private:
     static void onUnderrun(GstElement* queue, gpointer self);
 
     const quint64 m_number;
+    const Access m_access;
     const std::shared_ptr<HttpStream> m_stream;
     PipelineWatcher& m_watcher;
     GstPointer<GstBus> m_bus;

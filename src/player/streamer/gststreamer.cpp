@@ -105,8 +105,13 @@ void GstStreamer::doPlay(quint64 id, const TavuRoles& roles, const QVariantHash&
 {
     StreamFailure failure;
     Item item = itemOf(id, roles, attributes, failure);
+    if (!failure.isSet() && goOnWith(item))
+        return;
+    if (m_item && m_item->id == id)
+        keepFetched();
     // It is fetched already while what played is taken down.
-    std::unique_ptr<Branch> branch = failure.isSet() ? nullptr : makeBranch(item, Access::Linear);
+    std::unique_ptr<Branch> branch = failure.isSet() ? nullptr : makeBranch(item);
+    m_kept = Kept();
     closeBranches();
     forget();
     m_item = std::move(item);
@@ -289,6 +294,7 @@ void GstStreamer::closeBranches()
 void GstStreamer::close()
 {
     closeBranches();
+    m_kept = Kept();
     m_pipeline.reset();
     m_plays = false;
     m_wantsPlaying = false;

@@ -4,6 +4,7 @@
 #include "pipelinewatcher.h"
 #include "soundformat.h"
 #include "streamer.h"
+#include "streamremains.h"
 #include "streamrequest.h"
 
 #include <QTimer>
@@ -18,7 +19,6 @@ namespace player {
 class Branch;
 class Pipeline;
 class TransferLoop;
-enum class Access;
 
 /// What the streamer is set to.
 struct StreamerOptions
@@ -32,6 +32,10 @@ struct StreamerOptions
 /// TavuStreamerAttributesStartPaused() asks for nothing more. The failure of an item that was cut
 /// off is told when what had come of it has been heard. Errors carry an HTTP status as
 /// streamError() says.
+///
+/// To play the item that plays already, by its id, means another address for it: what has come
+/// sounds on without a gap, and what is missing is asked for there. Where that is too late it
+/// begins anew with what has come.
 ///
 /// It lives in the thread that made it, which needs an event loop; GStreamer's threads only post to
 /// it. When nothing plays it holds neither a device nor a timer.
@@ -81,8 +85,18 @@ private:
         StreamRequest request;
         bool renewed = false;
         qint64 startMs = 0;
+        bool randomAccess = false; // It is sought in pieces rather than read on.
+        bool goesOn = false; // What was fetched before it got its address is used.
         bool started = false; // mediaStarted() was sent.
         bool nextWanted = false; // nextMediaWanted() was sent.
+    };
+
+    /// Of an item that may be begun anew.
+    struct Kept
+    {
+        quint64 id = 0;
+        bool randomAccess = false;
+        StreamRemains remains;
     };
 
     // Sound that must lie ready at a start.
@@ -115,7 +129,9 @@ private:
     void startPresent(qint64 positionMs);
     void startPresent(std::unique_ptr<Branch> branch, qint64 positionMs);
     void reopen(qint64 positionMs);
-    void reopen(qint64 positionMs, Access access);
+    void beginAnew(qint64 positionMs);
+    void keepFetched();
+    bool goOnWith(const Item& renewed);
     void seekPresent();
     void onPrerolled();
     void onPlaying();
@@ -158,7 +174,7 @@ private:
     void close();
     void forget();
 
-    std::unique_ptr<Branch> makeBranch(const Item& item, Access access);
+    std::unique_ptr<Branch> makeBranch(Item& item);
     static Item itemOf(
         quint64 id, const TavuRoles& roles, const QVariantHash& attributes, StreamFailure& failure);
     bool isPresent(quint64 branch) const;
@@ -191,6 +207,7 @@ private:
 
     std::optional<Item> m_item; // The present one.
     std::unique_ptr<Branch> m_branch;
+    Kept m_kept;
     Next m_nextDecision = Next::Undecided;
     std::optional<Item> m_next;
     std::unique_ptr<Branch> m_nextBranch; // Null while it cannot be prepared.

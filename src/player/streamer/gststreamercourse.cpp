@@ -15,21 +15,57 @@ namespace {
 
 // Sound that must lie ready after it ran dry.
 constexpr qint64 refillTargetMs = 2000;
+// Positions nearer to each other are the same place.
+constexpr qint64 samePlaceMs = 500;
 
 } // namespace
 
-std::unique_ptr<Branch> GstStreamer::makeBranch(const Item& item, Access access)
+std::unique_ptr<Branch> GstStreamer::makeBranch(Item& item)
 {
     initGStreamer();
     if (!m_loop)
         m_loop = std::make_unique<TransferLoop>();
-    return std::make_unique<Branch>(
-        ++m_lastBranch, *m_loop, item.request, m_options.http, access, *this);
+    StreamRemains remains;
+    if (m_kept.id == item.id) {
+        item.randomAccess = m_kept.randomAccess;
+        item.goesOn = true;
+        remains = std::move(m_kept.remains);
+        m_kept = Kept();
+    }
+    return std::make_unique<Branch>(++m_lastBranch, *m_loop, item.request, m_options.http,
+        item.randomAccess ? Access::Random : Access::Linear, std::move(remains), *this);
+}
+
+/// What has come of the present item, for the case that it is begun anew. It stops coming.
+void GstStreamer::keepFetched()
+{
+    if (m_branch)
+        m_kept = { m_item->id, m_item->randomAccess, m_branch->takeRemains() };
+}
+
+/// Another address for the same playback: what has been fetched sounds on, and the rest comes from
+/// there. False when it has to begin anew.
+bool GstStreamer::goOnWith(const Item& renewed)
+{
+    const bool same = m_item && m_item->id == renewed.id && m_item->started;
+    if (!same || !m_prerolled || m_outputLost || m_waitsForNext || m_branch->isDrained())
+        return false;
+    if (!m_branch->renew(renewed.request))
+        return false;
+    LOG4CPLUS_INFO(streamerLogger(), "Item " << renewed.id << " goes on with another address");
+    m_item->request = renewed.request;
+    m_item->renewed = renewed.renewed;
+    m_item->goesOn = true;
+    Q_EMIT soundPathChanged();
+    if (std::abs(renewed.startMs - position()) > samePlaceMs)
+        doSeek(renewed.startMs);
+    doResume();
+    return true;
 }
 
 void GstStreamer::startPresent(qint64 positionMs)
 {
-    startPresent(makeBranch(*m_item, Access::Linear), positionMs);
+    startPresent(makeBranch(*m_item), positionMs);
 }
 
 void GstStreamer::startPresent(std::unique_ptr<Branch> branch, qint64 positionMs)
@@ -53,10 +89,11 @@ void GstStreamer::startPresent(std::unique_ptr<Branch> branch, qint64 positionMs
 /// The same playback over again from a position: nobody is told that it started.
 void GstStreamer::reopen(qint64 positionMs)
 {
-    reopen(positionMs, Access::Linear);
+    keepFetched();
+    beginAnew(positionMs);
 }
 
-void GstStreamer::reopen(qint64 positionMs, Access access)
+void GstStreamer::beginAnew(qint64 positionMs)
 {
     LOG4CPLUS_DEBUG(streamerLogger(), "Begin " << m_item->id << " anew at " << positionMs << " ms");
     closeBranches();
@@ -65,15 +102,17 @@ void GstStreamer::reopen(qint64 positionMs, Access access)
     if (failure.isSet())
         return loseOutput(failure);
     m_outputLost = false;
-    startPresent(makeBranch(*m_item, access), positionMs);
+    startPresent(positionMs);
     if (m_next)
         prepareNext();
 }
 
 void GstStreamer::seekPresent()
 {
-    if (m_branch->needsRandomAccess())
-        return reopen(*m_seekTo, Access::Random);
+    if (m_branch->needsRandomAccess()) {
+        m_item->randomAccess = true;
+        return reopen(*m_seekTo);
+    }
     m_seeking = m_seekTo;
     m_seekTo.reset();
     m_prerolled = false;
@@ -160,12 +199,21 @@ void GstStreamer::finishPresent()
 
 void GstStreamer::failPresent(const StreamFailure& failure)
 {
+    // A renewed address may lead to another form of the same item.
+    if (failure.kind == StreamFailure::Changed && std::exchange(m_item->goesOn, false))
+        return beginAnew(position());
+    Kept kept;
+    if (isRefusal(failure.httpStatus) && m_branch) {
+        keepFetched();
+        kept = std::move(m_kept);
+    }
     const Item item = *m_item;
     const qint64 where = position();
     const CMError error = streamError(item.title, failure);
     LOG4CPLUS_WARN(streamerLogger(), "Failed " << item.id << ": " << error.message());
     close();
     forget();
+    m_kept = std::move(kept);
     if (item.started)
         tell(&Streamer::positionChanged, item.id, where);
     tell(&Streamer::failed, item.id, error);

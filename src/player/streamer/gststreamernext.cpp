@@ -28,7 +28,7 @@ void GstStreamer::prepareNext()
     // Without a turn to wait for it begins afresh when the present one has ended.
     if (!m_pipeline || m_branch->isDrained())
         return;
-    m_nextBranch = makeBranch(*m_next, Access::Linear);
+    m_nextBranch = makeBranch(*m_next);
     m_pipeline->add(*m_nextBranch);
 }
 

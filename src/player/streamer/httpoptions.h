@@ -24,6 +24,9 @@ struct HttpOptions
     int aheadMs = 20000;
     qint64 aheadBytesAtMost = qint64{ 4 } * 1024 * 1024;
     qint64 aheadBytesAtLeast = qint64{ 256 } * 1024;
+    /// What stays in memory beside that of what was read: half as much, within bounds of its own.
+    qint64 keptBytesAtMost = qint64{ 1 } * 1024 * 1024;
+    qint64 keptBytesAtLeast = qint64{ 512 } * 1024;
 };
 
 } // namespace player

@@ -11,6 +11,9 @@ namespace player {
 
 namespace {
 
+// Who looks for a place in the stream comes back to just before where it looked.
+constexpr qint64 leadBytes = qint64{ 16 } * 1024;
+
 struct Source
 {
     std::shared_ptr<HttpStream> stream;
@@ -39,10 +42,13 @@ Source& of(T* object)
 
 GstBuffer* bufferOf(ByteChunk chunk)
 {
-    std::uint8_t* bytes = chunk.bytes.release();
-    const auto release = [](gpointer data) { delete[] static_cast<std::uint8_t*>(data); };
-    return gst_buffer_new_wrapped_full(GstMemoryFlags(0), bytes, chunk.begin + chunk.size,
-        chunk.begin, chunk.size, bytes, release);
+    using Bytes = decltype(chunk.bytes);
+    auto* bytes = new Bytes(std::move(chunk.bytes));
+    const auto release = [](gpointer data) { delete static_cast<Bytes*>(data); };
+    // The stream keeps them too.
+    return gst_buffer_new_wrapped_full(GST_MEMORY_FLAG_READONLY,
+        const_cast<std::uint8_t*>(bytes->get()), chunk.begin + chunk.size, chunk.begin, chunk.size,
+        bytes, release);
 }
 
 /// Downstream asks for the size while it seeks.
@@ -95,10 +101,10 @@ GstFlowReturn readRange(HttpStream& stream, guint length, GstBuffer** buffer)
 GstFlowReturn create(GstBaseSrc* object, guint64 offset, guint length, GstBuffer** buffer)
 {
     HttpStream& stream = *of(object).stream;
-    stream.seek(static_cast<qint64>(offset));
-    const GstFlowReturn flow = of(object).access == Access::Random
-        ? readRange(stream, length, buffer)
-        : readPiece(stream, buffer);
+    const bool random = of(object).access == Access::Random;
+    stream.seek(static_cast<qint64>(offset), random ? leadBytes : 0);
+    const GstFlowReturn flow =
+        random ? readRange(stream, length, buffer) : readPiece(stream, buffer);
     if (flow == GST_FLOW_OK)
         tellSize(object, stream.progress().size);
     return flow;

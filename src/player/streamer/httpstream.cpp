@@ -1,78 +1,36 @@
 #include "httpstream.h"
 
-#include "tavulog.h"
 #include "transferloop.h"
-#include "urlparts.h"
-
-#include <log4cplus/logger.h>
-#include <log4cplus/loggingmacros.h>
 
 #include <algorithm>
-#include <chrono>
+#include <utility>
 
 namespace player {
 
 namespace {
 
-log4cplus::Logger& logger()
-{
-    static log4cplus::Logger logger =
-        log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("player.streamer.http"));
-    return logger;
-}
-
-constexpr int redirectsAtMost = 5;
 // A seek forward by less is read over rather than asked for anew.
 constexpr qint64 skipAtMost = qint64{ 128 } * 1024;
-// Servers close idle connections after a minute or more.
-constexpr std::chrono::seconds spareUse{ 30 };
-
-bool isRedirect(const HttpTransfer::Head& head)
-{
-    const int status = head.status;
-    return head.hasLocation
-        && (status == 301 || status == 302 || status == 303 || status == 307 || status == 308);
-}
-
-bool cannotBeAudio(const QByteArray& mediaType)
-{
-    return mediaType == "text/html" || mediaType == "application/json"
-        || mediaType == "application/xml" || mediaType == "application/xhtml+xml";
-}
-
-StreamFailure::Kind failureKind(CURLcode code)
-{
-    switch (code) {
-    case CURLE_COULDNT_RESOLVE_HOST:
-    case CURLE_COULDNT_RESOLVE_PROXY:
-        return StreamFailure::NameNotResolved;
-    case CURLE_COULDNT_CONNECT:
-    case CURLE_OPERATION_TIMEDOUT:
-        return StreamFailure::ConnectFailed;
-    case CURLE_SSL_CONNECT_ERROR:
-    case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_SSL_CACERT_BADFILE:
-    case CURLE_SSL_INVALIDCERTSTATUS:
-        return StreamFailure::TlsFailed;
-    default:
-        return StreamFailure::Interrupted;
-    }
-}
-
-std::chrono::milliseconds backoff(int attempts)
-{
-    return attempts <= 1 ? std::chrono::milliseconds(0)
-                         : std::chrono::milliseconds(250 << std::min(attempts - 2, 3));
-}
 
 } // namespace
 
-HttpStream::HttpStream(TransferLoop& loop, StreamRequest request, const HttpOptions& options)
+HttpStream::HttpStream(
+    TransferLoop& loop, StreamRequest request, const HttpOptions& options, StreamRemains remains)
     : m_loop(loop)
-    , m_request(std::move(request))
     , m_options(options)
+    , m_durationMs(request.durationMs)
+    , m_request(std::move(request))
+    , m_bytes(std::move(remains.bytes))
+    , m_size(remains.size)
+    , m_entityTag(std::move(remains.entityTag))
+    , m_entityTagUrl(remains.url)
+    , m_seekable(remains.seekable)
+    , m_servesRanges(remains.servesRanges)
 {
     m_failure.host = m_request.host;
+    if (remains.url == m_request.url && remains.refusal.isSet())
+        m_failure = remains.refusal;
+    placeReader(0, m_bytes.endOfRun(0));
 }
 
 HttpStream::~HttpStream()
@@ -86,7 +44,8 @@ void HttpStream::open()
     if (m_opened)
         return;
     m_opened = true;
-    post(&HttpStream::restart);
+    if (ahead() == 0)
+        fetch();
 }
 
 void HttpStream::close()
@@ -98,6 +57,40 @@ void HttpStream::close()
     post(&HttpStream::leave);
 }
 
+StreamRemains HttpStream::closeForAnother()
+{
+    StreamRemains remains;
+    {
+        const Lock lock(m_mutex);
+        remains.bytes = std::exchange(m_bytes, FetchedBytes());
+        m_fetchOffset = m_readOffset;
+        remains.size = m_size;
+        remains.entityTag = m_entityTag;
+        remains.url = m_request.url;
+        remains.seekable = m_seekable;
+        remains.servesRanges = m_servesRanges;
+        if (isRefusal(m_failure.httpStatus))
+            remains.refusal = m_failure;
+    }
+    close();
+    return remains;
+}
+
+bool HttpStream::renew(const StreamRequest& request)
+{
+    const Lock lock(m_mutex);
+    if (m_closed || m_endTold)
+        return false;
+    m_request = request;
+    const bool failed = m_failure.isSet();
+    m_failure = StreamFailure();
+    m_failure.host = m_request.host;
+    m_attempts = 0;
+    if (failed)
+        fetch();
+    return true;
+}
+
 /// What was posted for later would keep the stream in memory until then.
 void HttpStream::leave()
 {
@@ -106,7 +99,8 @@ void HttpStream::leave()
     m_loop.cancelDelayed(this);
     // Not in close(): megabytes take a while, and whoever left this stream waits for another one.
     const Lock lock(m_mutex);
-    m_chunks.clear();
+    m_bytes.clear();
+    m_fetchOffset = m_readOffset;
 }
 
 void HttpStream::setInterrupted(bool interrupted)
@@ -122,18 +116,24 @@ bool HttpStream::isSeekable() const
     return m_seekable;
 }
 
+bool HttpStream::servesRanges() const
+{
+    const Lock lock(m_mutex);
+    return m_servesRanges;
+}
+
 HttpStream::Progress HttpStream::progress() const
 {
     const Lock lock(m_mutex);
-    return { m_size, static_cast<qint64>(m_chunks.size()), isOver(), m_endConfirmed, m_failure };
+    return { m_size, ahead(), isOver(), m_endConfirmed, m_failure };
 }
 
 HttpStream::Read HttpStream::read(ByteChunk& chunk, std::size_t atMost)
 {
     Lock lock(m_mutex);
-    const auto settled = [this] {
-        return m_interrupted || m_closed || isOver() || !m_chunks.isEmpty();
-    };
+    const auto settled = [this] { return m_interrupted || m_closed || isOver() || ahead() > 0; };
+    if (!m_fetching && !settled())
+        fetch();
     if (!m_changed.wait_for(lock, std::chrono::milliseconds(m_options.giveUpMs), settled)) {
         ++m_generation;
         post(&HttpStream::restart);
@@ -141,17 +141,26 @@ HttpStream::Read HttpStream::read(ByteChunk& chunk, std::size_t atMost)
     }
     if (m_interrupted || m_closed)
         return Read::Interrupted;
-    if (m_chunks.isEmpty())
+    m_endTold = ahead() == 0;
+    if (m_endTold)
         return Read::End;
-    chunk = m_chunks.pop(atMost);
+    chunk = m_bytes.get(m_readOffset, std::min(atMost, static_cast<std::size_t>(ahead())));
     m_readOffset += static_cast<qint64>(chunk.size);
+    keepInBounds();
     resumeTransfer(lock);
     return Read::Data;
 }
 
+void HttpStream::keepInBounds()
+{
+    const qint64 atMost =
+        std::clamp(capacity() / 2, m_options.keptBytesAtLeast, m_options.keptBytesAtMost);
+    m_bytes.keepOnly(m_readOffset, m_fetchOffset, atMost);
+}
+
 void HttpStream::resumeTransfer(Lock& lock)
 {
-    if (!m_held || static_cast<qint64>(m_chunks.size()) > capacity() * 3 / 4)
+    if (!m_held || ahead() > capacity() * 3 / 4)
         return;
     m_held = false;
     lock.unlock();
@@ -166,29 +175,56 @@ void HttpStream::unpause()
     watchForStall();
 }
 
-void HttpStream::seek(qint64 offset)
+void HttpStream::seek(qint64 offset, qint64 lead)
 {
     const Lock lock(m_mutex);
-    if (offset >= m_readOffset && offset <= fetchOffset()) {
-        m_chunks.drop(static_cast<std::size_t>(offset - m_readOffset));
+    if (offset == m_readOffset)
+        return;
+    m_endTold = false;
+    const qint64 run = m_bytes.endOfRun(offset);
+    if (offset <= m_fetchOffset && run >= m_fetchOffset) {
         m_readOffset = offset;
         return;
     }
-    const qint64 ahead = offset - fetchOffset();
-    m_chunks.clear();
-    m_readOffset = offset;
-    if (ahead > 0 && ahead <= skipAtMost && m_answered && !isOver() && !m_held) {
-        m_skip += ahead;
-        return;
-    }
+    const qint64 toSkip = run - m_transferOffset;
+    const bool goesOn = m_fetching && m_answered && !isOver() && !m_held && !m_probesEnd;
+    if (goesOn && toSkip >= 0 && toSkip <= skipAtMost)
+        return placeReader(offset, run);
+    leapTo(offset, lead);
+}
+
+/// What lies there already is read first; more is fetched when the reader wants it.
+void HttpStream::leapTo(qint64 offset, qint64 lead)
+{
+    placeReader(offset, m_bytes.endOfRun(offset));
+    m_lead = lead;
     ++m_generation;
+    m_fetching = false;
     m_attempts = 0;
-    m_skip = 0;
     m_held = false;
-    m_ended = false;
     m_probesEnd = false;
-    m_failure = StreamFailure();
-    m_failure.host = m_request.host;
+    if (!isRefusal(m_failure.httpStatus)) {
+        m_failure = StreamFailure();
+        m_failure.host = m_request.host;
+    }
+    if (ahead() == 0 && !isOver())
+        fetch();
+    else
+        post(&HttpStream::abandon);
+}
+
+void HttpStream::placeReader(qint64 offset, qint64 endOfRun)
+{
+    m_readOffset = offset;
+    m_fetchOffset = endOfRun;
+    m_putFrom = endOfRun > offset ? endOfRun : 0;
+    m_ended = isEndAtHand();
+    m_endConfirmed = m_ended;
+}
+
+void HttpStream::fetch()
+{
+    m_fetching = true;
     post(&HttpStream::restart);
 }
 
@@ -197,283 +233,11 @@ void HttpStream::post(void (HttpStream::*task)())
     m_loop.post([self = shared_from_this(), task] { (self.get()->*task)(); });
 }
 
-void HttpStream::restart()
-{
-    m_transfer.reset();
-    m_spare.reset();
-    m_spareDue = {};
-    {
-        const Lock lock(m_mutex);
-        m_transferGeneration = m_generation;
-        m_held = false;
-        if (m_closed || isOver())
-            return;
-        if (m_size >= 0 && fetchOffset() >= m_size)
-            return end(true);
-    }
-    m_redirects = 0;
-    begin(m_request.url);
-}
-
-void HttpStream::begin(const QByteArray& url)
-{
-    qint64 offset = 0;
-    {
-        const Lock lock(m_mutex);
-        m_skip = 0;
-        offset = fetchOffset();
-    }
-    const UrlParts parts = UrlParts::of(url);
-    LOG4CPLUS_DEBUG(logger(), "GET " << parts.forLog() << " from byte " << offset);
-    m_bodyWanted = false;
-    m_transfer.reset();
-    m_transferUrl = url;
-    m_transfer = std::make_unique<HttpTransfer>(
-        m_loop, *this, m_options, HttpTransfer::Method::Get, url, headersFor(url), offset);
-    watchForStall();
-}
-
-QList<QByteArray> HttpStream::headersFor(const QByteArray& url) const
-{
-    const bool ownOrigin = UrlParts::of(url).sameOrigin(UrlParts::of(m_request.url));
-    return ownOrigin ? m_request.keyHeaders : QList<QByteArray>();
-}
-
-void HttpStream::keepSpare()
-{
-    const auto now = std::chrono::steady_clock::now();
-    if (!m_transfer || now < m_spareDue)
-        return;
-    m_spareDue = now + spareUse;
-    m_spare = std::make_unique<SpareConnection>(
-        m_loop, m_options, m_transferUrl, headersFor(m_transferUrl));
-}
-
-void HttpStream::watchForStall()
-{
-    m_lastNews = std::chrono::steady_clock::now();
-    if (m_watching)
-        return;
-    m_watching = true;
-    m_loop.postDelayed(std::chrono::milliseconds(m_options.stallTimeoutMs), this,
-        [self = shared_from_this()] { self->checkForStall(); });
-}
-
-void HttpStream::checkForStall()
-{
-    using namespace std::chrono;
-    m_watching = false;
-    const Lock lock(m_mutex);
-    if (!m_transfer || m_held || isStale() || isOver())
-        return;
-    const steady_clock::time_point due = m_lastNews + milliseconds(m_options.stallTimeoutMs);
-    const auto left = ceil<milliseconds>(due - steady_clock::now());
-    // Connecting has a limit of its own.
-    if (left.count() <= 0 && m_transfer->hasConnected()) {
-        m_transfer.reset();
-        return retry(StreamFailure::Stalled);
-    }
-    m_watching = true;
-    m_loop.postDelayed(std::max(left, milliseconds(100)), this,
-        [self = shared_from_this()] { self->checkForStall(); });
-}
-
-bool HttpStream::headArrived(const HttpTransfer::Head& head)
-{
-    const Lock lock(m_mutex);
-    if (isStale())
-        return false;
-    if (isRedirect(head))
-        return true;
-    m_bodyWanted = accept(head);
-    return m_bodyWanted;
-}
-
-bool HttpStream::accept(const HttpTransfer::Head& head)
-{
-    if (head.status == 206)
-        return acceptPart(head);
-    if (head.status >= 200 && head.status < 300)
-        return acceptWhole(head);
-    return refuse(head);
-}
-
-bool HttpStream::acceptWhole(const HttpTransfer::Head& head)
-{
-    if (cannotBeAudio(head.mediaType))
-        return fail(StreamFailure::NotAudio, QString::fromLatin1(head.mediaType));
-    if (m_probesEnd) {
-        // The server knows no ranges: what the end was remains unknown.
-        end(false);
-        return false;
-    }
-    if (!takeSize(head.length))
-        return false;
-    m_seekable = head.length >= 0 || head.acceptsRanges;
-    m_skip = fetchOffset();
-    return true;
-}
-
-bool HttpStream::acceptPart(const HttpTransfer::Head& head)
-{
-    if (head.rangeStart < 0 || head.rangeStart > fetchOffset())
-        return fail(StreamFailure::Changed);
-    if (!takeSize(head.rangeTotal))
-        return false;
-    m_seekable = true;
-    m_skip = fetchOffset() - head.rangeStart;
-    return true;
-}
-
-bool HttpStream::takeSize(qint64 size)
-{
-    if (m_size >= 0 && size >= 0 && m_size != size)
-        return fail(StreamFailure::Changed);
-    if (size == 0)
-        return fail(StreamFailure::Empty);
-    if (size >= 0)
-        m_size = size;
-    m_answered = true;
-    return true;
-}
-
-bool HttpStream::refuse(const HttpTransfer::Head& head)
-{
-    if (head.status == 416 && m_probesEnd) {
-        end(true);
-        return false;
-    }
-    const bool passing = head.status == 429 || head.status >= 500;
-    if (passing && m_answered)
-        return false;
-    return fail(StreamFailure::HttpError, QString(), head.status);
-}
-
-bool HttpStream::dataArrived(const char* bytes, std::size_t size)
-{
-    m_lastNews = std::chrono::steady_clock::now();
-    const Lock lock(m_mutex);
-    if (isStale() || !m_bodyWanted || isOver())
-        return true;
-    if (static_cast<qint64>(m_chunks.size()) >= capacity()) {
-        m_held = true;
-        post(&HttpStream::keepSpare);
-        return false;
-    }
-    m_attempts = 0;
-    m_trouble = StreamFailure::Stalled;
-    m_probesEnd = false;
-    const auto seen = static_cast<std::size_t>(std::min<qint64>(m_skip, static_cast<qint64>(size)));
-    m_skip -= static_cast<qint64>(seen);
-    m_chunks.push(bytes + seen, size - seen);
-    if (size > seen)
-        m_changed.notify_all();
-    return true;
-}
-
-void HttpStream::transferFinished(CURLcode code)
-{
-    const std::unique_ptr<HttpTransfer> finished = std::move(m_transfer);
-    if (code == CURLE_OK && isRedirect(finished->head()))
-        return follow(finished->redirectUrl());
-    const Lock lock(m_mutex);
-    if (isStale() || m_closed || isOver())
-        return;
-    if (code == CURLE_OK)
-        bodyEnded();
-    else
-        brokenOff(code, QString::fromUtf8(finished->errorText()));
-}
-
-void HttpStream::follow(const QByteArray& url)
-{
-    if (mayFollow(url))
-        begin(url);
-}
-
-bool HttpStream::mayFollow(const QByteArray& url)
-{
-    const UrlParts from = UrlParts::of(m_request.url);
-    const UrlParts to = UrlParts::of(url);
-    const Lock lock(m_mutex);
-    if (isStale() || m_closed)
-        return false;
-    if (++m_redirects > redirectsAtMost)
-        return fail(StreamFailure::TooManyRedirects);
-    if (!to.isValid())
-        return fail(StreamFailure::BadAddress);
-    if (from.scheme == "https" && to.scheme != "https")
-        return fail(StreamFailure::Downgraded);
-    return true;
-}
-
-void HttpStream::bodyEnded()
-{
-    if (m_size >= 0)
-        return fetchOffset() >= m_size ? end(true) : retry(StreamFailure::Interrupted);
-    if (fetchOffset() == 0)
-        return void(fail(StreamFailure::Empty));
-    // Nobody said how long the resource is, so this may be a connection that died silently. An item
-    // without a duration is a broadcast, which cannot be asked for its rest.
-    if (m_request.durationMs <= 0 || m_probesEnd)
-        return end(m_request.durationMs <= 0);
-    m_probesEnd = true;
-    post(&HttpStream::restart);
-}
-
-void HttpStream::brokenOff(CURLcode code, const QString& detail)
-{
-    const StreamFailure::Kind kind = failureKind(code);
-    if (kind == StreamFailure::TlsFailed)
-        return void(fail(kind, detail));
-    if (!m_answered)
-        return void(fail(kind, detail));
-    retry(kind);
-}
-
-void HttpStream::retry(StreamFailure::Kind trouble)
-{
-    m_trouble = trouble;
-    ++m_attempts;
-    LOG4CPLUS_INFO(logger(),
-        "Stream from " << m_request.host << " broke off at byte " << fetchOffset() << ", attempt "
-                       << m_attempts << " to go on");
-    m_loop.postDelayed(backoff(m_attempts), this, [self = shared_from_this(), was = m_generation] {
-        bool wanted = false;
-        {
-            const Lock lock(self->m_mutex);
-            wanted = was == self->m_generation;
-        }
-        if (wanted)
-            self->restart();
-    });
-}
-
-void HttpStream::end(bool confirmed)
-{
-    m_ended = true;
-    m_endConfirmed = confirmed;
-    m_changed.notify_all();
-}
-
-bool HttpStream::fail(StreamFailure::Kind kind, const QString& detail, int httpStatus)
-{
-    m_failure.kind = kind;
-    m_failure.detail = detail;
-    m_failure.httpStatus = httpStatus;
-    LOG4CPLUS_INFO(logger(),
-        "Stream from " << m_request.host
-                       << " failed: " << streamError(QString(), m_failure).message());
-    m_changed.notify_all();
-    return false;
-}
-
 qint64 HttpStream::capacity() const
 {
-    if (m_size <= 0 || m_request.durationMs <= 0)
+    if (m_size <= 0 || m_durationMs <= 0)
         return std::max(m_options.aheadBytesAtLeast, m_options.aheadBytesAtMost / 4);
-    const double bytesPerMs =
-        static_cast<double>(m_size) / static_cast<double>(m_request.durationMs);
+    const double bytesPerMs = static_cast<double>(m_size) / static_cast<double>(m_durationMs);
     const auto wanted = static_cast<qint64>(bytesPerMs * m_options.aheadMs);
     return std::clamp(wanted, m_options.aheadBytesAtLeast, m_options.aheadBytesAtMost);
 }

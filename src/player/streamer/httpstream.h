@@ -1,9 +1,8 @@
 #pragma once
 
-#include "bytechunk.h"
 #include "httptransfer.h"
 #include "spareconnection.h"
-#include "streamfailure.h"
+#include "streamremains.h"
 #include "streamrequest.h"
 
 #include <chrono>
@@ -16,6 +15,10 @@ namespace player {
 /// The bytes of one item, fetched ahead of their reader into memory. A transfer that stalls, is cut
 /// or is reset goes on where it was, over another connection, for as long as the reader does not
 /// have to wait too long. Key headers go to the origin of the item's URL only.
+///
+/// Some of what has been read stays at hand, the beginning of the resource before all, so that a
+/// reader who looks about in it does not ask again for what was here a moment ago. A server that
+/// has refused the address (401, 403, 404 or 410) is not asked again.
 ///
 /// A stream that does not fit into memory occupies its connection for as long as it is played, and
 /// takes it with it when it is closed early. So it keeps a spare one to its host for the next.
@@ -35,28 +38,38 @@ public:
         StreamFailure failure;
     };
 
-    /// `loop` must live until the stream has been closed.
-    HttpStream(TransferLoop& loop, StreamRequest request, const HttpOptions& options);
+    /// `loop` must live until the stream has been closed. `remains` are of another stream of the
+    /// same item, be it one with another address.
+    HttpStream(TransferLoop& loop, StreamRequest request, const HttpOptions& options,
+        StreamRemains remains = {});
     ~HttpStream() override;
     Q_DISABLE_COPY_MOVE(HttpStream)
 
-    /// Begins to fetch. A second call does nothing.
+    /// Begins to fetch, where nothing is at hand. A second call does nothing.
     void open();
     /// Ends the transfer; what was fetched is given back soon. Required before the last reference
     /// goes.
     void close();
+    /// Closes the stream and takes out what another one may go on with.
+    StreamRemains closeForAnother();
+    /// Goes on with another address of the same resource. False when it is too late: the reader has
+    /// met the end.
+    bool renew(const StreamRequest& request);
 
     /// Waits for the next bytes, at most so many. A failed stream ends, after what came before the
     /// failure.
     Read read(ByteChunk& chunk, std::size_t atMost = std::size_t(-1));
-    /// Where the next read() goes on. After a failure the stream tries anew.
-    void seek(qint64 offset);
+    /// Where the next read() goes on. After a failure other than a refusal the stream tries anew.
+    /// What has to be fetched is fetched from `lead` bytes before.
+    void seek(qint64 offset, qint64 lead = 0);
     /// While interrupted, read() does not wait.
     void setInterrupted(bool interrupted);
 
     bool isSeekable() const;
+    /// Whether the server has said that it hands out parts.
+    bool servesRanges() const;
     Progress progress() const;
-    const StreamRequest& request() const { return m_request; }
+    qint64 durationMs() const { return m_durationMs; }
 
 private:
     using Lock = std::unique_lock<std::mutex>;
@@ -67,6 +80,7 @@ private:
 
     // In the loop's thread, without the lock.
     void restart();
+    void abandon();
     void leave();
     void begin(const QByteArray& url);
     void watchForStall();
@@ -79,13 +93,19 @@ private:
 
     // With the lock.
     bool isStale() const { return m_transferGeneration != m_generation; }
-    qint64 fetchOffset() const { return m_readOffset + static_cast<qint64>(m_chunks.size()); }
+    qint64 ahead() const { return m_fetchOffset - m_readOffset; }
     qint64 capacity() const;
+    void leapTo(qint64 offset, qint64 lead);
+    void placeReader(qint64 offset, qint64 endOfRun);
+    void fetch();
+    void take(const char* bytes, qint64 size);
+    void keepInBounds();
+    bool isEndAtHand() const { return m_size >= 0 && m_fetchOffset >= m_size; }
     bool accept(const HttpTransfer::Head& head);
     bool acceptWhole(const HttpTransfer::Head& head);
     bool acceptPart(const HttpTransfer::Head& head);
     bool refuse(const HttpTransfer::Head& head);
-    bool takeSize(qint64 size);
+    bool takeResource(const HttpTransfer::Head& head, qint64 size);
     void bodyEnded();
     void brokenOff(CURLcode code, const QString& detail);
     void retry(StreamFailure::Kind trouble);
@@ -96,10 +116,11 @@ private:
     bool isOver() const { return m_ended || m_failure.isSet(); }
 
     TransferLoop& m_loop;
-    const StreamRequest m_request;
     const HttpOptions m_options;
+    const qint64 m_durationMs;
 
     // The loop's thread only.
+    StreamRequest m_asked; // What the transfer is of.
     std::unique_ptr<HttpTransfer> m_transfer;
     QByteArray m_transferUrl;
     std::unique_ptr<SpareConnection> m_spare;
@@ -113,17 +134,26 @@ private:
     mutable std::mutex m_mutex;
     // The rest is guarded by m_mutex.
     std::condition_variable m_changed;
-    ByteChunks m_chunks;
+    StreamRequest m_request;
+    FetchedBytes m_bytes;
     qint64 m_readOffset = 0;
-    qint64 m_skip = 0; // Bytes to come that were seen before.
+    qint64 m_fetchOffset = 0; // What lies from the reader up to here is at hand.
+    qint64 m_transferOffset = 0; // Of the next byte that arrives.
+    qint64 m_putFrom = 0; // What arrives from before would take the place of what lies ahead.
+    qint64 m_lead = 0;
     qint64 m_size = -1;
+    QByteArray m_entityTag;
+    QByteArray m_entityTagUrl; // Where it was given.
     int m_generation = 0; // Of the wanted transfer; another one's news is stale.
     int m_attempts = 0; // Since the last byte.
     StreamFailure::Kind m_trouble = StreamFailure::Stalled; // What the last attempt met.
     bool m_opened = false;
+    bool m_fetching = false; // A transfer is under way, or will be.
+    bool m_endTold = false; // To the reader, since the last leap.
     bool m_closed = false;
     bool m_answered = false; // A usable answer came once.
     bool m_seekable = false;
+    bool m_servesRanges = false;
     bool m_probesEnd = false; // The transfer is to find out whether a silent end was the real one.
     bool m_held = false; // The transfer waits for room.
     bool m_interrupted = false;

@@ -170,6 +170,8 @@ void HttpTransfer::takeField(const QByteArray& name, const QByteArray& value)
         m_head.rangeTotal = slash < 0 ? -1 : number(value.mid(slash + 1));
     } else if (name == "accept-ranges") {
         m_head.acceptsRanges = value.toLower() == "bytes";
+    } else if (name == "etag") {
+        m_head.entityTag = value.startsWith("W/") ? QByteArray() : value;
     } else if (name == "content-type") {
         m_head.mediaType = value.left(value.indexOf(';')).trimmed().toLower();
     } else if (name == "location") {

@@ -27,6 +27,7 @@ public:
         qint64 rangeStart = -1;
         qint64 rangeTotal = -1; ///< Of the whole resource; -1 when it is not told.
         bool acceptsRanges = false;
+        QByteArray entityTag; ///< Empty unless it is a strong one.
         QByteArray mediaType; ///< Lower case, without parameters.
         bool hasLocation = false;
     };

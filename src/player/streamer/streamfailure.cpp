@@ -121,6 +121,11 @@ CMError outputError(const StreamFailure& failure)
 
 } // namespace
 
+bool isRefusal(int httpStatus)
+{
+    return httpStatus == 401 || httpStatus == 403 || httpStatus == 404 || httpStatus == 410;
+}
+
 CMError streamError(const QString& title, const StreamFailure& failure)
 {
     if (failure.kind == StreamFailure::OutputFailed || failure.kind == StreamFailure::NoOutput)

@@ -39,6 +39,10 @@ struct StreamFailure
     bool isSet() const { return kind != None; }
 };
 
+/// Whether the server refused the address itself (401, 403, 404 or 410): asking again does not
+/// help, a fresh address may.
+bool isRefusal(int httpStatus);
+
 /// For people: which item could not be played, why, and what to do. The error carries the HTTP
 /// status under streamErrorHttpCode() when there is one.
 CMError streamError(const QString& title, const StreamFailure& failure);

@@ -460,7 +460,7 @@ TEST_F(StreamerFault, seeksWhileItFillsItsBuffer)
     makeStreamer(Synced);
     const Sound melody = Sound::melody(8000, 1);
     SoundServer::Manner slow;
-    slow.shaping.bytesPerSecond = flac(melody).size() / 20;
+    slow.shaping.bytesPerSecond = flac(melody).size() / 4;
     slow.shapedAnswers = 1;
     streamer().play(1, served(melody, slow), {});
     ASSERT_TRUE(ear().hearsState(1, buffering));
