@@ -240,7 +240,8 @@ QList<int> House::audioRefusals()
     filter.kinds = QStringList{ QStringLiteral("audio") };
     QList<int> refusals;
     for (const auto& entry : service().ledger().entries(filter)) {
-        if (entry.status >= firstRefusal)
+        // A head is asked for the connection's sake, be the answer what it may.
+        if (entry.method != QLatin1String("HEAD") && entry.status >= firstRefusal)
             refusals.append(entry.status);
     }
     return refusals;
