@@ -4,16 +4,30 @@ import { createRequire } from 'node:module';
 
 const source = readFileSync(createRequire(import.meta.url).resolve('axe-core/axe.min.js'), 'utf8');
 
+const all = ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'];
+/** Those whose answer depends on the colours. */
+const ofColours = ['color-contrast', 'link-in-text-block'];
+
 /** Fails with what axe finds wrong, each with the elements concerned. */
 export async function assertAccessible(page, where) {
-  // As evaluated text, not as a script element: the page's own policy forbids those.
-  await page.evaluate(source);
-  const { violations, passes } = await page.evaluate(() =>
-    window.axe.run(document, {
-      runOnly: ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'],
-    }),
-  );
+  const passes = await assertRulesKept(page, where, all);
   assert.ok(passes.length > 10, `${where}: axe looked at hardly anything`);
+}
+
+/** The same for a further look of a view: nothing but its colours has changed. */
+export async function assertLegible(page, where) {
+  const passes = await assertRulesKept(page, where, ofColours);
+  assert.ok(passes.some(({ id }) => id === 'color-contrast'), `${where}: axe saw no text`);
+}
+
+/** What passes. */
+async function assertRulesKept(page, where, runOnly) {
+  // As evaluated text, not as a script element: the page's own policy forbids those.
+  if (!(await page.evaluate(() => 'axe' in window))) await page.evaluate(source);
+  const { violations, passes } = await page.evaluate(
+    (rules) => window.axe.run(document, { runOnly: rules, resultTypes: ['violations'] }),
+    runOnly,
+  );
   const found = violations.map(
     ({ id, help, nodes }) =>
       `${id}: ${help}\n  ${nodes
@@ -25,6 +39,7 @@ export async function assertAccessible(page, where) {
         .join('\n  ')}`,
   );
   assert.deepEqual(found, [], where);
+  return passes;
 }
 
 /** Nothing may stick out sideways: not the page, nor anything in it. */
