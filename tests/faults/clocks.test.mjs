@@ -47,9 +47,10 @@ jumping('M16 an hour\'s pause outlasts the address: the sound is back at the sam
     const now = await house.now();
     return now.state === State.playing && now.position > before.position && now;
   }, 'the sound');
-  assert.ok(performance.now() - started <= limit(2000));
+  const took = performance.now() - started;
+  assert.ok(took <= limit(2000));
   assert.equal(after.title, before.title);
-  assert.ok(after.position - before.position < 500 + limit(2000), `${before.position} -> ${after.position}`);
+  assert.ok(after.position - before.position < 500 + took, `${before.position} -> ${after.position}`);
   const renewals = (await house.ledger('instance', since)).filter(({ track }) => track === before.title);
   assert.equal(renewals.length, 1, 'the address is renewed');
   assert.deepEqual(await house.reports(since), ['START UNPAUSE']);
