@@ -159,19 +159,26 @@ entry('K06 signed out during a fetch: what waits is told so, and playback stops 
 
 entry('K08 one play right after another: the first never sounds, however late it comes', async (house) => {
   const second = await other(house);
-  await house.fault({ kind: 'chunk', path: `/chunks/albums/${await idOf(house, house.album)}`, delay: 400 });
+  const delay = 400;
+  await house.fault({ kind: 'chunk', path: `/chunks/albums/${await idOf(house, house.album)}`, delay });
   const titles = new Set((await house.emu('GET', 'catalogue')).tracks
     .filter(({ album }) => album === second.title).map(({ title }) => title));
-  for (let round = 0; round < 10; ++round) {
+  const wanted = 10;
+  for (let round = 0, overtaken = 0; overtaken < wanted; ++round) {
+    assert.ok(round < 10 * wanted, 'a second play before the first is answered');
     const since = await house.mark();
     const first = house.play(house.album);
     await house.until(async () => (await house.ledger('chunk', since)).length === 1, 'the first');
     const answer = await house.play(second);
     assert.equal(answer.status, 200);
     await first;
-    await house.until(async () => (await house.ledger('chunk', since))
-      .every(({ status }) => status === 200), 'the late answer', limit(delivered));
+    const chunks = () => house.ledger('chunk', since);
+    await house.until(async () => (await chunks()).every(({ status }) => status === 200),
+      'the late answer', limit(delivered));
     const { title } = await house.waitForState(State.playing);
+    const [one, two] = (await chunks()).map(({ at }) => Date.parse(at));
+    if (two - one >= delay) continue; // Too late itself: the first was answered and may have sounded.
+    ++overtaken;
     assert.ok(titles.has(title), title);
     const starts = (await reports(house, since)).filter(({ event }) => event === 'START');
     assert.ok(starts.every(({ track }) => titles.has(track)), JSON.stringify(starts));
