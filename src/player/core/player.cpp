@@ -31,6 +31,11 @@ CMError noLogin()
         TrCharData(trExtractContext("player"), "Nobody is signed in. Please sign in first.")));
 }
 
+CMError nothingPlays()
+{
+    return CMError(TrString(TrCharData(trExtractContext("player"), "Nothing is playing.")));
+}
+
 // More are not asked for, and not shown.
 constexpr int reportRowsAtMost = 99999;
 
@@ -142,6 +147,7 @@ CMReply<QVariant> Player::setData(const CMPath& path, const QVariant& value)
 
 CMReply<QVariant> Player::activateRow(const QVariantHash& row, const QVariant& value)
 {
+    m_recentErrors.clear();
     const TavuRoles roles(row);
     if (roles.path().isEmpty())
         return refused(CMError(TrString(TrCharData(trExtractContext("player"),
@@ -155,6 +161,7 @@ CMReply<QVariant> Player::activateRow(const QVariantHash& row, const QVariant& v
 CMReply<QVariant> Player::activatePath(
     const QString& path, const QString& role, const QVariant& value)
 {
+    m_recentErrors.clear();
     const QVariant given = role.isEmpty() ? value : QVariant(QVariantHash{ { role, value } });
     return observed(setData(CMPath::fromEncoded(path), given), QStringLiteral("activate"));
 }
@@ -176,6 +183,7 @@ CMReply<QVariant> Player::search(const QString& text, const QString& path)
 
 CMReply<QVariant> Player::play(const QVariantHash& row)
 {
+    m_recentErrors.clear();
     giveUpResume();
     pauseGoingOn();
     if (m_startAt)
@@ -209,12 +217,31 @@ CMReply<QVariant> Player::playRow(const TavuRoles& row, const RowSource& source,
 
 CMReply<QVariant> Player::command(Command command)
 {
+    m_recentErrors.clear();
     if (!playLogic())
         return refused(noService(), QStringLiteral("player"));
+    if (const CMError problem = hasNothingFor(command); problem.isSet())
+        return refused(problem, QStringLiteral("player"));
     const bool goesOn = shown().state() != TavuPlayLogicState::Paused;
     if (command == Command::Resume && goesOn)
         return done();
     return observed(withDeadline(transport(command)), QStringLiteral("player"));
+}
+
+/// A play logic answers a step before it knows whether there is a track to step from. Nothing to stop
+/// is nothing wrong.
+CMError Player::hasNothingFor(Command command) const
+{
+    if (command == Command::Stop)
+        return CMError();
+    if (shown().state() == TavuPlayLogicState::Idle)
+        return nothingPlays();
+    const bool steps = command == Command::Next || command == Command::Previous;
+    if (steps && waitsRestored())
+        return CMError(TrString(TrCharData(trExtractContext("player"),
+                                    "“%1” has to go on before another track can follow."),
+            { shown().trackRoles().title() }));
+    return CMError();
 }
 
 PlayLogicInterface* Player::playLogic() const
@@ -293,6 +320,7 @@ void Player::giveUpResume()
 
 CMReply<QVariant> Player::seek(qint64 positionMs)
 {
+    m_recentErrors.clear();
     if (!playLogic())
         return refused(noService(), QStringLiteral("player"));
     const qint64 duration = shown().trackRoles().mediaData().firstResource().duration();

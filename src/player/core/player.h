@@ -107,6 +107,8 @@ private:
     CMReply<QVariant> setData(const CMPath& path, const QVariant& value);
     CMReply<QVariant> observed(const CMReply<QVariant>& reply, const QString& source);
     CMReply<QVariant> refused(const CMError& error, const QString& source);
+    /// Why there is nothing for it to act on; no error when there is.
+    CMError hasNothingFor(Command command) const;
     CMReply<QVariant> transport(Command command);
     CMReply<QVariant> pauseOrResume();
     CMReply<QVariant> resume();

@@ -7,10 +7,13 @@
 namespace player {
 
 /// One failure may be heard of twice, by the answer to a command and by what plays. People are told
-/// of it once.
+/// of it once. What they do next may fail in the same words, and is told of again.
 class RecentErrors
 {
 public:
+    /// Before each thing that a person does.
+    void clear() { m_age.invalidate(); }
+
     /// Whether this is news. A second tiding that names a screen to show is, after one that did
     /// not.
     bool isNews(const CMError& error)

@@ -216,11 +216,17 @@ TEST_F(Play, seeks_and_reports_where_it_was_and_where_it_is)
 TEST_F(Play, answers_commands_when_nothing_plays_with_an_error_and_goes_on)
 {
     house.startSignedIn();
-    for (const Command command : { Command::TogglePause, Command::Stop, Command::Next,
+    QStringList told;
+    for (const Command command : { Command::TogglePause, Command::Resume, Command::Next,
              Command::Previous, Command::Like, Command::Dislike }) {
-        const CMReply<QVariant> reply = house.player().command(command);
-        EXPECT_TRUE(waitUntil([&] { return reply.isFinished(); }));
+        EXPECT_EQ(
+            errorOf(house.player().command(command)), QStringLiteral("Nothing is playing."));
+        told.append(QStringLiteral("Nothing is playing.: "));
+        EXPECT_EQ(house.messageTexts(), told);
     }
+    EXPECT_EQ(valueOf(house.player().command(Command::Stop)), QVariant());
+    settle();
+    EXPECT_EQ(house.messageTexts(), told);
     house.player().setPlayMode(5);
     house.play(QStringLiteral("Albums/Night Trains"));
     EXPECT_TRUE(house.waitForState(playing));

@@ -68,7 +68,7 @@ TEST_F(Restore, a_kept_track_has_its_picture_once_its_list_was_read)
         [&] { return house.player().player().value(QStringLiteral("artwork")) == picture; }));
 }
 
-TEST_F(Restore, a_kept_track_can_be_rated_once_it_plays)
+TEST_F(Restore, a_kept_track_can_be_rated_and_left_once_it_plays)
 {
     start();
     house.play(album());
@@ -77,6 +77,9 @@ TEST_F(Restore, a_kept_track_can_be_rated_once_it_plays)
     EXPECT_EQ(errorOf(house.player().command(Command::Like)),
         QStringLiteral("“First” can be rated once it plays again."));
     EXPECT_EQ(house.requests("rating"), 0);
+    for (const Command step : { Command::Next, Command::Previous })
+        EXPECT_EQ(errorOf(house.player().command(step)),
+            QStringLiteral("“First” has to go on before another track can follow."));
     house.command(Command::Resume);
     ASSERT_TRUE(house.waitForState(playing));
     valueOf(house.player().command(Command::Like));

@@ -53,6 +53,15 @@ TEST(RecentErrors, tells_the_same_failure_once)
     EXPECT_TRUE(recent.isNews(error("a")));
 }
 
+TEST(RecentErrors, tells_the_same_of_what_was_done_next)
+{
+    player::RecentErrors recent;
+    EXPECT_TRUE(recent.isNews(error("a")));
+    recent.clear();
+    EXPECT_TRUE(recent.isNews(error("a")));
+    EXPECT_FALSE(recent.isNews(error("a")));
+}
+
 TEST(RecentErrors, tells_of_a_screen_that_comes_second)
 {
     player::RecentErrors recent;
