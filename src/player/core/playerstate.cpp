@@ -118,9 +118,22 @@ void Player::tellFailure(const CMError& error)
     Q_EMIT playerChanged();
 }
 
+namespace {
+
+/// 0 where the service tells none, or one beyond what clients hold: a whole number in JSON, or
+/// microseconds on the bus.
+qint64 durationOf(const TavuRoles& track)
+{
+    constexpr qint64 most = (qint64{ 1 } << 53) - 1;
+    const qint64 duration = track.mediaData().firstResource().duration();
+    return duration > 0 && duration <= most ? duration : 0;
+}
+
+} // namespace
+
 qint64 Player::remaining() const
 {
-    const qint64 duration = m_data.trackRoles().mediaData().firstResource().duration();
+    const qint64 duration = durationOf(m_data.trackRoles());
     const bool moves = m_data.state() == TavuPlayLogicState::Playing;
     const qint64 since = moves ? m_positionAge.elapsed() : 0;
     return duration > 0 ? qMax<qint64>(0, duration - m_position - since) : -1;
@@ -142,7 +155,7 @@ QVariantHash Player::player() const
         { QStringLiteral("state"), static_cast<int>(data.state()) },
         { QStringLiteral("position"), position() },
         { QStringLiteral("at"), m_positionAt },
-        { QStringLiteral("duration"), track.mediaData().firstResource().duration() },
+        { QStringLiteral("duration"), durationOf(track) },
         { QStringLiteral("title"), track.title() },
         { QStringLiteral("artist"), meta.artist() },
         { QStringLiteral("album"), meta.album() },
