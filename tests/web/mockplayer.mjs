@@ -26,7 +26,10 @@ const policy =
   "default-src 'self'; img-src 'self' data:; media-src 'self' blob:; object-src 'none'; " +
   "base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 
-/** One mock player on a free loopback port. `faults` are what a test sets to make it misbehave. */
+/**
+ * One mock player on a free loopback port. `faults` are what a test sets to make it misbehave,
+ * `codeLives` how many seconds the next codes last.
+ */
 export class MockPlayer {
   constructor({ web, vendor, token = '' }) {
     if (!vendor) throw new Error('Set TAVU_WEB_VENDOR to the folder of the built library files.');
@@ -34,7 +37,7 @@ export class MockPlayer {
     this.serial = 0;
     this.streams = new Set();
     this.refs = new Map();
-    this.codeSeconds = 600;
+    this.codeLives = [];
     this.faults = { delayMs: 0, refuseEvents: false, failRows: 0 };
     this.calls = [];
     this.ratings = [];
@@ -184,7 +187,7 @@ export class MockPlayer {
         if (body.mute !== undefined) state.mute = body.mute;
         state.told();
       },
-      'login/start': () => state.startLogin(this.url, this.codeSeconds),
+      'login/start': () => state.startLogin(this.url, this.codeLives.shift() ?? 600),
       logout: () => state.logout(),
       outputs: () =>
         state.outputs.forEach((output) => {

@@ -40,7 +40,8 @@ describe('the player', () => {
       assert.ok((await person.position()) >= 59000);
       await slider.press('ArrowLeft');
       await person.waitFor(() => mock.state.position() < 58000);
-      assert.match(await slider.getAttribute('aria-valuetext'), /^5\d s of 1 min 35 s$/);
+      const said = async () => /^5\d s of 1 min 35 s$/.test(await slider.getAttribute('aria-valuetext'));
+      await person.waitFor(said);
     }));
 
   it('rests the seek slider where the player cannot seek', () =>
@@ -70,7 +71,7 @@ describe('the player', () => {
       const up = person.now.getByRole('button', { name: 'Thumbs up' });
       await up.click();
       await page.locator('.toast').getByText('Thanks. We will play more like this.').waitFor();
-      assert.equal(await up.getAttribute('aria-pressed'), 'true');
+      await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'true');
       await person.now.getByRole('button', { name: 'Next track' }).click();
       await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'false');
       await person.now.getByRole('button', { name: 'Previous track' }).click();
@@ -87,7 +88,7 @@ describe('the player', () => {
         .getByRole('status')
         .getByText('Now playing: Ferry Road by Mira Lindqvist')
         .waitFor({ state: 'attached' });
-      assert.equal(await page.title(), 'Ferry Road · Tavu');
+      await page.waitForFunction(() => document.title === 'Ferry Road · Tavu');
     }));
 
   it('shows an error of the player where it plays', () =>

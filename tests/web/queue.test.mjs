@@ -127,7 +127,8 @@ describe('the sound', () => {
       await picture(page, 'view-way-of-the-sound');
       await page.keyboard.press('Escape');
       await way.waitFor({ state: 'detached' });
-      assert.match(await page.evaluate(() => document.activeElement.ariaLabel), /^Sound quality/);
+      const focused = () => page.evaluate(() => document.activeElement.ariaLabel);
+      await person.waitFor(async () => /^Sound quality/.test(await focused()));
     }));
 
   it('keeps its label, and the focus on it, from track to track', () =>
@@ -141,7 +142,8 @@ describe('the sound', () => {
       await label('not known yet').waitFor();
       mock.state.moveTo(0, 2);
       await label('MP3').waitFor();
-      assert.match(await page.evaluate(() => document.activeElement.ariaLabel), /^Sound quality/);
+      const focused = () => page.evaluate(() => document.activeElement.ariaLabel);
+      await person.waitFor(async () => /^Sound quality/.test(await focused()));
     }));
 
   it('keeps its place when nothing is known of it', () =>
