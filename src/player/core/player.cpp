@@ -228,8 +228,8 @@ CMReply<QVariant> Player::command(Command command)
     return observed(withDeadline(transport(command)), QStringLiteral("player"));
 }
 
-/// A play logic answers a step before it knows whether there is a track to step from. Nothing to stop
-/// is nothing wrong.
+/// A play logic answers a step before it knows whether there is a track to step from. Nothing to
+/// stop is nothing wrong.
 CMError Player::hasNothingFor(Command command) const
 {
     if (command == Command::Stop)

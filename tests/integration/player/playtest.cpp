@@ -219,8 +219,7 @@ TEST_F(Play, answers_commands_when_nothing_plays_with_an_error_and_goes_on)
     QStringList told;
     for (const Command command : { Command::TogglePause, Command::Resume, Command::Next,
              Command::Previous, Command::Like, Command::Dislike }) {
-        EXPECT_EQ(
-            errorOf(house.player().command(command)), QStringLiteral("Nothing is playing."));
+        EXPECT_EQ(errorOf(house.player().command(command)), QStringLiteral("Nothing is playing."));
         told.append(QStringLiteral("Nothing is playing.: "));
         EXPECT_EQ(house.messageTexts(), told);
     }
