@@ -63,6 +63,7 @@ describe('nothing scrolls sideways and every target is large enough', () => {
   const sizes = [
     ['320 pixels', { viewport: { width: 320, height: 640 } }],
     ['320 × 256, a desktop page at 400 %', { viewport: { width: 320, height: 256 } }],
+    ['640 × 360, a phone on its side', { viewport: { width: 640, height: 360 } }],
     ['960 pixels, side by side', { viewport: { width: 960, height: 540 } }],
   ];
   for (const [size, options] of sizes) {
@@ -114,6 +115,28 @@ const focusIsUncovered = (page) =>
     const top = document.elementFromPoint(x, y);
     return top !== null && (focused === top || focused.contains(top));
   });
+
+describe('the places stay in reach at the end of a long list', () => {
+  for (const [width, height] of [
+    [320, 568],
+    [640, 360],
+  ])
+    it(`${width} × ${height}`, () =>
+      visit({ viewport: { width, height } }, async ({ mock, page }) => {
+        const person = new Person(page, { wide: false });
+        mock.state.approve();
+        await person.row('Open The whole archive').click();
+        await person.row(/^Play Track number 1,/).waitFor();
+        mock.state.play({ kind: 'album', number: 0 });
+        const bar = page.getByRole('region', { name: 'Player' });
+        await bar.waitFor();
+        await page.locator('.rows .row').last().scrollIntoViewIfNeeded();
+        for (const part of [page.getByRole('navigation', { name: 'Places' }), bar]) {
+          const box = await part.boundingBox();
+          assert.ok(box.y >= 0 && box.y + box.height <= height, JSON.stringify(box));
+        }
+      }));
+});
 
 describe('the keyboard', () => {
   it('reaches every row without the player bar covering it', () =>

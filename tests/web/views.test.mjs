@@ -96,6 +96,21 @@ describe('browsing', () => {
       assert.ok(windows < 8, `${windows} requests`);
     }));
 
+  it('keeps the place of what is to come in the shape that it will have', () =>
+    visit({}, async ({ mock, page, person }) => {
+      await person.row('Open Albums').click();
+      await person.row(/^Open Harbour Lights/).waitFor();
+      const release = mock.hold();
+      await person.row(/^Open Harbour Lights/).click();
+      const places = page.locator('.rows[aria-hidden] .row');
+      await places.first().waitFor();
+      const before = (await places.first().boundingBox()).height;
+      release();
+      const first = page.locator('.rows .row[data-at]').first();
+      await first.waitFor();
+      assert.equal((await first.boundingBox()).height, before);
+    }));
+
   it('numbers the entries for those who hear the list', () =>
     visit({}, async ({ page, person }) => {
       await person.row('Open The whole archive').click();
@@ -241,6 +256,22 @@ describe('browsing', () => {
       await person.row(/^Play Track number 1,/).waitFor();
       await page.waitForTimeout(200);
       assert.ok((await page.evaluate(() => window.moved)) < 0.01);
+    }));
+
+  it('moves nothing while the page starts', () =>
+    visit({}, async ({ page, person }) => {
+      await page.route('**/*.woff2', (route) => route.abort()); // comes when it comes
+      await page.addInitScript(() => {
+        window.moved = [];
+        new PerformanceObserver((list) => {
+          for (const { sources } of list.getEntries())
+            window.moved.push(...sources.map(({ node }) => node?.outerHTML ?? 'gone'));
+        }).observe({ type: 'layout-shift', buffered: true });
+      });
+      await page.reload();
+      await person.row('Open Albums').waitFor();
+      await page.evaluate(() => new Promise((done) => requestAnimationFrame(() => setTimeout(done))));
+      assert.deepEqual(await page.evaluate(() => window.moved), []);
     }));
 
   it("says what failed in the player's words and tries again", () =>

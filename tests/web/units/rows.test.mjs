@@ -3,6 +3,7 @@ import { test } from 'node:test';
 
 import {
   durationOf,
+  expectedLayout,
   isMessageScreen,
   isRecord,
   isSeeMore,
@@ -106,4 +107,12 @@ test('the tracks of a record are told by its picture on all of them', () => {
   assert.equal(isRecord(cover(2), tracks), false);
   assert.equal(isRecord(null, tracks), false);
   assert.equal(isRecord(cover(1), []), false);
+});
+
+test('what was opened tells how its rows will most likely be laid out', () => {
+  const icon = '/api/v1/artwork/1';
+  assert.equal(expectedLayout({ type: 1, icon, playable: true }), 'list numbered');
+  assert.equal(expectedLayout({ type: 1, icon }), 'grid');
+  assert.equal(expectedLayout({ type: 1 }), 'list');
+  assert.equal(expectedLayout(null), 'list');
 });

@@ -63,6 +63,12 @@ export function signOf(row) {
   return row?.containerPlayable ? 'disc' : 'folder';
 }
 
+/** How the rows behind a row are most likely laid out, to keep their place until they come. */
+export function expectedLayout(opened) {
+  if (!pictureOf(opened)) return 'list';
+  return opened.playable ? 'list numbered' : 'grid';
+}
+
 const httpUrl = /^https?:\/\//i;
 
 /** What a link row may offer: web addresses only, whatever the service sends. */

@@ -3,7 +3,7 @@ import { useEffect, useLayoutEffect, useRef } from '../../vendor/hooks.js';
 import { useApp, useListing, useStore } from '../context.js';
 import { moveFocus } from '../focus.js';
 import { entriesOf } from '../listing.js';
-import { artistOf, isMessageScreen, pictureOf, signOf, titleOf } from '../rows.js';
+import { artistOf, expectedLayout, isMessageScreen, pictureOf, signOf, titleOf } from '../rows.js';
 import { scrollerOf, scrollTargetOf } from '../scroller.js';
 import { t } from '../text.js';
 import { Button, Picture } from './controls.js';
@@ -97,7 +97,10 @@ function Empty({ route }) {
 
 function Content({ route, listing, memo, title }) {
   if (listing.status === 'failed') return html`<${Failed} listing=${listing} />`;
-  if (listing.status === 'loading') return html`<${Skeletons} />`;
+  if (listing.status === 'loading') {
+    const layout = route.path ? expectedLayout(route.row) : 'grid';
+    return html`<${Skeletons} layout=${layout} />`;
+  }
   if (entriesOf(listing).length === 0) return html`<${Empty} route=${route} />`;
   return html`<${RowList} key=${listing.path} listing=${listing} opened=${route.row}
     label=${title} memo=${memo} />`;

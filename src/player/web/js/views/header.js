@@ -1,6 +1,6 @@
 import { html } from '../html.js';
 import { useEffect, useRef, useState } from '../../vendor/hooks.js';
-import { useApp, useListing } from '../context.js';
+import { useApp, useListing, useStore } from '../context.js';
 import { t } from '../text.js';
 import { Icon, Mark } from './icons.js';
 
@@ -34,8 +34,10 @@ function RootSearch({ route }) {
   return known.current && html`<${Search} route=${route} title=${known.current.title} />`;
 }
 
+/** Where its last button stands depends on who is signed in; until then it has no place. */
 export function Header({ route, signedIn, onSettings }) {
   const { actions } = useApp();
+  const known = useStore((state) => Boolean(state.login));
   const home = (event) => {
     event.preventDefault();
     actions.goHome();
@@ -45,7 +47,10 @@ export function Header({ route, signedIn, onSettings }) {
       <${Mark} />
     </a>
     <div class="header-middle">${signedIn && html`<${RootSearch} route=${route} />`}</div>
-    <button type="button" class="button ghost" aria-label=${t('settings')} title=${t('settings')}
-        onClick=${onSettings}><${Icon} name="settings" /></button>
+    ${
+      known &&
+      html`<button type="button" class="button ghost" aria-label=${t('settings')}
+        title=${t('settings')} onClick=${onSettings}><${Icon} name="settings" /></button>`
+    }
   </header>`;
 }

@@ -7,7 +7,7 @@ import { observerRootOf, scrollerOf } from '../scroller.js';
 import { t } from '../text.js';
 import { RowContent } from './rowitem.js';
 
-const firstSkeletons = 8;
+const firstSkeletons = 12;
 const watchedEvery = 8; // one placeholder in so many is enough to notice that a gap comes near
 const nearPx = 800;
 
@@ -44,8 +44,8 @@ const FailedWindow = ({ onAgain }) => html`<li class="row row-more">
   </button>
 </li>`;
 
-export function Skeletons() {
-  return html`<ul class="rows list" aria-hidden="true">
+export function Skeletons({ layout }) {
+  return html`<ul class=${`rows ${layout}`} aria-hidden="true">
     ${Array.from({ length: firstSkeletons }, () => html`<li class="row gap"></li>`)}
   </ul>`;
 }
