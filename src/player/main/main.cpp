@@ -10,6 +10,7 @@
 #include <QTextStream>
 
 #include <log4cplus/initializer.h>
+#include <openssl/crypto.h>
 
 using namespace player;
 
@@ -109,6 +110,9 @@ int runPlayer(QCoreApplication& application, const Settings& settings)
 int main(int argc, char** argv)
 {
     setUpHeap();
+    // A thread may still be ending when the process does; what the library cleaned up then would be
+    // freed by both.
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     const log4cplus::Initializer log;
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("tavu-player"));
