@@ -33,12 +33,14 @@ StateKeeper::StateKeeper(Player* player, const QString& fileName, const QString&
     m_soon.setSingleShot(true);
     m_soon.setInterval(gathering);
     m_positionDue.setInterval(positionEvery);
+    m_disk.setMaxThreadCount(1);
 }
 
 StateKeeper::~StateKeeper()
 {
-    if (m_begun)
-        saveIfChanged();
+    m_disk.waitForDone();
+    if (m_begun && present() != m_saved)
+        m_file.save(present(), nullptr);
 }
 
 void StateKeeper::restore()
@@ -116,7 +118,7 @@ KeptState StateKeeper::present() const
     return kept;
 }
 
-void StateKeeper::saveIfChanged()
+void StateKeeper::followPosition()
 {
     const bool plays =
         numberOf(m_player->player(), "state") == static_cast<int>(TavuPlayLogicState::Playing);
@@ -126,19 +128,44 @@ void StateKeeper::saveIfChanged()
         else
             m_positionDue.stop();
     }
-    if (present() != m_saved)
+}
+
+void StateKeeper::saveIfChanged()
+{
+    followPosition();
+    if (m_saving)
+        m_changed = true;
+    else if (present() != m_saved)
         save();
 }
 
+/// A slow disk holds up neither requests nor sound; what changes meanwhile is written in one go.
 void StateKeeper::save()
 {
-    const KeptState state = present();
-    QString error;
-    if (m_file.save(state, &error)) {
+    m_saving = true;
+    m_disk.start([this, state = present()] {
+        QString error;
+        m_file.save(state, &error);
+        QMetaObject::invokeMethod(
+            this, [this, state, error] { on_saved(state, error); }, Qt::QueuedConnection);
+    });
+}
+
+void StateKeeper::on_saved(const KeptState& state, const QString& error)
+{
+    m_saving = false;
+    if (error.isEmpty()) {
         m_saved = state;
         m_told = false;
-        return;
+    } else {
+        tellFailure(error);
     }
+    if (std::exchange(m_changed, false))
+        saveIfChanged();
+}
+
+void StateKeeper::tellFailure(const QString& error)
+{
     if (std::exchange(m_told, true))
         return;
     m_player->addMessage(QStringLiteral("error"), QStringLiteral("The state cannot be saved"),
