@@ -268,6 +268,9 @@ void RenewingStreamer::on_inner_mediaStarted(quint64 id)
     }
     if (!isPresent(id) || std::exchange(m_present.started, true))
         return;
+    // Whoever gave the item need not know that it starts somewhere within.
+    if (m_position > 0)
+        Q_EMIT positionChanged(id, m_position);
     Q_EMIT mediaStarted(id);
 }
 

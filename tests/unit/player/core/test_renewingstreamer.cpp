@@ -375,6 +375,27 @@ TEST_F(RenewingStreamerTest, starts_the_track_that_was_named_at_its_position_and
     EXPECT_EQ(startOf(inner.expect(Kind::Play).roles), 0);
 }
 
+TEST_F(RenewingStreamerTest, tells_where_a_track_starts_before_it_tells_that_it_does)
+{
+    QStringList told;
+    QObject::connect(&streamer, &Streamer::mediaStarted, &context,
+        [&told](quint64 id) { told.append(QStringLiteral("started %1").arg(id)); });
+    QObject::connect(
+        &streamer, &Streamer::positionChanged, &context, [&told](quint64 id, qint64 position) {
+            told.append(QStringLiteral("%1 at %2").arg(id).arg(position));
+        });
+    TavuRoles wanted = item(QStringLiteral("a"), soon());
+    wanted.setTitle(QStringLiteral("A"));
+    streamer.startAt(wanted, 7000);
+    streamer.play(1, wanted, {});
+    inner.startPresent();
+    EXPECT_EQ(told, QStringList({ QStringLiteral("1 at 7000"), QStringLiteral("started 1") }));
+    told.clear();
+    streamer.play(2, wanted, {});
+    inner.startPresent();
+    EXPECT_EQ(told, QStringList(QStringLiteral("started 2")));
+}
+
 TEST_F(RenewingStreamerTest, knows_whether_the_item_that_follows_is_still_to_come)
 {
     EXPECT_FALSE(streamer.awaitsNext());
