@@ -45,6 +45,8 @@ TEST_F(AgedQueueTest, what_a_step_passes_over_does_not_follow_by_itself)
     passOver("a", true);
     EXPECT_EQ(first(), QStringLiteral("c"));
     EXPECT_EQ(first(true), QStringLiteral("a"));
+    passOver("d", true);
+    EXPECT_EQ(first(true), QStringLiteral("a")) << "what follows by itself is another search";
 }
 
 TEST_F(AgedQueueTest, a_track_that_comes_round_again_begins_another_search)

@@ -1,5 +1,7 @@
 #include "playhistory.h"
 
+#include "watchdog.h"
+
 #include <gtest/gtest.h>
 
 #include <QDateTime>
@@ -132,6 +134,22 @@ TEST_F(PlayHistoryTest, a_track_that_is_started_again_and_again_is_one_entry)
         played(), QStringList({ QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("a") }));
 }
 
+TEST_F(PlayHistoryTest, a_track_that_is_started_again_has_begun_when_it_did_so_last)
+{
+    const auto began = [this] {
+        return history.played().last().toHash().value(QStringLiteral("at")).toString();
+    };
+    play(QStringLiteral("a"));
+    stop();
+    const QString first = began();
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    ASSERT_TRUE(waitUntil([now] { return QDateTime::currentMSecsSinceEpoch() > now; }));
+    play(QStringLiteral("a"));
+    stop();
+    EXPECT_EQ(played().size(), 1);
+    EXPECT_GT(began(), first);
+}
+
 TEST_F(PlayHistoryTest, the_last_fifty_are_kept_newest_last)
 {
     for (int number = 0; number < 60; ++number)
@@ -183,8 +201,12 @@ TEST_F(PlayHistoryTest, what_follows_is_told_while_something_plays)
     EXPECT_TRUE(told("next").isEmpty());
     play(QStringLiteral("a"));
     EXPECT_EQ(told("next").title(), QStringLiteral("b"));
+    timesChanged = 0;
+    history.setNext(track(QStringLiteral("b")));
+    EXPECT_EQ(timesChanged, 0) << "no news";
     history.setNext({});
     EXPECT_TRUE(told("next").isEmpty());
+    EXPECT_EQ(timesChanged, 1);
 }
 
 TEST_F(PlayHistoryTest, an_album_ends_and_a_station_does_not)

@@ -88,9 +88,9 @@ TEST(HeapTrimmer, TrimsAgainAfterTheNextWork)
 
 TEST(HeapTrimmer, IsNotKeptFromItByWorkWithoutEnd)
 {
-    const player::HeapTrimmer trimmer(100);
+    const player::HeapTrimmer trimmer(300);
     QTimer work;
-    work.start(10);
+    work.start(1);
     QEventLoop loop;
     QObject::connect(&trimmer, &player::HeapTrimmer::trimmed, &loop, &QEventLoop::quit);
     loop.exec();
