@@ -181,9 +181,7 @@ TavuUrl HttpExchange::redirectTarget(const Outcome& outcome) const
 {
     TavuUrl url =
         TavuUrl::fromEncoded(resolvedLocation(m_target, outcome.headers.value("location")));
-    const bool downgrades =
-        m_url.scheme() == QLatin1String("https") && url.scheme() != QLatin1String("https");
-    return downgrades ? TavuUrl() : url;
+    return downgrades(m_url, url) ? TavuUrl() : url;
 }
 
 bool HttpExchange::followRedirect(const Outcome& outcome)

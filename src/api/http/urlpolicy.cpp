@@ -129,6 +129,12 @@ QByteArray resolvedLocation(const QByteArray& base, const QByteArray& reference)
     return part(handle.get(), CURLUPART_URL);
 }
 
+bool downgrades(const TavuUrl& from, const TavuUrl& to)
+{
+    const QLatin1String safe("https");
+    return from.scheme() == safe && to.scheme() != safe;
+}
+
 bool mayAuthorize(const HttpClientConfig& config, const QString& host)
 {
     if (!config.domainSuffix.startsWith('.'))

@@ -7,7 +7,7 @@
 
 struct sockaddr;
 
-/// Which targets the client asks, and what it tells them.
+/// Which targets are asked, by the client and by the player's streams, and what they are told.
 namespace httpclient {
 
 /// The URL in the form that goes to the transfer: encoded, without fragment. Empty when the target
@@ -17,6 +17,10 @@ QByteArray target(const TavuUrl& url);
 
 /// `reference` seen from `base`, both encoded; empty when that names no place that can be asked.
 QByteArray resolvedLocation(const QByteArray& base, const QByteArray& reference);
+
+/// Whether a redirect between these leaves the protection that the first has. Such a one is not
+/// followed.
+bool downgrades(const TavuUrl& from, const TavuUrl& to);
 
 /// Whether "authorization" may go to the host. Without a domain suffix every host may have it.
 bool mayAuthorize(const HttpClientConfig& config, const QString& host);

@@ -20,6 +20,7 @@
 #include "statekeeper.h"
 #include "streameraudio.h"
 #include "tavupaths.h"
+#include "urlpolicy.h"
 #include "webpage.h"
 
 #include <QFile>
@@ -35,6 +36,7 @@ StreamerOptions streamerOptions(const Settings& settings)
     StreamerOptions options;
     options.http.caFile = shared.caFile;
     options.http.connectTo = shared.connectTo;
+    options.http.refusesLocalAddresses = httpclient::refusesLocalAddresses(shared);
     options.output = settings.text("player.output");
     return options;
 }

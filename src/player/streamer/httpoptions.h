@@ -13,6 +13,8 @@ struct HttpOptions
     QString caFile;
     /// "host:port:address:port" as curl's --connect-to takes it: where connections really go.
     QList<QByteArray> connectTo;
+    /// Whether this machine and its link stay out of reach.
+    bool refusesLocalAddresses = false;
     int connectTimeoutMs = 5000;
     /// A connection that sends nothing for so long while it may is given up, and the
     /// transfer goes on over another one.

@@ -88,7 +88,7 @@ private:
     void unpause();
     void keepSpare();
     QList<QByteArray> headersFor(const QByteArray& url) const;
-    void follow(const QByteArray& url);
+    void follow(const QByteArray& location);
     bool mayFollow(const QByteArray& url);
 
     // With the lock.
@@ -107,7 +107,7 @@ private:
     bool refuse(const HttpTransfer::Head& head);
     bool takeResource(const HttpTransfer::Head& head, qint64 size);
     void bodyEnded();
-    void brokenOff(CURLcode code, const QString& detail);
+    void brokenOff(StreamFailure::Kind kind, const QString& detail);
     void retry(StreamFailure::Kind trouble);
     void end(bool confirmed);
     bool fail(StreamFailure::Kind kind, const QString& detail = QString(), int httpStatus = 0);

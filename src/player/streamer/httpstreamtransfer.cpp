@@ -3,7 +3,7 @@
 
 #include "tavulog.h"
 #include "transferloop.h"
-#include "urlparts.h"
+#include "urlpolicy.h"
 
 #include <log4cplus/logger.h>
 #include <log4cplus/loggingmacros.h>
@@ -29,8 +29,20 @@ constexpr std::chrono::seconds spareUse{ 30 };
 bool isRedirect(const HttpTransfer::Head& head)
 {
     const int status = head.status;
-    return head.hasLocation
+    return !head.location.isEmpty()
         && (status == 301 || status == 302 || status == 303 || status == 307 || status == 308);
+}
+
+TavuUrl urlOf(const QByteArray& encoded)
+{
+    return TavuUrl::fromEncoded(encoded);
+}
+
+/// Without the query, which may hold secrets.
+QString forLog(const TavuUrl& url)
+{
+    const QString port = url.port() < 0 ? QString() : QStringLiteral(":%1").arg(url.port());
+    return url.scheme() + QLatin1String("://") + url.host() + port + url.path();
 }
 
 bool cannotBeAudio(const QByteArray& mediaType)
@@ -108,8 +120,7 @@ void HttpStream::begin(const QByteArray& url)
         m_transferOffset = offset;
         m_putFrom = ahead() > 0 ? m_fetchOffset : 0;
     }
-    const UrlParts parts = UrlParts::of(url);
-    LOG4CPLUS_DEBUG(logger(), "GET " << parts.forLog() << " from byte " << offset);
+    LOG4CPLUS_DEBUG(logger(), "GET " << forLog(urlOf(url)) << " from byte " << offset);
     m_bodyWanted = false;
     m_transfer.reset();
     m_transferUrl = url;
@@ -120,7 +131,7 @@ void HttpStream::begin(const QByteArray& url)
 
 QList<QByteArray> HttpStream::headersFor(const QByteArray& url) const
 {
-    const bool ownOrigin = UrlParts::of(url).sameOrigin(UrlParts::of(m_asked.url));
+    const bool ownOrigin = httpclient::sameOrigin(urlOf(url), urlOf(m_asked.url));
     return ownOrigin ? m_asked.keyHeaders : QList<QByteArray>();
 }
 
@@ -279,34 +290,35 @@ void HttpStream::transferFinished(CURLcode code)
 {
     const std::unique_ptr<HttpTransfer> finished = std::move(m_transfer);
     if (code == CURLE_OK && isRedirect(finished->head()))
-        return follow(finished->redirectUrl());
+        return follow(finished->head().location);
     const Lock lock(m_mutex);
     if (isStale() || m_closed || isOver())
         return;
     if (code == CURLE_OK)
         bodyEnded();
     else
-        brokenOff(code, QString::fromUtf8(finished->errorText()));
+        brokenOff(finished->metLocalAddress() ? StreamFailure::LocalAddress : failureKind(code),
+            QString::fromUtf8(finished->errorText()));
 }
 
-void HttpStream::follow(const QByteArray& url)
+void HttpStream::follow(const QByteArray& location)
 {
+    const QByteArray url =
+        httpclient::target(urlOf(httpclient::resolvedLocation(m_transferUrl, location)));
     if (mayFollow(url))
         begin(url);
 }
 
 bool HttpStream::mayFollow(const QByteArray& url)
 {
-    const UrlParts from = UrlParts::of(m_asked.url);
-    const UrlParts to = UrlParts::of(url);
     const Lock lock(m_mutex);
     if (isStale() || m_closed)
         return false;
     if (++m_redirects > redirectsAtMost)
         return fail(StreamFailure::TooManyRedirects);
-    if (!to.isValid())
+    if (url.isEmpty())
         return fail(StreamFailure::BadAddress);
-    if (from.scheme == "https" && to.scheme != "https")
+    if (httpclient::downgrades(urlOf(m_transferUrl), urlOf(url)))
         return fail(StreamFailure::Downgraded);
     return true;
 }
@@ -325,12 +337,10 @@ void HttpStream::bodyEnded()
     post(&HttpStream::restart);
 }
 
-void HttpStream::brokenOff(CURLcode code, const QString& detail)
+void HttpStream::brokenOff(StreamFailure::Kind kind, const QString& detail)
 {
-    const StreamFailure::Kind kind = failureKind(code);
-    if (kind == StreamFailure::TlsFailed)
-        return void(fail(kind, detail));
-    if (!m_answered)
+    const bool forGood = kind == StreamFailure::TlsFailed || kind == StreamFailure::LocalAddress;
+    if (forGood || !m_answered)
         return void(fail(kind, detail));
     retry(kind);
 }

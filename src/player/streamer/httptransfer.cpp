@@ -1,6 +1,9 @@
 #include "httptransfer.h"
 
 #include "transferloop.h"
+#include "urlpolicy.h"
+
+#include <sys/socket.h>
 
 namespace player {
 
@@ -87,6 +90,10 @@ void HttpTransfer::setSecurity(const HttpOptions& options)
 {
     // Redirects are followed by the owner, who knows which headers may go where.
     curl_easy_setopt(handle(), CURLOPT_FOLLOWLOCATION, 0L);
+    if (options.refusesLocalAddresses) {
+        curl_easy_setopt(handle(), CURLOPT_OPENSOCKETFUNCTION, &HttpTransfer::onOpenSocket);
+        curl_easy_setopt(handle(), CURLOPT_OPENSOCKETDATA, this);
+    }
     curl_easy_setopt(handle(), CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(handle(), CURLOPT_SSL_VERIFYPEER, 1L);
     curl_easy_setopt(handle(), CURLOPT_SSL_VERIFYHOST, 2L);
@@ -98,13 +105,6 @@ void HttpTransfer::setSecurity(const HttpOptions& options)
 void HttpTransfer::unpause()
 {
     curl_easy_pause(handle(), CURLPAUSE_CONT);
-}
-
-QByteArray HttpTransfer::redirectUrl() const
-{
-    char* url = nullptr;
-    curl_easy_getinfo(handle(), CURLINFO_REDIRECT_URL, &url);
-    return QByteArray(url);
 }
 
 bool HttpTransfer::hasConnected() const
@@ -124,6 +124,14 @@ HttpTransfer& HttpTransfer::of(CURL* handle)
     char* self = nullptr;
     curl_easy_getinfo(handle, CURLINFO_PRIVATE, &self);
     return *reinterpret_cast<HttpTransfer*>(self);
+}
+
+curl_socket_t HttpTransfer::onOpenSocket(void* self, curlsocktype, curl_sockaddr* address)
+{
+    if (!httpclient::isLocalAddress(&address->addr))
+        return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    static_cast<HttpTransfer*>(self)->m_metLocalAddress = true;
+    return CURL_SOCKET_BAD;
 }
 
 std::size_t HttpTransfer::onHeader(char* bytes, std::size_t size, std::size_t count, void* self)
@@ -175,7 +183,7 @@ void HttpTransfer::takeField(const QByteArray& name, const QByteArray& value)
     } else if (name == "content-type") {
         m_head.mediaType = value.left(value.indexOf(';')).trimmed().toLower();
     } else if (name == "location") {
-        m_head.hasLocation = true;
+        m_head.location = value;
     }
 }
 

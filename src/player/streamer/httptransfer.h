@@ -29,7 +29,7 @@ public:
         bool acceptsRanges = false;
         QByteArray entityTag; ///< Empty unless it is a strong one.
         QByteArray mediaType; ///< Lower case, without parameters.
-        bool hasLocation = false;
+        QByteArray location; ///< As it was sent.
     };
 
     /// Follows a transfer, in the loop's thread.
@@ -55,8 +55,8 @@ public:
     /// Whether the request could be sent.
     bool hasConnected() const;
     const Head& head() const { return m_head; }
-    /// Where a redirect leads, absolute.
-    QByteArray redirectUrl() const;
+    /// Whether a connection was refused since it led to this machine or its link.
+    bool metLocalAddress() const { return m_metLocalAddress; }
     /// curl's own word for what went wrong.
     QByteArray errorText() const;
 
@@ -72,6 +72,7 @@ private:
     void setSecurity(const HttpOptions& options);
     bool takeHeaderLine(const QByteArray& line);
     void takeField(const QByteArray& name, const QByteArray& value);
+    static curl_socket_t onOpenSocket(void* self, curlsocktype type, curl_sockaddr* address);
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t onData(char* bytes, std::size_t size, std::size_t count, void* self);
 
@@ -81,6 +82,7 @@ private:
     List m_headers;
     List m_connectTo;
     Head m_head;
+    bool m_metLocalAddress = false;
     char m_errorText[CURL_ERROR_SIZE] = {};
 };
 

@@ -1,8 +1,7 @@
 #include "streamfailure.h"
 
+#include "httpmessage.h"
 #include "streamer.h"
-
-#include <QHash>
 
 namespace player {
 
@@ -13,24 +12,10 @@ TrCharData text(const char* sourceText)
     return TrCharData(trExtractContext("streamer"), sourceText);
 }
 
-QString phrase(int httpStatus)
+QString statusText(int httpStatus)
 {
-    static const QHash<int, QString> phrases{
-        { 400, QStringLiteral("Bad Request") },
-        { 401, QStringLiteral("Unauthorized") },
-        { 403, QStringLiteral("Forbidden") },
-        { 404, QStringLiteral("Not Found") },
-        { 410, QStringLiteral("Gone") },
-        { 416, QStringLiteral("Range Not Satisfiable") },
-        { 429, QStringLiteral("Too Many Requests") },
-        { 500, QStringLiteral("Internal Server Error") },
-        { 502, QStringLiteral("Bad Gateway") },
-        { 503, QStringLiteral("Service Unavailable") },
-        { 504, QStringLiteral("Gateway Timeout") },
-    };
-    const QString known = phrases.value(httpStatus);
-    const QString number = QString::number(httpStatus);
-    return known.isEmpty() ? number : number + QLatin1Char(' ') + known;
+    const QByteArray number = QByteArray::number(httpStatus);
+    return QString::fromLatin1((number + ' ' + http::reasonPhrase(httpStatus)).trimmed());
 }
 
 const char* httpText(int httpStatus)
@@ -59,12 +44,17 @@ TrString transferReason(const StreamFailure& failure)
         return { text("The connection to %1 is not secure: %2. Please check service.ca-file in the "
                       "settings."),
             { failure.host, failure.detail } };
+    case StreamFailure::LocalAddress:
+        return { text("%1 leads to this machine or its link, where a public service must not lead. "
+                      "Please choose something else."),
+            host };
     case StreamFailure::Stalled:
         return { text("%1 sends nothing any more. Please try again later."), host };
     case StreamFailure::Interrupted:
         return { text("%1 broke off the stream. Please try again later."), host };
     case StreamFailure::HttpError:
-        return { text(httpText(failure.httpStatus)), { failure.host, phrase(failure.httpStatus) } };
+        return { text(httpText(failure.httpStatus)),
+            { failure.host, statusText(failure.httpStatus) } };
     case StreamFailure::TooManyRedirects:
         return { text("%1 redirects in a circle. Please choose something else."), host };
     case StreamFailure::Downgraded:

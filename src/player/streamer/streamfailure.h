@@ -15,6 +15,7 @@ struct StreamFailure
         BadKeyHeaders, ///< A key header that no request could carry.
         NameNotResolved,
         ConnectFailed,
+        LocalAddress, ///< The public service's address leads to this machine or its link.
         TlsFailed,
         Stalled, ///< No answer, or nothing more of it, for too long.
         Interrupted, ///< Cut off, and not to be resumed.

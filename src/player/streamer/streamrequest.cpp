@@ -1,20 +1,13 @@
 #include "streamrequest.h"
 
 #include "tavuvariant.h"
-#include "urlparts.h"
+#include "urlpolicy.h"
 
 #include <algorithm>
 
 namespace player {
 
 namespace {
-
-bool isTokenCharacter(char c)
-{
-    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-    return letter || (c >= '0' && c <= '9')
-        || (c != '\0' && strchr("!#$%&'*+-.^_`|~", c) != nullptr);
-}
 
 QList<QByteArray> keyHeaders(const TavuResource& resource)
 {
@@ -29,33 +22,27 @@ QList<QByteArray> keyHeaders(const TavuResource& resource)
     return lines;
 }
 
-} // namespace
-
-bool isSafeHeader(const QByteArray& line)
+bool isSendable(const QByteArray& line)
 {
     const int colon = line.indexOf(':');
-    if (colon < 1 || !std::all_of(line.begin(), line.begin() + colon, isTokenCharacter))
-        return false;
-    // RFC 9110, section 5.5: no control characters but the tab.
-    return std::all_of(line.begin() + colon, line.end(), [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return (byte >= ' ' && byte != 0x7f) || c == '\t';
-    });
+    return colon > 0 && httpclient::isSendable({ line.left(colon), line.mid(colon + 1) });
 }
+
+} // namespace
 
 StreamRequest StreamRequest::fromRoles(const TavuRoles& roles, StreamFailure& failure)
 {
     const TavuResource resource = roles.mediaData().firstResource();
     StreamRequest request;
-    request.url = resource.uri().toUtf8();
+    const TavuUrl url(resource.uri());
+    request.url = httpclient::target(url);
     request.keyHeaders = player::keyHeaders(resource);
     request.durationMs = std::max<qint64>(0, resource.duration());
-    const UrlParts url = UrlParts::of(request.url);
-    request.host = QString::fromUtf8(url.host);
+    request.host = url.host();
     failure.host = request.host;
-    if (!url.isValid())
+    if (request.url.isEmpty())
         failure.kind = StreamFailure::BadAddress;
-    else if (!std::all_of(request.keyHeaders.begin(), request.keyHeaders.end(), isSafeHeader))
+    else if (!std::all_of(request.keyHeaders.begin(), request.keyHeaders.end(), isSendable))
         failure.kind = StreamFailure::BadKeyHeaders;
     return request;
 }

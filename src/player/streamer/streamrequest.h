@@ -11,7 +11,7 @@ namespace player {
 /// What to fetch for one item.
 struct StreamRequest
 {
-    QByteArray url;
+    QByteArray url; ///< As it is sent; empty when it may not be asked.
     /// "Name: value", as a request carries them; for the origin of `url` alone.
     QList<QByteArray> keyHeaders;
     QString host;
@@ -26,8 +26,5 @@ QString renewedAttribute();
 
 /// What to call the item when speaking to people.
 QString itemTitle(const TavuRoles& roles);
-
-/// Whether a header line could break out of its place in a request.
-bool isSafeHeader(const QByteArray& line);
 
 } // namespace player

@@ -116,6 +116,17 @@ TEST(HttpLocation, ThatNamesNoPlaceToAskIsEmpty)
         EXPECT_EQ(resolvedLocation("https://a.test/", reference), QByteArray()) << reference;
 }
 
+TEST(HttpRedirect, MayNotLeaveTheProtectionOfHttps)
+{
+    const TavuUrl safe = TavuUrl::fromEncoded("https://a.test/");
+    const TavuUrl open = TavuUrl::fromEncoded("http://a.test/");
+    EXPECT_TRUE(httpclient::downgrades(safe, open));
+    EXPECT_TRUE(httpclient::downgrades(safe, TavuUrl()));
+    EXPECT_FALSE(httpclient::downgrades(safe, safe));
+    EXPECT_FALSE(httpclient::downgrades(open, safe));
+    EXPECT_FALSE(httpclient::downgrades(open, open));
+}
+
 TEST(LocalAddress, CoversLoopbackAndLink)
 {
     for (const char* address : { "127.0.0.1", "127.9.9.9", "0.0.0.0", "169.254.169.254", "::1",
