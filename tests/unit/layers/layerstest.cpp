@@ -46,7 +46,7 @@ const std::vector<Layer> layers{
     { "tavu-player", framework,
         with(qtAndLog,
             { "libQt5Network.so", "libQt5DBus.so", "libgst", "libglib", "libgobject", "libcurl",
-                "libqrencode" }) },
+                "libcrypto", "libqrencode" }) },
 };
 
 /// Every binary that is built, by its target.
