@@ -171,8 +171,7 @@ TEST_F(Radio, next_and_previous_go_round_the_stations)
         errorOf(player().command(PlayerFacade::Command::Like)), text("Stations are not rated."));
     valueOf(player().command(PlayerFacade::Command::Stop));
     ASSERT_TRUE(waitForIdle());
-    EXPECT_EQ(
-        errorOf(player().command(PlayerFacade::Command::Next)), text("No station is playing."));
+    EXPECT_EQ(errorOf(player().command(PlayerFacade::Command::Next)), text("Nothing is playing."));
 }
 
 TEST_F(Radio, a_playlist_that_cannot_be_read_is_named_on_the_screen)
