@@ -175,6 +175,8 @@ void Builder::addAlbums()
             added.artist = file.tags.albumArtist;
             m_catalogue.albums.push_back(std::move(added));
         }
+        if (!file.tags.album.isEmpty() && album(*found).title == lastComponent(folder))
+            album(*found).title = file.tags.album; // Tags spell it better than folders.
         album(*found).tracks.push_back(static_cast<int>(i));
     }
     for (Album& added : m_catalogue.albums)

@@ -174,6 +174,14 @@ TEST(Catalogue, NamesFilesWithoutTagsByTheirNames)
     EXPECT_EQ(build({ musicFile("1999.mp3", Tags()) })->tracks[0].title, text("1999"));
 }
 
+TEST(Catalogue, SpellsAnAlbumAsItsTagsDo)
+{
+    const auto catalogue = build({ musicFile("the album/a.flac", tagged("A", "", "a")),
+        musicFile("the album/b.flac", tagged("A", "The Album", "b")) });
+    ASSERT_EQ(catalogue->albums.size(), 1u);
+    EXPECT_EQ(catalogue->albums[0].title, text("The Album"));
+}
+
 TEST(Catalogue, LeavesOutFilesWithAProblem)
 {
     MusicFile broken = musicFile("a/broken.flac", tagged("A", "B", "C"));
