@@ -12,6 +12,8 @@ TEST_F(GoingOn, an_album_goes_on_after_a_pause_that_outlasts_its_addresses)
     pauseBeyondExpiry();
     house.command(Command::TogglePause);
     ASSERT_TRUE(waitToHear({ first(), second(), third() }));
+    const QVariantHash from = house.player().queue().value(QStringLiteral("from")).toHash();
+    EXPECT_EQ(from.value(QStringLiteral("title")), QVariant(QStringLiteral("Unknown album")));
     EXPECT_EQ(house.messageTexts(), QStringList());
     const QStringList reports = house.reportsWithoutPositions();
     EXPECT_EQ(reports.mid(0, 3),

@@ -41,6 +41,23 @@ TEST_F(Restore, the_track_plays_alone_when_its_list_is_gone)
     EXPECT_EQ(house.messageTexts(), QStringList());
 }
 
+TEST_F(Restore, what_is_chosen_while_its_list_is_looked_through_plays_instead)
+{
+    start();
+    house.play(album() + QStringLiteral("/Second"));
+    ASSERT_TRUE(house.waitForState(playing));
+    restart();
+    const QVariantHash other = house.row(album() + QStringLiteral("/Third"));
+    house.fault("kind=browse effect=none delay=1000");
+    const auto resumed = house.player().command(Command::Resume);
+    valueOf(house.player().play(other));
+    EXPECT_TRUE(resumed.isFinished());
+    // By its end the list has long been there.
+    ASSERT_TRUE(waitUntil([&] { return heard.contains(third()); }, patienceMs));
+    ASSERT_TRUE(waitUntil([&] { return house.state() == idle; }, patienceMs));
+    EXPECT_EQ(heard, QStringList(third()));
+}
+
 TEST_F(Restore, a_station_begins_anew_behind_the_track_at_which_the_player_ended)
 {
     start();
