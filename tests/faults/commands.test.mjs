@@ -11,7 +11,7 @@ const other = (house) => house.row('Albums', 'Small Rooms');
 
 /** Reports as the service got them: with their track, in order. */
 async function reports(house, since) {
-  return (await house.ledger('report', since))
+  return (await house.playReports(since))
     .map(({ track, report }) => ({ track, event: report.event, reason: report.reason }));
 }
 

@@ -125,12 +125,11 @@ entry('M14 half as fast as it plays: an underrun is told once a gap, and nothing
   const since = await house.mark();
   await house.play(house.album);
   const { title } = await house.waitForState(State.playing);
-  const underruns = async () => (await house.reports(since)).filter((report) => report.includes('BUFFER_UNDERFLOW'));
-  await house.until(async () => (await underruns()).length >= 4, 'two gaps', 60000);
+  await house.until(async () => (await house.gapReports(since)).length >= 4, 'two gaps', 60000);
   const { title: still, position } = await house.now();
   assert.equal(still, title);
   assert.ok(position > 0, `${position}`);
-  const reports = await underruns();
+  const reports = await house.gapReports(since);
   reports.forEach((report, index) => assert.equal(report, `${index % 2 ? 'START' : 'STOP'} BUFFER_UNDERFLOW`));
   await house.until(async () => (await house.now()).state === State.buffering, 'buffering');
   await house.until(async () => (await house.now()).bufferLevel < 100, 'the level');

@@ -3,20 +3,12 @@ import assert from 'node:assert/strict';
 import { readFileSync, chmodSync, statSync } from 'node:fs';
 import { join } from 'node:path';
 import { State } from '../support/house.mjs';
-import { cannotBrowse, trials, words } from './support/trial.mjs';
+import { cannotBrowse, noStragglers, trials, words } from './support/trial.mjs';
 
 const entry = trials();
 const login = async (house) => (await house.state()).login;
 const tokenFile = (house) => join(house.stateFolder, 'tokens.json');
 const kept = (house) => JSON.stringify(JSON.parse(readFileSync(tokenFile(house), 'utf8')));
-
-/** So soon after a renewal a refusal counts as one of the token before it. */
-async function noStragglers(house) {
-  const stragglersMs = 2000;
-  const [last] = (await house.ledger('token')).slice(-1);
-  const renewed = last ? Date.parse(last.at) : Date.now();
-  await house.until(() => Date.now() > renewed + stragglersMs + 200, 'a moment without renewals');
-}
 
 /** Has the next request renew the token. */
 async function refuseToken(house) {

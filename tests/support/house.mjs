@@ -12,6 +12,9 @@ export const State = { idle: 0, buffering: 1, playing: 2, paused: 3 };
 /** Sounds run at their own speed and are heard by nobody. */
 const realTime = 'audioconvert ! fakesink sync=true';
 
+const gap = 'BUFFER_UNDERFLOW';
+const inWords = ({ report }) => `${report.event} ${report.reason}`;
+
 const readyLine = (said) => {
   const line = said.split('\n').find((text) => text.startsWith('{"') && text.includes('"ready":'));
   return line && JSON.parse(line);
@@ -223,9 +226,13 @@ export class House {
   async ledger(kind, since = 0) {
     return (await this.emu('GET', `ledger?kind=${kind}&since=${since}`)).entries;
   }
-  async reports(since = 0) {
-    return (await this.ledger('report', since))
-      .map(({ report }) => `${report.event} ${report.reason}`);
+  /** Reports of plays as the ledger has them. Those of gaps are left out: a busy machine makes some. */
+  async playReports(since = 0) {
+    return (await this.ledger('report', since)).filter(({ report }) => report.reason !== gap);
+  }
+  async reports(since = 0) { return (await this.playReports(since)).map(inWords); }
+  async gapReports(since = 0) {
+    return (await this.ledger('report', since)).map(inWords).filter((words) => words.endsWith(gap));
   }
 
   /** The player's log so far. */

@@ -42,6 +42,10 @@ after(async () => {
 
 const told = async (path) => (await fetch(programs.control + path)).json();
 const ledger = async (kind) => (await told(`ledger?kind=${kind}&limit=1000`)).entries;
+/** Without those of gaps, which a busy machine makes. */
+const playReports = async () => (await ledger('report'))
+  .map(({ report }) => `${report.event} ${report.reason}`)
+  .filter((report) => !report.endsWith('BUFFER_UNDERFLOW'));
 
 async function playingPast(ms) {
   const { person } = scene;
@@ -80,9 +84,9 @@ it('rates it', () => rate(scene));
 
 it('plays it again, and skips to its second track', async () => {
   const { person } = scene;
-  const reports = (await ledger('report')).length;
+  const reports = (await playReports()).length;
   await playAlbum();
-  await person.waitFor(async () => (await ledger('report')).length > reports);
+  await person.waitFor(async () => (await playReports()).length > reports);
   const first = await person.nowTitle();
   await person.now.getByRole('button', { name: 'Next track' }).click();
   await person.waitFor(async () => (await person.nowTitle()) !== first);
@@ -102,8 +106,7 @@ it('reads a refusal on a phone, and stops', async () => {
 it('has told the service all of it', async () => {
   const entries = await told('ledger?limit=10000');
   writeFileSync(join(folder, 'ledger.json'), JSON.stringify(entries, null, 1));
-  const reports = (await ledger('report')).map(({ report }) => `${report.event} ${report.reason}`);
-  assert.deepEqual(reports, [
+  assert.deepEqual(await playReports(), [
     'START CONTAINER_SELECTED',
     'STOP PAUSE',
     'START UNPAUSE',

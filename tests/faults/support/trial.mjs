@@ -249,3 +249,17 @@ export async function playFails(house, text, ms = 1000) {
   assertWithin(answer.ms, ms);
   return answer;
 }
+
+/**
+ * So soon after the player has got a new token it takes a refusal for one of the token before it. It
+ * has got it by its first use at the latest, however long the answer took.
+ */
+export async function noStragglers(house) {
+  const stragglersMs = 2000;
+  const [last] = (await house.ledger('token')).slice(-1);
+  await house.browse(house.albums);
+  const later = (await house.emu('GET', `ledger?since=${last?.serial ?? 0}`)).entries;
+  const used = later.find(({ token }) => token === 'good');
+  const renewed = used ? Date.parse(used.at) : Date.now();
+  await house.until(() => Date.now() > renewed + stragglersMs + 200, 'a moment without renewals');
+}

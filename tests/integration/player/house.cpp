@@ -212,6 +212,8 @@ QStringList House::reports()
     QStringList lines;
     for (const auto& entry : service().ledger().entries(filter)) {
         const QVariantHash report = entry.details.value(QStringLiteral("report")).toHash();
+        if (text(report, "reason") == QLatin1String("BUFFER_UNDERFLOW"))
+            continue;
         lines.append(text(report, "event") + QLatin1Char(' ') + text(report, "reason")
             + QLatin1Char(' ') + text(report, "trackPosition"));
     }

@@ -57,7 +57,8 @@ public:
     int state() { return player().player().value(QStringLiteral("state")).toInt(); }
     QString title() { return player().player().value(QStringLiteral("title")).toString(); }
 
-    /// The reports that the service received, oldest first, as "START NEXT 0".
+    /// The reports that the service received, oldest first, as "START NEXT 0"; without those of
+    /// gaps, which are the machine's, or of streams opened anew.
     QStringList reports();
     QStringList reportsWithoutPositions();
     int requests(const char* kind);

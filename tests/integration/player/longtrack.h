@@ -50,15 +50,6 @@ protected:
         return waitUntil([&] { return capture.size() >= wanted; }, 30000);
     }
 
-    /// Without those of gaps: those are the machine's, or of streams opened anew.
-    static QStringList playReports(House& house)
-    {
-        QStringList reports = house.reportsWithoutPositions();
-        reports.removeAll(QStringLiteral("START BUFFER_UNDERFLOW"));
-        reports.removeAll(QStringLiteral("STOP BUFFER_UNDERFLOW"));
-        return reports;
-    }
-
     QTemporaryDir music;
     const Sound original;
     Capture capture;
