@@ -106,6 +106,30 @@ describe('nothing scrolls sideways and every target is large enough', () => {
     ));
 });
 
+describe('letters twice as large on a phone', () => {
+  let large;
+  before(async () => {
+    large = await launch('--blink-settings=defaultFontSize=32');
+  });
+  after(() => large.close());
+
+  it('keep everything within the page', () =>
+    visitPage(
+      large,
+      { viewport: { width: 390, height: 844 }, reducedMotion: 'reduce' },
+      ({ mock, page }) =>
+        tour({
+          mock,
+          page,
+          wide: false,
+          look: async (where) => {
+            await assertNoSidewaysScroll(page, where);
+            await picture(page, `view-${fileName(where)}-large-letters`);
+          },
+        }),
+    ));
+});
+
 /** True where the middle of the focused element is that element, and not something above it. */
 const focusIsUncovered = (page) =>
   page.evaluate(() => {

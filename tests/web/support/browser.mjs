@@ -21,7 +21,7 @@ export const patienceMs = 30000;
 
 export const widths = { phone: { width: 390, height: 844 }, desktop: { width: 1280, height: 800 } };
 
-export const launch = () => chromium.launch({ executablePath, args });
+export const launch = (...more) => chromium.launch({ executablePath, args: [...args, ...more] });
 
 /**
  * A page of its own at `base`. `faults` collects what the page complains about: script errors,
