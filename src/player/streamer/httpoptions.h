@@ -26,6 +26,10 @@ struct HttpOptions
     int aheadMs = 20000;
     qint64 aheadBytesAtMost = qint64{ 4 } * 1024 * 1024;
     qint64 aheadBytesAtLeast = qint64{ 256 } * 1024;
+    /// And so much at first: to receive and decrypt more would take the processor from the decoder.
+    qint64 aheadBytesAtStart = qint64{ 128 } * 1024;
+    /// For so long after its first byte a stream is at its start; it sounds by then.
+    int startMs = 200;
     /// What stays in memory beside that of what was read: half as much, within bounds of its own.
     qint64 keptBytesAtMost = qint64{ 1 } * 1024 * 1024;
     qint64 keptBytesAtLeast = qint64{ 512 } * 1024;

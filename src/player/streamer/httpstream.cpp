@@ -154,7 +154,7 @@ HttpStream::Read HttpStream::read(ByteChunk& chunk, std::size_t atMost)
 void HttpStream::keepInBounds()
 {
     const qint64 atMost =
-        std::clamp(capacity() / 2, m_options.keptBytesAtLeast, m_options.keptBytesAtMost);
+        std::clamp(wantedAhead() / 2, m_options.keptBytesAtLeast, m_options.keptBytesAtMost);
     m_bytes.keepOnly(m_readOffset, m_fetchOffset, atMost);
 }
 
@@ -234,6 +234,12 @@ void HttpStream::post(void (HttpStream::*task)())
 }
 
 qint64 HttpStream::capacity() const
+{
+    const qint64 wanted = wantedAhead();
+    return m_starting ? std::min(wanted, m_options.aheadBytesAtStart) : wanted;
+}
+
+qint64 HttpStream::wantedAhead() const
 {
     if (m_size <= 0 || m_durationMs <= 0)
         return std::max(m_options.aheadBytesAtLeast, m_options.aheadBytesAtMost / 4);

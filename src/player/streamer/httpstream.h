@@ -87,6 +87,7 @@ private:
     void checkForStall();
     void unpause();
     void keepSpare();
+    void endStart();
     QList<QByteArray> headersFor(const QByteArray& url) const;
     void follow(const QByteArray& location);
     bool mayFollow(const QByteArray& url);
@@ -95,6 +96,7 @@ private:
     bool isStale() const { return m_transferGeneration != m_generation; }
     qint64 ahead() const { return m_fetchOffset - m_readOffset; }
     qint64 capacity() const;
+    qint64 wantedAhead() const;
     void leapTo(qint64 offset, qint64 lead);
     void placeReader(qint64 offset, qint64 endOfRun);
     void fetch();
@@ -129,6 +131,7 @@ private:
     int m_redirects = 0;
     bool m_bodyWanted = false; // Of the present answer.
     bool m_watching = false; // For a stall.
+    bool m_startTimed = false;
     std::chrono::steady_clock::time_point m_lastNews; // When something came.
 
     mutable std::mutex m_mutex;
@@ -147,6 +150,7 @@ private:
     int m_generation = 0; // Of the wanted transfer; another one's news is stale.
     int m_attempts = 0; // Since the last byte.
     StreamFailure::Kind m_trouble = StreamFailure::Stalled; // What the last attempt met.
+    bool m_starting = true; // Little is fetched ahead, lest the first sound wait for later ones.
     bool m_opened = false;
     bool m_fetching = false; // A transfer is under way, or will be.
     bool m_endTold = false; // To the reader, since the last leap.

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace player {
 
@@ -145,6 +146,13 @@ void HttpStream::keepSpare()
         m_loop, m_options, m_transferUrl, headersFor(m_transferUrl));
 }
 
+void HttpStream::endStart()
+{
+    Lock lock(m_mutex);
+    m_starting = false;
+    resumeTransfer(lock);
+}
+
 void HttpStream::watchForStall()
 {
     m_lastNews = std::chrono::steady_clock::now();
@@ -257,12 +265,16 @@ bool HttpStream::refuse(const HttpTransfer::Head& head)
 bool HttpStream::dataArrived(const char* bytes, std::size_t size)
 {
     m_lastNews = std::chrono::steady_clock::now();
+    if (!std::exchange(m_startTimed, true))
+        m_loop.postDelayed(std::chrono::milliseconds(m_options.startMs), this,
+            [self = shared_from_this()] { self->endStart(); });
     const Lock lock(m_mutex);
     if (isStale() || !m_bodyWanted || isOver())
         return true;
     if (ahead() >= capacity()) {
         m_held = true;
-        post(&HttpStream::keepSpare);
+        if (!m_starting)
+            post(&HttpStream::keepSpare);
         return false;
     }
     m_attempts = 0;

@@ -144,6 +144,22 @@ TEST_F(HttpStreamTest, FetchesOnlyWhatIsNotAtHandAfterALeapBack)
     EXPECT_LE(stream->closeForAnother().bytes.footprint(), 400000);
 }
 
+// What sounds first is not to wait for what sounds later.
+TEST_F(HttpStreamTest, FetchesLittleAtFirstAndThenMore)
+{
+    server.add(path, QByteArray(8 * 1024 * 1024, 'a'));
+    options.aheadBytesAtMost = options.aheadBytesAtLeast = 1000000;
+    options.aheadBytesAtStart = 100000;
+    options.startMs = longMs;
+    const auto starting = opened(path);
+    ASSERT_TRUE(waitUntil([&] { return starting->progress().buffered >= 100000; }));
+    EXPECT_FALSE(waitUntil([&] { return starting->progress().buffered > 200000; }, 200));
+    EXPECT_EQ(read(*starting, 500000).size(), 500000);
+    options.startMs = 1;
+    const auto started = opened(path);
+    EXPECT_TRUE(waitUntil([&] { return started->progress().buffered >= 1000000; }));
+}
+
 TEST_F(HttpStreamTest, AsksOnceForAnAddressThatIsRefused)
 {
     server.setStatus(path, 403);
