@@ -336,6 +336,37 @@ TEST(TavuUrl, what_was_read_or_resolved_reads_as_itself)
     }
 }
 
+TEST(TavuUrl, a_text_is_resolved_as_the_url_that_it_is)
+{
+    Texts texts;
+    for (const char* from : { "http://a/b/c/d;p?q", "http://a", "http://a?q", "http://a/./b/../c",
+             "b/c", "//a", "HTTP://\xC3\xA4/b c/", "" }) {
+        const TavuUrl base = TavuUrl::fromEncoded(from);
+        for (int round = 0; round < 20000; ++round) {
+            const QString text = QString::fromUtf8(texts.next());
+            ASSERT_EQ(base.resolvedText(text), base.resolved(TavuUrl(text)).toString())
+                << base << ", " << text.toStdString();
+        }
+    }
+}
+
+TEST(TavuUrl, a_path_behind_a_bare_host_begins_at_its_root)
+{
+    EXPECT_EQ(url("http://a").resolved(url("b?c#d")).toEncoded(), QByteArray("http://a/b?c#d"));
+    EXPECT_EQ(url("http://a?q").resolved(url("b")).toEncoded(), QByteArray("http://a/b"));
+    EXPECT_EQ(url("http://a?q").resolved(url("#f")).toEncoded(), QByteArray("http://a?q#f"));
+}
+
+TEST(TavuUrl, a_resolved_url_knows_its_parts)
+{
+    const TavuUrl target = url("http://a:8080/b/c?q").resolved(url("../d/./e?f#g%20h"));
+    EXPECT_EQ(target.host(), QStringLiteral("a"));
+    EXPECT_EQ(target.port(), 8080);
+    EXPECT_EQ(target.path(), QStringLiteral("/d/e"));
+    EXPECT_EQ(target.queryItems(), (TavuUrl::QueryItems{ { QStringLiteral("f"), QString() } }));
+    EXPECT_EQ(target.fragment(), QStringLiteral("g h"));
+}
+
 TEST(TavuUrl, a_local_reference_takes_the_documents_own_url)
 {
     EXPECT_EQ(url("https://h/page?x=1#old").resolved(url("#new")).toEncoded(),

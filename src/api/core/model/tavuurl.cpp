@@ -47,8 +47,7 @@ Authority splitAuthority(View rest)
 
 TavuUrl::TavuUrl(const QString& encoded)
 {
-    takeText(encoded);
-    if (!urltext::isPlain(m_parts))
+    if (!takeText(encoded))
         take(QUrl(encoded, QUrl::TolerantMode));
 }
 
@@ -60,17 +59,20 @@ TavuUrl TavuUrl::fromEncoded(const QByteArray& encoded)
 
 void TavuUrl::take(const QUrl& url)
 {
-    takeText(QString::fromLatin1(url.toEncoded()));
+    const bool plain = takeText(QString::fromLatin1(url.toEncoded()));
     // Spelling a host can take it apart: "https://\uFEFF.s" loses its first name.
-    if (!urltext::isPlain(m_parts) && !QUrl(m_encoded).isValid())
+    if (!plain && !QUrl(m_encoded).isValid())
         takeText(QString());
     m_broken = m_encoded.isEmpty() && !url.isEmpty();
 }
 
-void TavuUrl::takeText(const QString& encoded)
+/// Whether it is spelled as this class writes it.
+bool TavuUrl::takeText(const QString& encoded)
 {
+    bool plain = false;
     m_encoded = encoded;
-    m_parts = split(view(m_encoded));
+    m_parts = split(view(m_encoded), &plain);
+    return plain;
 }
 
 /// What is no URL any more does not become one by another part.
@@ -140,9 +142,8 @@ void TavuUrl::setFragment(const QString& decoded)
 {
     if (m_broken)
         return;
-    const QString encoded = percentEncoded(decoded);
-    m_parts.fragment = decoded.isNull() ? View() : view(encoded);
-    m_encoded = urltext::joined(&m_parts);
+    const QString rest = urltext::beforeFragment({ view(m_encoded), m_parts });
+    takeText(decoded.isNull() ? rest : rest + QLatin1Char('#') + percentEncoded(decoded));
 }
 
 TavuUrl::QueryItems TavuUrl::queryItems() const
@@ -181,9 +182,18 @@ TavuUrl TavuUrl::resolved(const TavuUrl& relative) const
     if (!isValid() || relative.m_broken)
         return relative;
     TavuUrl url;
-    url.m_parts = relative.m_parts;
-    url.m_encoded = urltext::resolved(m_parts, &url.m_parts);
+    url.takeText(urltext::resolved(
+        { view(m_encoded), m_parts }, { view(relative.m_encoded), relative.m_parts }));
     return url;
+}
+
+QString TavuUrl::resolvedText(const QString& relative) const
+{
+    bool plain = false;
+    const urltext::Url reference{ view(relative), split(view(relative), &plain) };
+    if (isValid() && plain)
+        return urltext::resolved({ view(m_encoded), m_parts }, reference);
+    return resolved(TavuUrl(relative)).toString();
 }
 
 std::ostream& operator<<(std::ostream& out, const TavuUrl& url)

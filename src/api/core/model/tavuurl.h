@@ -63,6 +63,8 @@ public:
 
     /// `relative` seen from this URL (RFC 3986, section 5).
     TavuUrl resolved(const TavuUrl& relative) const;
+    /// As resolved(TavuUrl(relative)).toString(), for the many of a page.
+    QString resolvedText(const QString& relative) const;
 
     friend bool operator==(const TavuUrl& a, const TavuUrl& b)
     {
@@ -72,7 +74,7 @@ public:
 
 private:
     void take(const QUrl& url);
-    void takeText(const QString& encoded);
+    bool takeText(const QString& encoded);
     template <class Change>
     void change(Change&& change);
 

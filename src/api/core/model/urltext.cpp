@@ -10,18 +10,22 @@ namespace urltext {
 namespace {
 
 // What a character is, as bits.
-constexpr std::uint8_t unreserved = 1;
-constexpr std::uint8_t inPath = 2; // Bare in a path; a query and a fragment take "?" as well.
-constexpr std::uint8_t inHost = 4;
-constexpr std::uint8_t digit = 8;
-constexpr std::uint8_t upperHex = 16;
-constexpr std::uint8_t endsScheme = 32; // Or says that there is none.
-constexpr std::uint8_t endsAuthority = 64;
-constexpr std::uint8_t endsPath = 128;
+using Kind = std::uint16_t;
+constexpr Kind none = 0;
+constexpr Kind unreserved = 1;
+constexpr Kind inPath = 2; // Bare in a path.
+constexpr Kind inHost = 4;
+constexpr Kind digit = 8;
+constexpr Kind upperHex = 16;
+constexpr Kind endsScheme = 32; // Or says that there is none.
+constexpr Kind endsAuthority = 64;
+constexpr Kind endsPath = 128;
+constexpr Kind endsQuery = 256;
+constexpr Kind inQuery = 512; // Bare in a query or a fragment.
 
-constexpr std::array<std::uint8_t, 128> characterTable()
+constexpr std::array<Kind, 128> characterTable()
 {
-    std::array<std::uint8_t, 128> table{};
+    std::array<Kind, 128> table{};
     for (unsigned char c = 'a'; c <= 'z'; ++c)
         table[c] = unreserved | inPath | inHost;
     for (unsigned char c = 'A'; c <= 'Z'; ++c)
@@ -40,12 +44,16 @@ constexpr std::array<std::uint8_t, 128> characterTable()
     table['/'] |= endsScheme | endsAuthority;
     for (const char c : { '?', '#' })
         table[static_cast<unsigned char>(c)] = endsScheme | endsAuthority | endsPath;
+    for (Kind& kinds : table)
+        kinds |= (kinds & inPath) != 0 ? inQuery : 0;
+    table['?'] |= inQuery;
+    table['#'] |= endsQuery;
     return table;
 }
 
-constexpr std::array<std::uint8_t, 128> characters = characterTable();
+constexpr std::array<Kind, 128> characters = characterTable();
 
-bool is(char16_t c, std::uint8_t kind)
+bool is(char16_t c, Kind kind)
 {
     return c < characters.size() && (characters[c] & kind) != 0;
 }
@@ -60,7 +68,7 @@ void append(QString* text, View part)
     text->append(reinterpret_cast<const QChar*>(part.data()), size(part));
 }
 
-bool all(View text, std::uint8_t kind)
+bool all(View text, Kind kind)
 {
     return std::all_of(text.begin(), text.end(), [kind](char16_t c) { return is(c, kind); });
 }
@@ -80,10 +88,10 @@ bool isPlainEncoding(View text, std::size_t place)
     return !is(static_cast<char16_t>(code), unreserved);
 }
 
-bool isPlainText(View text, bool withQuestionMarks)
+bool isPlainText(View text, Kind bare)
 {
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (is(text[i], inPath) || (withQuestionMarks && text[i] == u'?'))
+        if (is(text[i], bare))
             continue;
         if (text[i] != u'%' || !isPlainEncoding(text, i))
             return false;
@@ -142,11 +150,12 @@ bool beginsLikeScheme(View text)
 }
 
 /// Where the first character of the kind stands, or the end of `text`.
-std::size_t findFirst(View text, std::uint8_t kind)
+std::size_t findFirst(View text, Kind kind)
 {
-    const auto place =
-        std::find_if(text.begin(), text.end(), [kind](char16_t c) { return is(c, kind); });
-    return static_cast<std::size_t>(place - text.begin());
+    std::size_t place = 0;
+    while (place < text.size() && !is(text[place], kind))
+        ++place;
+    return place;
 }
 
 /// Cuts what stands before `end` off the front of `text`.
@@ -155,6 +164,39 @@ View take(View* text, std::size_t end)
     const View part = text->substr(0, end);
     text->remove_prefix(part.size());
     return part;
+}
+
+/// Cuts off the part up to the first character that ends it. `bare` becomes false when it has a
+/// character that does not stand bare in it.
+View takePart(View* text, Kind bareInIt, Kind end, bool* bare)
+{
+    std::size_t length = 0;
+    while (length < text->size() && is((*text)[length], bareInIt))
+        ++length;
+    if (length < text->size() && !is((*text)[length], end)) {
+        *bare = false;
+        length += findFirst(text->substr(length), end);
+    }
+    return take(text, length);
+}
+
+/// Where it is: scheme and host. `colon`: one stands in the first segment.
+bool isPlainPlace(const Parts& parts, bool colon)
+{
+    const bool absolute = isThere(parts.scheme);
+    if (absolute && parts.scheme != u"https" && parts.scheme != u"http")
+        return false;
+    // Neither a scheme without a host nor a colon that could end a scheme.
+    if (!isThere(parts.authority))
+        return !absolute && !colon;
+    return isPlainAuthority(parts.authority);
+}
+
+/// What it is there.
+bool isPlainRest(const Parts& parts)
+{
+    return isPlainText(parts.path, inPath) && isPlainText(parts.query, inQuery)
+        && isPlainText(parts.fragment, inQuery);
 }
 
 /// Whether a segment may be u"." or u"..".
@@ -186,76 +228,68 @@ QString withoutDots(const QString& text)
     return output;
 }
 
-/// What stands before a path that is relative to `base` (RFC 3986, section 5.2.3).
-View folder(const Parts& base)
+/// The texts one behind the other.
+QString joined(View first, View second, View third)
 {
-    const bool bare = isThere(base.authority) && base.path.empty();
-    return bare ? View(u"/") : base.path.substr(0, base.path.rfind(u'/') + 1);
+    QString text(size(first) + size(second) + size(third), Qt::Uninitialized);
+    auto* out = reinterpret_cast<char16_t*>(text.data());
+    out = std::copy(first.begin(), first.end(), out);
+    out = std::copy(second.begin(), second.end(), out);
+    std::copy(third.begin(), third.end(), out);
+    return text;
 }
 
-/// Writes the parts of a URL one behind the other.
-class Writer
+std::size_t beginOf(View part, const Url& url)
 {
-public:
-    explicit Writer(int longest)
-        : m_url(longest, Qt::Uninitialized)
-        , m_out(reinterpret_cast<char16_t*>(m_url.data()))
-    {
-    }
+    return static_cast<std::size_t>(part.data() - url.text.data());
+}
 
-    void separator(char16_t c) { *m_out++ = c; }
-    View part(View text)
-    {
-        const char16_t* const place = m_out;
-        m_out = std::copy(text.begin(), text.end(), m_out);
-        return { place, text.size() };
-    }
-    QString url()
-    {
-        m_url.truncate(static_cast<int>(m_out - reinterpret_cast<char16_t*>(m_url.data())));
-        return std::move(m_url);
-    }
-
-private:
-    QString m_url;
-    char16_t* m_out;
-};
-
-/// As joined(), with `before` in front of the path.
-QString joinedBehind(View before, Parts* parts)
+std::size_t endOf(View part, const Url& url)
 {
-    constexpr int separators = 5;
-    Writer writer(size(parts->scheme) + size(parts->authority) + size(before) + size(parts->path)
-        + size(parts->query) + size(parts->fragment) + separators);
-    if (isThere(parts->scheme)) {
-        parts->scheme = writer.part(parts->scheme);
-        writer.separator(u':');
+    return beginOf(part, url) + part.size();
+}
+
+/// How much of `base` stays before `reference` (RFC 3986, section 5.2.2).
+std::size_t kept(const Url& base, const Parts& reference)
+{
+    if (isThere(reference.scheme))
+        return 0;
+    const Parts& parts = base.parts;
+    if (isThere(reference.authority))
+        return isThere(parts.scheme) ? endOf(parts.scheme, base) + 1 : 0;
+    if (!reference.path.empty()) {
+        const bool ownPath = reference.path.front() == u'/';
+        return beginOf(parts.path, base) + (ownPath ? 0 : parts.path.rfind(u'/') + 1);
     }
-    if (isThere(parts->authority)) {
-        writer.separator(u'/');
-        writer.separator(u'/');
-        parts->authority = writer.part(parts->authority);
-    }
-    const View folder = writer.part(before);
-    parts->path = { folder.data(), folder.size() + writer.part(parts->path).size() };
-    if (isThere(parts->query)) {
-        writer.separator(u'?');
-        parts->query = writer.part(parts->query);
-    }
-    if (isThere(parts->fragment)) {
-        writer.separator(u'#');
-        parts->fragment = writer.part(parts->fragment);
-    }
-    return writer.url();
+    const bool ownQuery = isThere(reference.query) || !isThere(parts.query);
+    return endOf(ownQuery ? parts.path : parts.query, base);
+}
+
+/// A path that is relative to a host alone begins at its root (RFC 3986, section 5.2.3).
+bool needsRoot(const Parts& base, const Parts& reference)
+{
+    const bool ownPlace = isThere(reference.scheme) || isThere(reference.authority);
+    return !ownPlace && isThere(base.authority) && base.path.empty() && !reference.path.empty()
+        && reference.path.front() != u'/';
+}
+
+QString withoutDotsInPath(const QString& text)
+{
+    const Url url{ view(text), split(view(text)) };
+    const QString path = withoutDots(urltext::text(url.parts.path));
+    return joined(url.text.substr(0, beginOf(url.parts.path, url)), view(path),
+        url.text.substr(endOf(url.parts.path, url)));
 }
 
 } // namespace
 
-Parts split(View url)
+Parts split(View url, bool* plain)
 {
     Parts parts;
+    bool bare = true;
     const std::size_t mark = findFirst(url, endsScheme);
-    if (mark < url.size() && mark > 0 && url[mark] == u':' && beginsLikeScheme(url)) {
+    const bool colon = mark < url.size() && url[mark] == u':';
+    if (colon && mark > 0 && beginsLikeScheme(url)) {
         parts.scheme = take(&url, mark);
         url.remove_prefix(1);
     }
@@ -263,65 +297,35 @@ Parts split(View url)
         url.remove_prefix(2);
         parts.authority = take(&url, findFirst(url, endsAuthority));
     }
-    parts.path = take(&url, findFirst(url, endsPath));
+    parts.path = takePart(&url, inPath, endsPath, &bare);
     if (!url.empty() && url.front() == u'?') {
         url.remove_prefix(1);
-        parts.query = take(&url, url.find(u'#'));
+        parts.query = takePart(&url, inQuery, endsQuery, &bare);
     }
-    if (!url.empty())
-        parts.fragment = url.substr(1);
+    if (!url.empty()) {
+        url.remove_prefix(1);
+        parts.fragment = takePart(&url, inQuery, none, &bare);
+    }
+    if (plain)
+        *plain = isPlainPlace(parts, colon) && (bare || isPlainRest(parts));
     return parts;
 }
 
-QString joined(Parts* parts)
+QString beforeFragment(const Url& url)
 {
-    return joinedBehind(View(), parts);
+    const View fragment = url.parts.fragment;
+    return text(url.text.substr(0, isThere(fragment) ? beginOf(fragment, url) - 1 : View::npos));
 }
 
-bool isPlain(const Parts& parts)
+QString resolved(const Url& base, const Url& reference)
 {
-    const bool absolute = isThere(parts.scheme);
-    if (absolute && parts.scheme != u"https" && parts.scheme != u"http")
-        return false;
-    // Neither a scheme without a host nor a colon that could end a scheme.
-    if (!isThere(parts.authority) && (absolute || parts.path.find(u':') < parts.path.find(u'/')))
-        return false;
-    return (!isThere(parts.authority) || isPlainAuthority(parts.authority))
-        && isPlainPath(parts.path) && isPlainQuery(parts.query) && isPlainQuery(parts.fragment);
-}
-
-bool isPlainPath(View path)
-{
-    return isPlainText(path, false);
-}
-
-bool isPlainQuery(View query)
-{
-    return isPlainText(query, true);
-}
-
-QString resolved(const Parts& base, Parts* reference)
-{
-    if (isThere(reference->scheme) && !isThere(reference->authority))
-        return joined(reference);
-    const bool ownPlace = isThere(reference->scheme) || isThere(reference->authority);
-    if (!isThere(reference->scheme))
-        reference->scheme = base.scheme;
-    if (!ownPlace)
-        reference->authority = base.authority;
-    if (!ownPlace && reference->path.empty()) {
-        reference->path = base.path;
-        if (!isThere(reference->query))
-            reference->query = base.query;
-        return joined(reference);
-    }
-    const bool ownPath = ownPlace || reference->path.substr(0, 1) == u"/";
-    const View before = ownPath ? View() : folder(base);
-    if (!mayHaveDots(before) && !mayHaveDots(reference->path))
-        return joinedBehind(before, reference);
-    const QString path = withoutDots(text(before) + text(reference->path));
-    reference->path = view(path);
-    return joined(reference);
+    const Parts& parts = reference.parts;
+    const View root = needsRoot(base.parts, parts) ? View(u"/") : View();
+    QString text = joined(base.text.substr(0, kept(base, parts)), root, reference.text);
+    const bool opaque = isThere(parts.scheme) && !isThere(parts.authority);
+    if (opaque || parts.path.empty())
+        return text;
+    return mayHaveDots(parts.path) || mayHaveDots(base.parts.path) ? withoutDotsInPath(text) : text;
 }
 
 } // namespace urltext

@@ -26,7 +26,7 @@ inline bool isThere(View part)
 
 inline View view(const QString& text)
 {
-    return { reinterpret_cast<const char16_t*>(text.utf16()),
+    return { reinterpret_cast<const char16_t*>(text.constData()),
         static_cast<std::size_t>(text.size()) };
 }
 
@@ -36,19 +36,20 @@ inline QString text(View part)
     return QString(reinterpret_cast<const QChar*>(part.data()), static_cast<int>(part.size()));
 }
 
-/// The parts of any text (RFC 3986, appendix B). They point into it.
-Parts split(View url);
-/// Afterwards the parts point into the result.
-QString joined(Parts* parts);
+/// The parts of any text (RFC 3986, appendix B). They point into it. `plain`, unless null, tells
+/// whether it is a well-formed URL or relative reference, spelled in the one way that this host
+/// writes it, so that nothing of it needs to be mended. It says no rather than to look closely.
+Parts split(View url, bool* plain = nullptr);
 
-/// Whether a URL or relative reference is well-formed and spelled in the one way that this host
-/// writes it, so that nothing of it needs to be mended. Says no rather than to look closely.
-bool isPlain(const Parts& parts);
-bool isPlainPath(View path);
-bool isPlainQuery(View query);
+/// A text and its parts.
+struct Url
+{
+    View text;
+    Parts parts;
+};
 
-/// `reference` seen from `base` (RFC 3986, section 5.2.2). Afterwards `reference` holds the parts
-/// of the result.
-QString resolved(const Parts& base, Parts* reference);
+QString beforeFragment(const Url& url);
+/// `reference` seen from `base` (RFC 3986, section 5.2).
+QString resolved(const Url& base, const Url& reference);
 
 } // namespace urltext
