@@ -83,6 +83,17 @@ INSTANTIATE_TEST_SUITE_P(CMPath, CMPathValues,
         "https://h/?url=https%3A%2F%2Fi%2F%3Fx%3D1%26y%3D2", "/", "//", "../..", ";:@!$'()*,",
         "\"<>\\^`{|}", "Bj\xC3\xB6rk", "\xE6\x97\xA5\xE6\x9C\xAC", "\xF0\x9F\x8E\xB5", "\n\r\t"));
 
+TEST(CMPath, parameters_of_any_length_come_back)
+{
+    CMPath path(QStringLiteral("/a"));
+    for (const int length : { 1, 169, 170, 171, 511, 512, 513, 100000 }) {
+        path =
+            path.addParam(QStringLiteral("bare%1").arg(length), QString(length, QLatin1Char('a')));
+        path = path.addParam(QStringLiteral("wide%1").arg(length), QString(length, QChar(0x20AC)));
+    }
+    EXPECT_EQ(CMPath::fromEncoded(path.toEncoded()), path);
+}
+
 TEST(CMPath, a_zero_character_in_a_parameter_comes_back)
 {
     const QString text = QStringLiteral("a") + QChar(0) + QStringLiteral("b");

@@ -15,10 +15,15 @@ QString decoded(const QStringRef& text)
     return percentDecoded(text.toUtf8());
 }
 
+/// Whether it means something in an encoded path before its parameters.
+bool isMark(QChar c)
+{
+    return c == QLatin1Char('%') || c == QLatin1Char('?');
+}
+
 QString encodedText(QString text)
 {
-    // The only two characters that mean something in an encoded path before its parameters.
-    if (!text.contains(QLatin1Char('%')) && !text.contains(QLatin1Char('?')))
+    if (std::none_of(text.cbegin(), text.cend(), isMark))
         return text;
     return text.replace(QLatin1Char('%'), QLatin1String("%25"))
         .replace(QLatin1Char('?'), QLatin1String("%3F"));

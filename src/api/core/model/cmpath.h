@@ -7,7 +7,7 @@
 #include <QMetaType>
 #include <QPair>
 #include <QString>
-#include <QVector>
+#include <QVarLengthArray>
 
 #include <iosfwd>
 
@@ -59,7 +59,7 @@ public:
 
 private:
     QString m_text;
-    QVector<QPair<QString, QString>> m_params;
+    QVarLengthArray<QPair<QString, QString>, 1> m_params; // Most paths have one at most.
 };
 
 /// The encoded path.

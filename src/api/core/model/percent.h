@@ -14,14 +14,16 @@ QString percentDecoded(const QByteArray& encoded);
 class CharBuffer
 {
 public:
-    void append(char16_t c) { m_chars.append(c); }
+    void append(char16_t c);
     void append(const QString& text);
     void appendPercentEncoded(const QString& text);
     QString text() const;
 
 private:
+    char16_t* room(int count);
     template <class Bytes>
     char16_t appendBytes(const Bytes& bytes);
 
-    QVarLengthArray<char16_t, 512> m_chars;
+    QVarLengthArray<char16_t, 512> m_chars{ 512 };
+    int m_size = 0; // Of what was appended.
 };
