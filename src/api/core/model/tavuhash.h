@@ -10,6 +10,7 @@
 
 #include <iosfwd>
 #include <type_traits>
+#include <utility>
 
 /// A string-keyed record: the base of every value record of the host. A record is a value; copies
 /// share their data until one of them is written. It keeps keys that its class does not know. A
@@ -18,8 +19,8 @@ class TAVU_EXPORT TavuHash
 {
 public:
     TavuHash() = default;
-    TavuHash(const QVariantHash& hash) // NOLINT(google-explicit-constructor): a view of the hash
-        : m_hash(hash)
+    TavuHash(QVariantHash hash) // NOLINT(google-explicit-constructor): a view of the hash
+        : m_hash(std::move(hash))
     {
     }
 
@@ -93,7 +94,7 @@ struct TavuField<TavuList<T>>
     struct TavuField<Type>                                                                         \
     {                                                                                              \
         static Type read(const QVariant& value) { return reader; }                                 \
-        static QVariant write(const Type& value) { return QVariant::fromValue(value); }            \
+        static QVariant write(const Type& value) { return value; }                                 \
     };
 
 TAVU_FIELD_TYPE(QVariant, value)
@@ -112,12 +113,12 @@ TAVU_FIELD_TYPE(double, tavuvariant::toDouble(value))
 #define TAVU_RECORD(Class)                                                                         \
 public:                                                                                            \
     Class() = default;                                                                             \
-    Class(const QVariantHash& hash) /* NOLINT(google-explicit-constructor) */                      \
-        : TavuHash(hash)                                                                           \
+    Class(QVariantHash hash) /* NOLINT(google-explicit-constructor) */                             \
+        : TavuHash(std::move(hash))                                                                \
     {                                                                                              \
     }                                                                                              \
-    Class(const TavuHash& hash) /* NOLINT(google-explicit-constructor) */                          \
-        : TavuHash(hash)                                                                           \
+    Class(TavuHash hash) /* NOLINT(google-explicit-constructor) */                                 \
+        : TavuHash(std::move(hash))                                                                \
     {                                                                                              \
     }
 
