@@ -50,10 +50,10 @@ private:
     TavuRoles folder(const TavuUrl& pageUrl) const;
 
     // The kinds of row; `row` has what all of them have.
-    void fillFolder(
-        TavuRoles* row, const TavuAmazonMusicItemDescription& item, const TavuUrl& pageUrl) const;
-    void fillPlayable(
-        TavuRoles* row, const TavuAmazonMusicItemDescription& item, const TavuUrl& pageUrl) const;
+    void fillFolder(TavuRoles* row, const TavuAmazonMusicItemDescription& item,
+        const TavuAmazonMusicPlayable& playable, const TavuUrl& pageUrl) const;
+    void fillPlayable(TavuRoles* row, const TavuAmazonMusicItemDescription& item,
+        const TavuAmazonMusicPlayable& playable, const TavuUrl& pageUrl) const;
     void fillTrack(TavuRoles* row, const TavuAmazonMusicItemDescription& item,
         const TavuAmazonMusicTrackDefinition& definition) const;
     TavuMediaData playableMediaData(const TavuAmazonMusicItemDescription& item,

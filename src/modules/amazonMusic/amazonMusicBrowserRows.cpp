@@ -6,7 +6,8 @@
 #include "tavupaths.h"
 
 #include <QStringBuilder>
-#include <QTime>
+
+#include <array>
 
 namespace {
 
@@ -30,19 +31,18 @@ QString selfUrlParam()
 CMPath browsePath(const TavuUrl& pageUrl, const QString& text)
 {
     AMAZON_MUSIC_ENTER();
-    return TavuAmazonMusicBrowsePath().addParam(
-        urlParam(), pageUrl.resolved(TavuUrl(text)).toString());
+    return TavuAmazonMusicBrowsePath().addParam(urlParam(), pageUrl.resolvedText(text));
 }
 
-/// As Qt::TextDate writes it, which takes ten times as long.
-QString clockTime(const QTime& time)
+/// Hours, minutes and seconds, as Qt::TextDate writes them, which takes ten times as long.
+std::array<char, 8> clockTime(int seconds)
 {
     AMAZON_MUSIC_ENTER();
-    const auto digit = [](int number) { return QLatin1Char(static_cast<char>('0' + number)); };
-    const QChar text[] = { digit(time.hour() / 10), digit(time.hour() % 10), QLatin1Char(':'),
-        digit(time.minute() / 10), digit(time.minute() % 10), QLatin1Char(':'),
-        digit(time.second() / 10), digit(time.second() % 10) };
-    return QString(text, 8);
+    const auto digit = [](int number) { return static_cast<char>('0' + number % 10); };
+    const int minutes = seconds / 60;
+    const int hours = minutes / 60;
+    return { digit(hours / 10), digit(hours), ':', digit(minutes % 60 / 10), digit(minutes % 60),
+        ':', digit(seconds % 60 / 10), digit(seconds % 60) };
 }
 
 QString titleWithDuration(const QString& title, qint64 duration)
@@ -50,9 +50,10 @@ QString titleWithDuration(const QString& title, qint64 duration)
     AMAZON_MUSIC_ENTER();
     if (duration <= shownDuration)
         return title;
-    // A clock starts anew each day; the remainder also keeps what no int can hold.
-    const QTime time = QTime(0, 0, 0, 0).addMSecs(static_cast<int>(duration % dayMs));
-    return title % QLatin1String(" (") % clockTime(time) % QLatin1Char(')');
+    // A clock starts anew each day.
+    const std::array<char, 8> time = clockTime(static_cast<int>(duration % dayMs / 1000));
+    return title % QLatin1String(" (") % QLatin1String(time.data(), static_cast<int>(time.size()))
+        % QLatin1Char(')');
 }
 
 TavuMediaData folderMediaData()
@@ -87,15 +88,16 @@ TavuRoles AmazonMusicBrowser::createRow(
     row.setTitle(item.itemLabel());
     row.setIcon(item.image().uri());
     row.setDoNotTrack(true);
+    const TavuAmazonMusicPlayable playable = item.playableInst();
     if (!item.summaryInst().isEmpty())
-        fillFolder(&row, item, pageUrl);
-    else if (!item.playableInst().isEmpty())
-        fillPlayable(&row, item, pageUrl);
+        fillFolder(&row, item, playable, pageUrl);
+    else if (!playable.isEmpty())
+        fillPlayable(&row, item, playable, pageUrl);
     return row;
 }
 
-void AmazonMusicBrowser::fillFolder(
-    TavuRoles* row, const TavuAmazonMusicItemDescription& item, const TavuUrl& pageUrl) const
+void AmazonMusicBrowser::fillFolder(TavuRoles* row, const TavuAmazonMusicItemDescription& item,
+    const TavuAmazonMusicPlayable& playable, const TavuUrl& pageUrl) const
 {
     AMAZON_MUSIC_ENTER();
     row->setType(TavuRolesType::Folder);
@@ -105,7 +107,6 @@ void AmazonMusicBrowser::fillFolder(
         LOG4CPLUS_WARN(
             logger(), "Browsable node \"" << item.itemLabel() << "\" without summary description");
     CMPath path = browsePath(pageUrl, description);
-    const TavuAmazonMusicPlayable playable = item.playableInst();
     if (playable.isEmpty()) {
         row->setMediaData(folderMediaData());
     } else {
@@ -118,11 +119,10 @@ void AmazonMusicBrowser::fillFolder(
     row->setPath(path);
 }
 
-void AmazonMusicBrowser::fillPlayable(
-    TavuRoles* row, const TavuAmazonMusicItemDescription& item, const TavuUrl& pageUrl) const
+void AmazonMusicBrowser::fillPlayable(TavuRoles* row, const TavuAmazonMusicItemDescription& item,
+    const TavuAmazonMusicPlayable& playable, const TavuUrl& pageUrl) const
 {
     AMAZON_MUSIC_ENTER();
-    const TavuAmazonMusicPlayable playable = item.playableInst();
     const TavuAmazonMusicTrackDefinition definition = playable.trackDefinitionInst();
     row->setType(TavuRolesType::Playable);
     row->setPath(TavuAmazonMusicPrefixPath().addParam(selfUrlParam(), playable.selfDataUrl()));

@@ -5,6 +5,7 @@
 #include "tavujson.h"
 #include "tavupaths.h"
 
+#include <optional>
 #include <utility>
 
 namespace {
@@ -37,16 +38,19 @@ TavuAmazonMusic document(const QByteArray& body)
     return TavuAmazonMusic(TavuHash(TavuJson::parse(body).toHash()));
 }
 
-bool isLocal(const QString& reference)
+/// The key of an object of the same document; nothing when `reference` names no such one.
+std::optional<QString> localKey(const QString& reference)
 {
     AMAZON_MUSIC_ENTER();
-    return reference.startsWith(QLatin1Char('#'));
+    if (reference.startsWith(QLatin1Char('#')))
+        return reference.mid(1);
+    return std::nullopt;
 }
 
-QString keyOf(QString reference)
+QString keyOf(const QString& reference)
 {
     AMAZON_MUSIC_ENTER();
-    return isLocal(reference) ? reference.remove(0, 1) : reference;
+    return localKey(reference).value_or(reference);
 }
 
 /// The key that `reference` names, or the one of the document's primary object.
@@ -57,19 +61,12 @@ QString keyOrResult(const QString& reference, const TavuAmazonMusic& doc)
     return key.isEmpty() ? keyOf(doc.result()) : key;
 }
 
-/// `text`, relative to `base`, as an absolute URL.
-QString resolved(const QString& text, const TavuUrl& base)
-{
-    AMAZON_MUSIC_ENTER();
-    return base.resolved(TavuUrl(text)).toString();
-}
-
 void resolve(TavuAmazonMusicTrackPointer* pointer, const TavuUrl& base)
 {
     AMAZON_MUSIC_ENTER();
     const QString chunk = pointer->chunk();
     if (!chunk.isEmpty())
-        pointer->setChunkUrl(resolved(chunk, base));
+        pointer->setChunkUrl(base.resolvedText(chunk));
 }
 
 /// Resolves the track pointer that stands in a field of a record.
@@ -178,38 +175,34 @@ void Completion::complete(TavuAmazonMusicTrackDefinition* definition)
     AMAZON_MUSIC_ENTER();
     const QString ratingUri = definition->trackRating().ratingURI();
     if (!ratingUri.isEmpty())
-        definition->setTrackRatingUrl(resolved(ratingUri, m_base));
-    const QString error = definition->error();
-    if (isLocal(error))
+        definition->setTrackRatingUrl(m_base.resolvedText(ratingUri));
+    if (const auto key = localKey(definition->error()))
         definition->setErrorInst(record<TavuAmazonMusicGeneralErrorReport>(
-            m_doc.generalErrorReports(), keyOf(error), QStringLiteral("generalErrorReports")));
+            m_doc.generalErrorReports(), *key, QStringLiteral("generalErrorReports")));
 }
 
 void Completion::complete(TavuAmazonMusicPlayable* playable)
 {
     AMAZON_MUSIC_ENTER();
-    const QString reference = playable->trackDefinition();
-    if (isLocal(reference))
-        playable->setTrackDefinitionInst(definition(keyOf(reference)));
+    if (const auto key = localKey(playable->trackDefinition()))
+        playable->setTrackDefinitionInst(definition(*key));
     resolvePointer(playable, TavuAmazonMusicPlayable::NaturalTrackPointer(), m_base);
     resolvePointer(playable, TavuAmazonMusicPlayable::ShuffleTrackPointer(), m_base);
     if (playable->__contains(TavuAmazonMusicPlayable::SelfData()))
-        playable->setSelfDataUrl(resolved(playable->selfData(), m_base));
+        playable->setSelfDataUrl(m_base.resolvedText(playable->selfData()));
 }
 
 void Completion::complete(TavuAmazonMusicItemDescription* item)
 {
     AMAZON_MUSIC_ENTER();
-    const QString summary = item->summary();
-    if (isLocal(summary))
-        item->setSummaryInst(
-            record<TavuAmazonMusicNavigationNodeSummary>(m_doc.navigationNodeSummaries(),
-                keyOf(summary), QStringLiteral("navigationNodeSummaries")));
+    if (const auto key = localKey(item->summary()))
+        item->setSummaryInst(record<TavuAmazonMusicNavigationNodeSummary>(
+            m_doc.navigationNodeSummaries(), *key, QStringLiteral("navigationNodeSummaries")));
     const QString reference = item->playable();
-    if (isLocal(reference))
-        item->setPlayableInst(playable(keyOf(reference)));
+    if (const auto key = localKey(reference))
+        item->setPlayableInst(playable(*key));
     if (!reference.isEmpty())
-        item->setPlayableUrl(resolved(reference, m_base));
+        item->setPlayableUrl(m_base.resolvedText(reference));
 }
 
 void Completion::complete(TavuAmazonMusicTrackInstance* instance)
@@ -217,9 +210,9 @@ void Completion::complete(TavuAmazonMusicTrackInstance* instance)
     AMAZON_MUSIC_ENTER();
     const QString collector = instance->playbackEventCollector();
     if (!collector.isEmpty())
-        instance->setPlaybackEventCollectorUrl(resolved(collector, m_base));
+        instance->setPlaybackEventCollectorUrl(m_base.resolvedText(collector));
     if (instance->__contains(TavuAmazonMusicTrackInstance::SelfData()))
-        instance->setSelfDataUrl(resolved(instance->selfData(), m_base));
+        instance->setSelfDataUrl(m_base.resolvedText(instance->selfData()));
     instance->setTrackDefinitionInst(definition(keyOf(instance->trackDefinition())));
 }
 
@@ -270,13 +263,13 @@ TavuRoles optionRow(const TavuAmazonMusicGeneralErrorReportOption& option)
 bool AmazonMusicParser::isLocalReference(const QString& ref) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    return isLocal(ref);
+    return localKey(ref).has_value();
 }
 
 QString AmazonMusicParser::removeLocalReference(QString ref) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    return keyOf(std::move(ref));
+    return keyOf(ref);
 }
 
 TavuAmazonMusicTrackPointer AmazonMusicParser::resolveTrackPointer(
