@@ -1,6 +1,5 @@
 #include "playLogicFixture.h"
 
-#include <QElapsedTimer>
 #include <QTimer>
 
 #include <algorithm>
@@ -28,11 +27,12 @@ protected:
         streamer().tellPosition(10000);
     }
 
+    /// By a timer, which comes behind those that were due before it, however late they all are.
     void waitMs(int ms)
     {
-        QElapsedTimer timer;
-        timer.start();
-        ASSERT_TRUE(waitUntil([&] { return timer.elapsed() > ms; }));
+        bool due = false;
+        QTimer::singleShot(ms, Qt::PreciseTimer, m_logic, [&due] { due = true; });
+        ASSERT_TRUE(waitUntil([&due] { return due; }));
     }
 
     int underruns(const LogCapture& log) const

@@ -101,7 +101,7 @@ test('the texts speak the first of the wanted languages that there is', () => {
 test('type comes from the one scale', () => {
   for (const file of styles) {
     for (const [, value] of read(file).matchAll(/font-size:\s*([^;]+);/g)) {
-      assert.match(value, /^var\(--text-(xs|s|m|l|xl|2xl|3xl|4xl)\)$/, file);
+      assert.match(value, /^var\(--text-(2xs|xs|s|m|l|xl|2xl|3xl|4xl)\)$/, file);
     }
   }
 });
