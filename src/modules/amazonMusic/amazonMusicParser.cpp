@@ -269,7 +269,7 @@ bool AmazonMusicParser::isLocalReference(const QString& ref) const
 QString AmazonMusicParser::removeLocalReference(QString ref) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    return keyOf(ref);
+    return localKey(ref).value_or(std::move(ref));
 }
 
 TavuAmazonMusicTrackPointer AmazonMusicParser::resolveTrackPointer(
