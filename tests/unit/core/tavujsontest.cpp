@@ -255,6 +255,18 @@ TEST(TavuJson, keys_that_share_a_place_in_the_cache_stay_apart)
     }
 }
 
+TEST(TavuJson, a_key_outlasts_those_within_its_value)
+{
+    QByteArray inner("{");
+    for (int number = 0; number < 10000; ++number)
+        inner += (number ? ",\"key" : "\"key") + QByteArray::number(number) + "\":0";
+    inner += '}';
+    const QVariantHash hash = TavuJson::parse("{\"outer\":" + inner + ",\"last\":1}").toHash();
+    EXPECT_EQ(hash.size(), 2);
+    EXPECT_EQ(hash.value(QStringLiteral("last")), whole(1));
+    EXPECT_EQ(hash.value(QStringLiteral("outer")).toHash().size(), 10000);
+}
+
 TEST(TavuJson, keys_of_every_length_are_read)
 {
     for (const int length : { 1, 15, 16, 31, 32, 33, 64, 255, 256, 1000, 100000 }) {

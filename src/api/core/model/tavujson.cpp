@@ -43,8 +43,11 @@ QVariantHash toHash(const simdjson::dom::object& object, KeyCache& keys)
 {
     QVariantHash hash;
     hash.reserve(static_cast<int>(object.size()));
-    for (const auto field : object)
-        hash.insert(keys.key(field.key), toVariant(field.value, keys));
+    for (const auto field : object) {
+        // The value first: its keys may take the key's slot.
+        const QVariant value = toVariant(field.value, keys);
+        hash.insert(keys.key(field.key), value);
+    }
     return hash;
 }
 
