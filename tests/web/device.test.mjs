@@ -155,7 +155,7 @@ describe('out of reach', () => {
 
   it('the page opens, says so, and goes on by itself when the player is back', async () => {
     let mock = await startMock();
-    const { port } = mock.server.address();
+    const { port } = mock;
     let page;
     try {
       mock.state.approve();

@@ -11,6 +11,7 @@ import { fileURLToPath } from 'node:url';
 import { pageOf, rootPath, searchPath } from './support/catalogue.mjs';
 import { codePictureSvg, coverSvg } from './support/covers.mjs';
 import { MockState } from './support/mockstate.mjs';
+import { listen } from './support/slowness.mjs';
 
 const here = path.dirname(fileURLToPath(import.meta.url));
 const types = {
@@ -48,14 +49,14 @@ export class MockPlayer {
   }
 
   async listen(port = 0) {
-    await new Promise((done) => {
-      this.server.listen(port, '127.0.0.1', done);
-    });
-    this.url = `http://127.0.0.1:${this.server.address().port}`;
+    this.road = await listen(this.server, port);
+    this.port = this.road.port;
+    this.url = `http://127.0.0.1:${this.port}`;
     return this;
   }
 
   async close() {
+    this.road.close();
     this.dropStreams();
     this.server.closeAllConnections();
     await new Promise((done) => {

@@ -3,6 +3,7 @@ import assert from 'node:assert/strict';
 import { chromium } from 'playwright-core';
 
 import { startMock } from '../mockplayer.mjs';
+import { hesitationMs, slowDown } from './slowness.mjs';
 
 const executablePath = process.env.TAVU_CHROMIUM ?? '/usr/bin/chromium';
 const args = [
@@ -21,7 +22,8 @@ export const patienceMs = 30000;
 
 export const widths = { phone: { width: 390, height: 844 }, desktop: { width: 1280, height: 800 } };
 
-export const launch = (...more) => chromium.launch({ executablePath, args: [...args, ...more] });
+export const launch = (...more) =>
+  chromium.launch({ executablePath, args: [...args, ...more], slowMo: hesitationMs });
 
 /**
  * A page of its own at `base`. `faults` collects what the page complains about: script errors,
@@ -42,6 +44,7 @@ export async function openPage(browser, base, { viewport = widths.desktop, ...op
   page.on('console', (message) => {
     if (message.type() === 'error') page.faults.push(message.text());
   });
+  await slowDown(page);
   await page.goto(base);
   return page;
 }

@@ -1,5 +1,6 @@
 // The real programs behind a page, as a user starts them: see House.
 import { House } from '../../support/house.mjs';
+import { reach } from './slowness.mjs';
 
 /**
  * Both programs, running, with nobody signed in: { url, control, service, close }: the addresses of
@@ -19,7 +20,16 @@ export async function startPrograms({
   ];
   const house = await House.open({ emulator: options, settings, signedIn: false });
   const { control, baseUrl } = house.service;
-  return { url: house.url, control, service: baseUrl, close: () => house.close() };
+  const { url, close } = await reach(house.url);
+  return {
+    url,
+    control,
+    service: baseUrl,
+    close() {
+      close();
+      return house.close();
+    },
+  };
 }
 
 /** What the emulator's sample albums are called, as trails of scenario.mjs. */
