@@ -10,6 +10,7 @@ import { after, before, it } from 'node:test';
 
 import { assertAccessible, assertNoSidewaysScroll, assertTargets } from './support/axe.mjs';
 import { assertNoFaults, launch, openPage, widths } from './support/browser.mjs';
+import { reach } from './support/slowness.mjs';
 
 // The verifier and the challenge of RFC 7636, appendix B.
 const verifier = 'dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk';
@@ -19,6 +20,7 @@ let browser;
 let folder;
 let program;
 let ready;
+let road;
 
 async function startEmulator() {
   folder = mkdtempSync(join(tmpdir(), 'emulator-'));
@@ -32,6 +34,7 @@ async function startEmulator() {
     program.once('exit', (code) => reject(new Error(`the emulator has ended with ${code}`)));
   });
   ready = JSON.parse(line);
+  road = await reach(ready.control);
 }
 
 before(async () => {
@@ -40,6 +43,7 @@ before(async () => {
 });
 after(async () => {
   await browser?.close();
+  road?.close();
   program?.removeAllListeners('exit').kill();
   rmSync(folder, { recursive: true, force: true });
 });
@@ -75,7 +79,7 @@ async function look(address, work) {
 }
 
 it('turns the dial by its buttons', () =>
-  look(ready.control, async (page) => {
+  look(road.url, async (page) => {
     await page.getByText('None: the service behaves.').waitFor();
     await page.getByRole('button', { name: 'Service down, three requests' }).click();
     await page.getByRole('cell', { name: '3 requests: kind browse' }).waitFor();
@@ -86,7 +90,7 @@ it('turns the dial by its buttons', () =>
   }));
 
 it('makes a rule of the form, and says what is wrong with one', () =>
-  look(ready.control, async (page) => {
+  look(road.url, async (page) => {
     await page.getByLabel('Path').fill('/tracks/');
     await page.getByLabel('Then strike').fill('1');
     await page.getByLabel('Effect').selectOption('status');
@@ -104,7 +108,7 @@ it('makes a rule of the form, and says what is wrong with one', () =>
   }));
 
 it('shows in the ledger what comes in and what was struck', () =>
-  look(`${ready.control}ledger.html`, async (page) => {
+  look(`${road.url}ledger.html`, async (page) => {
     await control('POST', 'ledger/clear', {});
     await control('POST', 'faults', { name: 'flood', kind: 'search', effect: 'status', times: 1 });
     await statusOf('search/?keywords=a');
@@ -117,6 +121,31 @@ it('shows in the ledger what comes in and what was struck', () =>
     await page.getByRole('button', { name: 'Clear' }).click();
     await page.getByText('/search/?keywords=a').waitFor({ state: 'detached' });
     await control('DELETE', 'faults');
+  }));
+
+it('shows in the ledger what was asked for last, whichever answer comes last', () =>
+  look(`${road.url}ledger.html`, async (page) => {
+    const question = /ledger\?since=/;
+    let release;
+    const held = new Promise((arrived) => {
+      page.route(question, (route) => {
+        release = () => route.continue();
+        arrived();
+      }, { times: 1 });
+    });
+    await held;
+    await statusOf('search/?keywords=late');
+    const rated = page.waitForResponse(/kind=rating/);
+    await page.getByLabel('Show').selectOption('rating');
+    await (await rated).finished();
+    const late = page.waitForResponse((answer) => !answer.url().includes('kind='));
+    await release();
+    await (await late).finished();
+    await page.evaluate(() => new Promise((done) => setTimeout(done)));
+    const entry = page.getByText('/search/?keywords=late');
+    assert.equal(await entry.count(), 0);
+    await page.getByLabel('Show').selectOption('search');
+    await entry.waitFor();
   }));
 
 it('lets the user allow a login', async () => {

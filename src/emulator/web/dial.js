@@ -1,4 +1,4 @@
-import {ask, fillKinds, make, say} from './page.js';
+import {ask, fillKinds, follow, make, say} from './page.js';
 
 const quick = [
   ['Service down, three requests', {kind: 'browse', effect: 'status', status: 503, times: 3}],
@@ -43,23 +43,20 @@ function row(rule) {
     make('td', {}, spent ? `${rule.hits}, spent` : `${rule.hits}`), make('td', {}, remove));
 }
 
-async function refresh() {
-  try {
-    const [{rules}, status] = [await ask('GET', 'faults'), await ask('GET', 'status')];
-    const body = document.getElementById('rules');
-    // What has the focus stays: the table is only made anew when something in it has changed.
-    const now = JSON.stringify(rules);
-    if (body.dataset.shown !== now) {
-      body.replaceChildren(...rules.map(row));
-      if (!rules.length)
-        body.append(make('tr', {}, make('td', {colspan: 5}, 'None: the service behaves.')));
-      body.dataset.shown = now;
-    }
-    const scan = status.scan === 'done' ? '' : ` Scanning: ${status.read} of ${status.toRead} files read.`;
-    say(`${status.tracks} tracks on ${status.albums} albums from ${status.folder}.${scan}`);
-  } catch (error) {
-    say(`The emulator does not answer: ${error.message}`, true);
+const question = () => Promise.all([ask('GET', 'faults'), ask('GET', 'status')]);
+
+function show([{rules}, status]) {
+  const body = document.getElementById('rules');
+  // What has the focus stays: the table is only made anew when something in it has changed.
+  const now = JSON.stringify(rules);
+  if (body.dataset.shown !== now) {
+    body.replaceChildren(...rules.map(row));
+    if (!rules.length)
+      body.append(make('tr', {}, make('td', {colspan: 5}, 'None: the service behaves.')));
+    body.dataset.shown = now;
   }
+  const scan = status.scan === 'done' ? '' : ` Scanning: ${status.read} of ${status.toRead} files read.`;
+  say(`${status.tracks} tracks on ${status.albums} albums from ${status.folder}.${scan}`);
 }
 
 async function change(method, address, body) {
@@ -96,9 +93,9 @@ document.getElementById('clear').addEventListener('click', () => change('DELETE'
 document.getElementById('quick').append(...quick.map(([label, rule]) =>
   make('button', {type: 'button', onclick: () => change('POST', 'faults', {name: label, ...rule})}, label)));
 fillKinds(form.elements.kind);
+const refresh = follow(question, show);
 ({effects} = await ask('GET', 'effects'));
 effect.append(...effects.map((each) => make('option', {value: each.name}, each.name)));
 effect.value = 'status';
 showParameters();
 await refresh();
-setInterval(refresh, 1000);

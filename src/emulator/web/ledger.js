@@ -1,4 +1,4 @@
-import {ask, fillKinds, make, say} from './page.js';
+import {ask, fillKinds, follow, make, say} from './page.js';
 
 const shownAtMost = 500;
 const told = ['serial', 'at', 'kind', 'method', 'path', 'query', 'host', 'secure', 'status', 'fault', 'effect'];
@@ -35,20 +35,19 @@ function row(entry) {
     make('td', {}, details(entry)));
 }
 
-async function refresh() {
+function question() {
   if (pause.getAttribute('aria-pressed') === 'true')
-    return;
-  try {
-    const filter = kind.value ? `&kind=${kind.value}` : '';
-    const answer = await ask('GET', `ledger?since=${since}&limit=${shownAtMost}${filter}`);
-    since = answer.serial;
-    entries.prepend(...answer.entries.reverse().map(row));
-    while (entries.children.length > shownAtMost)
-      entries.lastElementChild.remove();
-    say(`${answer.serial} requests so far. The newest stand first.`);
-  } catch (error) {
-    say(`The emulator does not answer: ${error.message}`, true);
-  }
+    return null;
+  const filter = kind.value ? `&kind=${kind.value}` : '';
+  return ask('GET', `ledger?since=${since}&limit=${shownAtMost}${filter}`);
+}
+
+function show(answer) {
+  since = answer.serial;
+  entries.prepend(...answer.entries.reverse().map(row));
+  while (entries.children.length > shownAtMost)
+    entries.lastElementChild.remove();
+  say(`${answer.serial} requests so far. The newest stand first.`);
 }
 
 function startAgain() {
@@ -58,6 +57,7 @@ function startAgain() {
 }
 
 fillKinds(kind);
+const refresh = follow(question, show);
 kind.addEventListener('change', startAgain);
 pause.addEventListener('click', () => {
   pause.setAttribute('aria-pressed', pause.getAttribute('aria-pressed') !== 'true');
@@ -67,4 +67,3 @@ document.getElementById('clear').addEventListener('click', async () => {
   await startAgain();
 });
 await refresh();
-setInterval(refresh, 1000);

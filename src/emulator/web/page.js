@@ -37,3 +37,29 @@ export function say(text, bad = false) {
   status.textContent = text;
   status.classList.toggle('bad', bad);
 }
+
+/**
+ * Shows what `question` is answered, each second and whenever the returned function is called. Only the
+ * newest question counts, whichever answer comes first; one that is null is not asked.
+ */
+export function follow(question, show) {
+  let newest = null;
+  async function refresh() {
+    const asked = question();
+    newest = asked;
+    if (!asked)
+      return;
+    try {
+      const answer = await asked;
+      if (asked === newest)
+        show(answer);
+    } catch (error) {
+      if (asked === newest)
+        say(`The emulator does not answer: ${error.message}`, true);
+    }
+    if (asked === newest)
+      newest = null;
+  }
+  setInterval(() => newest ?? refresh(), 1000);
+  return refresh;
+}
