@@ -181,6 +181,22 @@ entry('S36 a refused token is renewed once, whoever waits, and each request is s
   assert.equal(sent.length - refused, inFlight);
 }, { warm: true });
 
+entry('S36 a refusal that comes long after the token was renewed renews nothing', async (house) => {
+  const lateMs = 3000;
+  await noStragglers(house);
+  const since = await house.mark();
+  await house.fault(browse({ effect: 'unauthorized', delay: lateMs, times: 1 }));
+  const late = house.browse(house.albums);
+  await house.until(async () => (await house.ledger('browse', since)).length === 1, 'the request');
+  await house.emu('POST', 'login/expire', {});
+  assert.equal((await house.browse('')).status, 200);
+  const renewals = async () => (await house.ledger('token', since)).length;
+  assert.equal(await renewals(), 1, 'somebody else had it renewed');
+  const answer = await late;
+  assert.equal(answer.status, 200, words(answer));
+  assert.equal(await renewals(), 1);
+});
+
 entry('S36 a second refusal is delivered', async (house) => {
   await noStragglers(house);
   await house.fault(browse({ effect: 'unauthorized' }));

@@ -2,6 +2,7 @@
 
 #include "cachecontrol.h"
 #include "curlmulti.h"
+#include "refusedtoken.h"
 #include "urlpolicy.h"
 
 #include <algorithm>
@@ -159,6 +160,7 @@ void HttpExchange::attemptDone(const Outcome& outcome)
         return fail(outcome.status, outcome.reason);
     if (sendAgain(outcome) || followRedirect(outcome))
         return;
+    tellOfRefusal(outcome.code, fieldsToSend());
     learn(outcome);
     finish(resultOf(outcome));
 }

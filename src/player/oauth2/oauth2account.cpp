@@ -13,6 +13,8 @@ constexpr qint64 longestLeadMs = 60000;
 constexpr qint64 saveAgainMs = 30000;
 // So late a request may be refused that was sent before a renewal.
 constexpr qint64 stragglersMs = 2000;
+// More than there can be renewals while one request waits for its answer.
+constexpr int mostEarlierTokens = 16;
 
 } // namespace
 
@@ -26,7 +28,7 @@ OAuth2Account::OAuth2Account(
     addLastingSecret(info.clientSecret().toStdString());
     addSecret(m_refreshToken.toStdString());
     const bool loggedIn = !m_refreshToken.isEmpty();
-    publishAccessToken(QString());
+    publishAccessToken();
     publishLoggedIn(loggedIn);
     setStage(loggedIn ? Stage::LoggedIn : Stage::Idle, loggedIn ? QString() : store.complaint());
     if (!loggedIn)
@@ -126,6 +128,7 @@ void OAuth2Account::loginApproved(const TokenAnswer& token)
     LOG4CPLUS_INFO(oauth2Logger(), "Signed in to " << m_client.info().displayName());
     m_stage = Stage::LoggedIn;
     m_refreshToken = token.refreshToken;
+    m_renewedMs.reset();
     m_renewal = makeRenewal();
     takeTokens(token);
     publishLoggedIn(true);
@@ -137,7 +140,6 @@ void OAuth2Account::renewed(const TokenAnswer& token)
     if (!token.refreshToken.isEmpty())
         m_refreshToken = token.refreshToken;
     m_renewal->setRefreshToken(m_refreshToken);
-    m_renewedToken = token.accessToken;
     m_renewedMs = m_clock.monotonicMs();
     takeTokens(token);
     setStage(Stage::LoggedIn, m_saveProblem);
@@ -152,7 +154,19 @@ void OAuth2Account::takeTokens(const TokenAnswer& token)
     // anything is done with what came along with it.
     saveRefreshToken();
     watchExpiry(token.lifetimeMs);
-    publishAccessToken(token.accessToken);
+    setAccessToken(token.accessToken);
+}
+
+void OAuth2Account::setAccessToken(const QString& token)
+{
+    m_earlierTokens.removeAll(token);
+    if (!m_accessToken.isEmpty() && m_accessToken != token)
+        m_earlierTokens.append(m_accessToken);
+    if (m_earlierTokens.size() > mostEarlierTokens)
+        m_earlierTokens.removeFirst();
+    m_accessToken = token;
+    m_isRefused = false;
+    publishAccessToken();
 }
 
 void OAuth2Account::saveRefreshToken()
@@ -187,8 +201,7 @@ void OAuth2Account::expired()
 {
     if (m_refreshToken.isEmpty())
         return endLogin(QStringLiteral("The login has expired. Sign in again."));
-    m_renewedToken.clear();
-    publishAccessToken(QString());
+    setAccessToken(QString());
 }
 
 void OAuth2Account::refreshToken(const CMReply<QVariant>& reply)
@@ -199,8 +212,10 @@ void OAuth2Account::refreshToken(const CMReply<QVariant>& reply)
         reply.setError(CMError(TrString(QStringLiteral("The login has expired. Sign in again."))));
         return endLogin(QStringLiteral("The login has expired. Sign in again."));
     }
-    if (wasJustRenewed()) {
-        publishAccessToken(m_renewedToken);
+    const bool isGood = wasJustRenewed() || isAnotherRefused();
+    m_earlierRefused = false;
+    if (isGood) {
+        publishAccessToken();
         return reply.setValue(QVariant());
     }
     if (!m_renewal->renew())
@@ -211,7 +226,19 @@ void OAuth2Account::refreshToken(const CMReply<QVariant>& reply)
 
 bool OAuth2Account::wasJustRenewed() const
 {
-    return !m_renewedToken.isEmpty() && m_clock.monotonicMs() - m_renewedMs < stragglersMs;
+    return !m_accessToken.isEmpty() && m_renewedMs
+        && m_clock.monotonicMs() - *m_renewedMs < stragglersMs;
+}
+
+bool OAuth2Account::isAnotherRefused() const
+{
+    return !m_accessToken.isEmpty() && m_earlierRefused && !m_isRefused;
+}
+
+void OAuth2Account::tokenRefused(const QString& token)
+{
+    m_isRefused = m_isRefused || token == m_accessToken;
+    m_earlierRefused = m_earlierRefused || m_earlierTokens.contains(token);
 }
 
 void OAuth2Account::logout()
@@ -227,14 +254,13 @@ void OAuth2Account::endLogin(const QString& message)
     m_expiry.reset();
     m_saveAgain.reset();
     m_refreshToken.clear();
-    m_renewedToken.clear();
     m_saveProblem.clear();
     QString error;
     if (!m_store.save(name(), QString(), &error))
         LOG4CPLUS_ERROR(oauth2Logger(), "The saved login cannot be removed: " << error);
     // In this order: what ends with the login may still report under its token.
     publishLoggedIn(false);
-    publishAccessToken(QString());
+    setAccessToken(QString());
     setStage(Stage::Idle, message);
     finishWaiting(message.isEmpty() ? QStringLiteral("Signed out.") : message);
 }
@@ -257,9 +283,9 @@ void OAuth2Account::setStage(Stage stage, const QString& message)
     publishDeviceCode(message);
 }
 
-void OAuth2Account::publishAccessToken(const QString& token)
+void OAuth2Account::publishAccessToken()
 {
-    CMRoot()->setValue(path(TavuOAuth2AccessTokenSubPath()), TavuValue::fromString(token));
+    CMRoot()->setValue(path(TavuOAuth2AccessTokenSubPath()), TavuValue::fromString(m_accessToken));
 }
 
 void OAuth2Account::publishLoggedIn(bool loggedIn)

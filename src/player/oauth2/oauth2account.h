@@ -8,6 +8,7 @@
 #include "tokenstore.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace player {
@@ -28,9 +29,11 @@ public:
     /// the user has not entered yet.
     void startLogin(bool anew);
     /// Asks for a new access token; `reply` finishes with the outcome. Requests that come meanwhile
-    /// share it. Whoever asks right after a renewal was refused with the token before it, and is
-    /// given the new one.
+    /// share it. Whoever asks right after a renewal, or after a token before the present one alone
+    /// was refused, is given the present one.
     void refreshToken(const CMReply<QVariant>& reply);
+    /// A server has refused the token. One that the account never had is passed over.
+    void tokenRefused(const QString& token);
     /// Forgets the tokens.
     void logout();
 
@@ -44,8 +47,10 @@ private:
     void loginApproved(const TokenAnswer& token);
     void renewed(const TokenAnswer& token);
     void takeTokens(const TokenAnswer& token);
+    void setAccessToken(const QString& token);
     void saveRefreshToken();
     bool wasJustRenewed() const;
+    bool isAnotherRefused() const;
     void watchExpiry(qint64 lifetimeMs);
     void expired();
     void endLogin(const QString& message);
@@ -54,7 +59,7 @@ private:
     QString missingSetting() const;
     QString name() const { return m_client.info().serviceName(); }
 
-    void publishAccessToken(const QString& token);
+    void publishAccessToken();
     void publishLoggedIn(bool loggedIn);
     void publishDeviceCode(const QString& message);
     CMPath path(const QString& subpath) const;
@@ -66,8 +71,11 @@ private:
     DeviceAnswer m_code;
     qint64 m_codeEndsWallMs = 0;
     QString m_refreshToken;
-    QString m_renewedToken; // The access token, unless it came with the login.
-    qint64 m_renewedMs = 0; // Monotonic.
+    QString m_accessToken;
+    bool m_isRefused = false; // The access token.
+    QStringList m_earlierTokens; // The access tokens before it, oldest first.
+    bool m_earlierRefused = false; // One of these, since the last wish for another token.
+    std::optional<qint64> m_renewedMs; // Monotonic; none when the access token came with the login.
     QString m_saveProblem; // Empty when the token is on the disk.
     std::vector<CMReply<QVariant>> m_waiting; // For the outcome of a renewal.
     std::unique_ptr<DeviceLogin> m_login;

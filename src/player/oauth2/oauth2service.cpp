@@ -2,6 +2,7 @@
 
 #include "cmroot.h"
 #include "oauth2log.h"
+#include "refusedtoken.h"
 #include "tavupaths.h"
 
 namespace player {
@@ -15,6 +16,10 @@ OAuth2Service::OAuth2Service(const QString& stateFolder, Clock* clock, QObject* 
     CMRoot()->addService(TavuOAuth2AddServicePath(), this,
         [this](const QVariant& argument, const CMReply<QVariant>& reply) {
             addService(argument, reply);
+        });
+    CMRoot()->addService(httpclient::refusedTokenPath(), this,
+        [this](const QVariant& argument, const CMReply<QVariant>& reply) {
+            tokenRefused(argument, reply);
         });
 }
 
@@ -36,6 +41,13 @@ void OAuth2Service::addService(const QVariant& argument, const CMReply<QVariant>
     serve(name, TavuOAuth2StartLoginSubPath(), &OAuth2Service::startLogin);
     serve(name, TavuOAuth2RefreshTokenSubPath(), &OAuth2Service::refreshToken);
     serve(name, TavuOAuth2LogoutSubPath(), &OAuth2Service::logout);
+    reply.setValue(QVariant());
+}
+
+void OAuth2Service::tokenRefused(const QVariant& token, const CMReply<QVariant>& reply)
+{
+    for (const auto& [name, account] : m_accounts)
+        account->tokenRefused(token.toString());
     reply.setValue(QVariant());
 }
 

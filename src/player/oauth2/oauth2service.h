@@ -47,6 +47,7 @@ private:
     using Call = void (OAuth2Service::*)(OAuth2Account&, const QVariant&, const CMReply<QVariant>&);
 
     void addService(const QVariant& argument, const CMReply<QVariant>& reply);
+    void tokenRefused(const QVariant& token, const CMReply<QVariant>& reply);
     void serve(const QString& name, const QString& subpath, Call call);
     void startLogin(
         OAuth2Account& account, const QVariant& argument, const CMReply<QVariant>& reply);

@@ -2,6 +2,7 @@
 #include "logcapture.h"
 #include "oauth2fixture.h"
 #include "redactor.h"
+#include "refusedtoken.h"
 
 using Server = AuthorizationServer;
 
@@ -16,6 +17,23 @@ protected:
     bool waitForPolls(int polls)
     {
         return waitUntil([&] { return server.polls() == polls; });
+    }
+    /// As the HTTP client tells of it, before whoever was refused asks for another token.
+    static void refuse(const char* token)
+    {
+        const auto reply = CMReply<QVariant>::create();
+        CMRoot()->invoke(httpclient::refusedTokenPath(), text(token), reply);
+        expectValue(reply);
+    }
+    /// Renewed so long ago that a refusal counts.
+    void renewTo(const char* access, const char* refresh)
+    {
+        server.token = Server::tokens(access, refresh);
+        clock.advance(2000);
+        expectValue(this->refresh());
+        clock.advance(2000);
+        EXPECT_EQ(accessToken(), text(access));
+        published.clear();
     }
     QString shownRefreshToken() const
     {
@@ -105,6 +123,82 @@ TEST_F(TokenRenewal, WhoWasRefusedWithTheTokenBeforeIsGivenTheNewOne)
     advance(1);
     expectValue(refresh());
     EXPECT_EQ(server.polls(), asked + 1);
+}
+
+TEST_F(TokenRenewal, RefusalOfTheTokenBeforeRenewsNothingHoweverLateItComes)
+{
+    signIn("access-1", "refresh-1");
+    renewTo("access-2", "refresh-2");
+    const int asked = server.polls();
+    for (int late = 1; late <= 2; ++late) {
+        clock.advance(20000);
+        refuse("access-1");
+        expectValue(refresh());
+        EXPECT_EQ(published, QStringList({ text("token access-2") })) << late;
+        published.clear();
+    }
+    EXPECT_EQ(server.polls(), asked);
+}
+
+TEST_F(TokenRenewal, RefusalOfATokenFromBeforeTheLoginRenewsNothing)
+{
+    signIn("access-1", "refresh-1");
+    logout();
+    signIn("access-2", "refresh-2");
+    const int asked = server.polls();
+    refuse("access-1");
+    expectValue(refresh());
+    EXPECT_EQ(accessToken(), text("access-2"));
+    EXPECT_EQ(server.polls(), asked);
+}
+
+TEST_F(TokenRenewal, RefusalOfThePresentTokenRenewsItWhateverElseIsRefused)
+{
+    signIn("access-1", "refresh-1");
+    renewTo("access-2", "refresh-2");
+    refuse("access-2");
+    refuse("access-1");
+    server.token = Server::tokens("access-3", "refresh-3");
+    expectValue(refresh());
+    EXPECT_EQ(accessToken(), text("access-3"));
+}
+
+TEST_F(TokenRenewal, RefusalAnswersOneWishAndNoFurtherOne)
+{
+    signIn("access-1", "refresh-1");
+    renewTo("access-2", "refresh-2");
+    refuse("access-1");
+    refuse("somebody else's");
+    expectValue(refresh());
+    EXPECT_EQ(accessToken(), text("access-2"));
+    server.token = Server::tokens("access-3", "refresh-3");
+    refuse("somebody else's");
+    expectValue(refresh());
+    EXPECT_EQ(accessToken(), text("access-3"));
+}
+
+TEST_F(TokenRenewal, RefusalOfTheTokenBeforeIsNoReasonToGiveOutAnExpiredOne)
+{
+    signIn("access-1", "refresh-1");
+    server.token = Server::tokens("access-2", "refresh-2", 1);
+    expectValue(refresh());
+    server.token = Server::silent();
+    advance(3000);
+    refuse("access-1");
+    published.clear();
+    expectPending(refresh());
+    EXPECT_EQ(published, QStringList());
+}
+
+TEST_F(TokenRenewal, TokenThatComesBackIsThePresentOne)
+{
+    signIn("access-1", "refresh-1");
+    renewTo("access-2", "refresh-2");
+    renewTo("access-1", "refresh-3");
+    refuse("access-1");
+    server.token = Server::tokens("access-4", "refresh-4");
+    expectValue(refresh());
+    EXPECT_EQ(accessToken(), text("access-4"));
 }
 
 TEST_F(TokenRenewal, TokenThatHasExpiredMeanwhileIsGivenToNobody)
