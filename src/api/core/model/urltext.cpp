@@ -149,14 +149,57 @@ bool beginsLikeScheme(View text)
         || (text.front() >= u'A' && text.front() <= u'Z');
 }
 
-/// Where the first character of the kind stands, or the end of `text`.
-std::size_t findFirst(View text, Kind kind)
+/// Reads a text from its front. Bare pointers: each field of each row of a page is read so.
+class Reader
 {
-    std::size_t place = 0;
-    while (place < text.size() && !is(text[place], kind))
-        ++place;
-    return place;
-}
+public:
+    explicit Reader(View text)
+        : m_at(text.data())
+        , m_end(text.data() + text.size())
+    {
+    }
+
+    View rest() const { return upTo(m_end); }
+    bool isAt(char16_t c) const { return m_at != m_end && *m_at == c; }
+    void skip(std::size_t count) { m_at += count; }
+
+    /// Up to the first character of the kind, or all.
+    View before(Kind kind) const
+    {
+        const char16_t* place = m_at;
+        while (place != m_end && !is(*place, kind))
+            ++place;
+        return upTo(place);
+    }
+
+    View take(View part)
+    {
+        m_at += part.size();
+        return part;
+    }
+
+    /// Cuts off the part up to the first character that ends it. `bare` becomes false when it has a
+    /// character that does not stand bare in it.
+    View takePart(Kind bareInIt, Kind end, bool* bare)
+    {
+        const char16_t* place = m_at;
+        while (place != m_end && is(*place, bareInIt))
+            ++place;
+        if (place == m_end || is(*place, end))
+            return take(upTo(place));
+        *bare = false;
+        return take(before(end));
+    }
+
+private:
+    View upTo(const char16_t* place) const
+    {
+        return { m_at, static_cast<std::size_t>(place - m_at) };
+    }
+
+    const char16_t* m_at;
+    const char16_t* m_end;
+};
 
 /// Cuts what stands before `end` off the front of `text`.
 View take(View* text, std::size_t end)
@@ -164,20 +207,6 @@ View take(View* text, std::size_t end)
     const View part = text->substr(0, end);
     text->remove_prefix(part.size());
     return part;
-}
-
-/// Cuts off the part up to the first character that ends it. `bare` becomes false when it has a
-/// character that does not stand bare in it.
-View takePart(View* text, Kind bareInIt, Kind end, bool* bare)
-{
-    std::size_t length = 0;
-    while (length < text->size() && is((*text)[length], bareInIt))
-        ++length;
-    if (length < text->size() && !is((*text)[length], end)) {
-        *bare = false;
-        length += findFirst(text->substr(length), end);
-    }
-    return take(text, length);
 }
 
 /// Where it is: scheme and host. `colon`: one stands in the first segment.
@@ -286,25 +315,26 @@ QString withoutDotsInPath(const QString& text)
 Parts split(View url, bool* plain)
 {
     Parts parts;
+    Reader reader(url);
     bool bare = true;
-    const std::size_t mark = findFirst(url, endsScheme);
-    const bool colon = mark < url.size() && url[mark] == u':';
-    if (colon && mark > 0 && beginsLikeScheme(url)) {
-        parts.scheme = take(&url, mark);
-        url.remove_prefix(1);
+    const View mayBeScheme = reader.before(endsScheme);
+    const bool colon = mayBeScheme.size() < url.size() && url[mayBeScheme.size()] == u':';
+    if (colon && !mayBeScheme.empty() && beginsLikeScheme(url)) {
+        parts.scheme = reader.take(mayBeScheme);
+        reader.skip(1);
     }
-    if (url.substr(0, 2) == u"//") {
-        url.remove_prefix(2);
-        parts.authority = take(&url, findFirst(url, endsAuthority));
+    if (reader.rest().substr(0, 2) == u"//") {
+        reader.skip(2);
+        parts.authority = reader.take(reader.before(endsAuthority));
     }
-    parts.path = takePart(&url, inPath, endsPath, &bare);
-    if (!url.empty() && url.front() == u'?') {
-        url.remove_prefix(1);
-        parts.query = takePart(&url, inQuery, endsQuery, &bare);
+    parts.path = reader.takePart(inPath, endsPath, &bare);
+    if (reader.isAt(u'?')) {
+        reader.skip(1);
+        parts.query = reader.takePart(inQuery, endsQuery, &bare);
     }
-    if (!url.empty()) {
-        url.remove_prefix(1);
-        parts.fragment = takePart(&url, inQuery, none, &bare);
+    if (!reader.rest().empty()) {
+        reader.skip(1);
+        parts.fragment = reader.takePart(inQuery, none, &bare);
     }
     if (plain)
         *plain = isPlainPlace(parts, colon) && (bare || isPlainRest(parts));
