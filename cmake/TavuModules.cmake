@@ -9,6 +9,8 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# A library's calls of its own functions are its own, and calls of others go there directly.
+string(APPEND CMAKE_CXX_FLAGS_RELEASE " -fno-semantic-interposition -fno-plt")
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib:$ORIGIN/../lib/${CMAKE_LIBRARY_ARCHITECTURE}:$ORIGIN/../..:$ORIGIN")
 
 include(GNUInstallDirs)
