@@ -387,12 +387,19 @@ TEST_F(CbAmazonMusicTest, HoldsRequestsForAUserWhoHasSignedInBefore)
 TEST_F(CbAmazonMusicTest, StopsPlaybackOnceWhenTheUserSignsOut)
 {
     signIn();
+    const LogCapture log;
+    const auto clears = [&] {
+        return log.count(trace, QStringLiteral("Enter void AmazonMusicConnect::clearCache()"));
+    };
     tellLoggedIn(false);
     EXPECT_EQ(stops(), 1);
+    EXPECT_EQ(clears(), 1);
     tellLoggedIn(false);
     EXPECT_EQ(stops(), 1);
+    EXPECT_EQ(clears(), 1);
     tellLoggedIn(true);
     EXPECT_EQ(stops(), 1);
+    EXPECT_EQ(clears(), 2);
 }
 
 TEST_F(CbAmazonMusicTest, ForgetsKeptAnswersWhenTheLoginChanges)
