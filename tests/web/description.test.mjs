@@ -144,6 +144,7 @@ it('tells of each event', async () => {
     );
   });
   description.told.add('getEvents');
+  await eventually('the stream has begun', () => seen.has('snapshot'));
   const album = await walk(sampleTrails.album);
   await post('/play', { ref: album.ref });
   await playing();

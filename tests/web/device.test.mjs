@@ -73,7 +73,9 @@ describe('the lock screen', () => {
       await person.waitFor(() => mock.state.state === 2);
       await press(page, 'nexttrack');
       await person.waitFor(async () => (await session()).title !== 'Ferry Road');
-      await press(page, 'seekto', { seekTime: 0 });
+      await press(page, 'pause'); // since "previous" begins a track anew that is well under way
+      await person.waitFor(() => mock.state.state === 3);
+      await person.sends('player/seek', () => press(page, 'seekto', { seekTime: 0 }));
       await press(page, 'previoustrack');
       await person.waitFor(async () => (await session()).title === 'Ferry Road');
       await press(page, 'stop');

@@ -16,10 +16,13 @@ describe('the player', () => {
       await playAlbum(scene);
       const { mock, person } = scene;
       const repeat = person.now.getByRole('button', { name: /^Repeat/ });
+      const says = (name) =>
+        person.waitFor(async () => (await repeat.getAttribute('aria-label')) === name);
       for (const name of ['Repeat: off', 'Repeat: all tracks', 'Repeat: this track']) {
-        await person.waitFor(async () => (await repeat.getAttribute('aria-label')) === name);
+        await says(name);
         await repeat.click();
       }
+      await says('Repeat: off');
       const shuffle = person.now.getByRole('button', { name: 'Shuffle' });
       await shuffle.click();
       await person.waitFor(async () => (await shuffle.getAttribute('aria-pressed')) === 'true');
@@ -67,13 +70,14 @@ describe('the player', () => {
   it('rates the track and shows what the service says to it', () =>
     visit({}, async (scene) => {
       await playAlbum(scene);
-      const { page, person } = scene;
+      const { mock, page, person } = scene;
       const up = person.now.getByRole('button', { name: 'Thumbs up' });
       await up.click();
       await page.locator('.toast').getByText('Thanks. We will play more like this.').waitFor();
       await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'true');
       await person.now.getByRole('button', { name: 'Next track' }).click();
       await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'false');
+      mock.state.moveTo(0, 3); // held there: "previous" begins a track anew that is well under way
       await person.now.getByRole('button', { name: 'Previous track' }).click();
       await person.waitFor(async () => (await up.getAttribute('aria-pressed')) === 'true');
       await person.now.getByRole('button', { name: 'Thumbs down' }).click();

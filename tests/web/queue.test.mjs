@@ -12,6 +12,7 @@ const record = { title: 'Harbour Lights', type: 1, containerPlayable: true };
 const queueOf = (page) => page.getByRole('region', { name: 'Queue' });
 const from = (page) => queueOf(page).locator('strong').first().textContent();
 const titles = (page) => queueOf(page).locator('.row-title').allTextContents();
+const current = (page) => queueOf(page).locator('[aria-current] .row-title').textContent();
 
 /** Plays the first tracks of a record, one after the other. */
 function playOn(mock, tracks) {
@@ -35,9 +36,8 @@ for (const wide of [false, true]) {
         await next.waitFor();
         await assertAccessible(page, 'queue');
         await picture(page, `view-queue-${wide ? 'wide' : 'narrow'}`);
-        await next.click();
-        await person.waitFor(() => mock.state.track.title === 'Letters Home');
-        await person.waitFor(async () => (await titles(page)).at(-1) === 'Letters Home');
+        await person.brings(() => next.click(), () => mock.state.track.title === 'Letters Home');
+        await person.waitFor(async () => (await current(page)) === 'Letters Home');
       }));
 
     it('plays again what has played', () =>
@@ -45,9 +45,9 @@ for (const wide of [false, true]) {
         await person.row('Open Albums').waitFor();
         playOn(mock, 3);
         await person.goTo('Queue');
-        await queueOf(page).getByRole('button', { name: /^Play again: First Light/ }).click();
-        await person.waitFor(() => mock.state.track?.title === 'First Light');
-        await person.waitFor(async () => (await titles(page)).at(-1) === 'First Light');
+        const again = queueOf(page).getByRole('button', { name: /^Play again: First Light/ });
+        await person.brings(() => again.click(), () => mock.state.track.title === 'First Light');
+        await person.waitFor(async () => (await current(page)) === 'First Light');
       }));
   });
 }
@@ -149,6 +149,7 @@ describe('the sound', () => {
   it('keeps its place when nothing is known of it', () =>
     visit({}, async ({ mock, person }) => {
       await person.row('Open Albums').waitFor();
+      await person.hasItsLetters();
       const top = () => person.now.getByRole('slider', { name: 'Position' }).boundingBox();
       const before = await top();
       mock.state.play({ kind: 'album', number: 0 }, record);
@@ -227,10 +228,10 @@ describe('a button of the service that is not answered', () => {
       await working.waitFor();
       assert.equal(await working.getAttribute('aria-disabled'), 'true');
       const focused = () => page.evaluate(() => document.activeElement.innerText.trim());
-      assert.equal(await focused(), 'Working…');
+      await person.waitFor(async () => (await focused()) === 'Working…');
       release();
       await dialog.getByRole('alert').getByText('No answer from service').waitFor();
-      assert.equal(await focused(), 'Not now');
+      await person.waitFor(async () => (await focused()) === 'Not now');
     }));
 
   it('leads nobody away who has gone elsewhere meanwhile', () =>

@@ -86,12 +86,16 @@ export async function pauseAndSeek({ person }) {
   await person.waitFor(async () => (await person.position()) > after);
 }
 
-/** At its start and held there, since "previous" begins a track anew that is well under way. */
+/**
+ * At its start and held there, since "previous" begins a track anew that is well under way. The slider
+ * shows the start before the player is there.
+ */
 async function previousFromStart(person) {
   const { now } = person;
   await now.getByRole('button', { name: 'Pause' }).click();
   await now.getByRole('button', { name: 'Play', exact: true }).waitFor();
-  await now.getByRole('slider', { name: 'Position' }).press('Home');
+  const home = () => now.getByRole('slider', { name: 'Position' }).press('Home');
+  if ((await person.position()) > 0) await person.sends('player/seek', home);
   await person.waitFor(async () => (await person.position()) < 1000);
   await now.getByRole('button', { name: 'Previous track' }).click();
 }
@@ -100,11 +104,8 @@ export async function playAlbumAndSkip({ person, page, trails, name }) {
   const title = trails.album.at(-1);
   await person.goTo('Browse');
   await person.heading(title).waitFor();
-  await page
-    .getByRole('main')
-    .getByRole('button', { name: `Play ${title}`, exact: true })
-    .first()
-    .click();
+  const play = page.getByRole('main').getByRole('button', { name: `Play ${title}`, exact: true });
+  await person.sends('play', () => play.first().click());
   await person.goTo('Now playing');
   const next = person.now.getByRole('button', { name: 'Next track' });
   await person.waitFor(async () => (await next.getAttribute('aria-disabled')) !== 'true', startMs);
@@ -140,7 +141,8 @@ export async function followMore({ person, trails }) {
   const more = person.button('See more results');
   await more.waitFor();
   const before = await person.rowCount();
-  await more.focus();
+  // A list that has been scrolled goes on by itself.
+  await more.evaluate((button) => button.focus({ preventScroll: true }));
   await person.page.keyboard.press('Enter');
   await person.waitFor(async () => (await person.rowCount()) > before);
   const focused = () =>

@@ -37,8 +37,13 @@ before(async () => {
   programs = await startPrograms({ autoApprove: true, emulator: ['--unrated-every', '0'] });
   assert.equal((await ctl('login')).code, 0);
   listening = new AbortController();
-  const keep = (name, data) => name === 'message' && events.push(data) && false;
+  let begun = false;
+  const keep = (name, data) => {
+    begun = true;
+    if (name === 'message') events.push(data);
+  };
   readEvents(`${programs.url}/api/v1/events`, keep, listening.signal).catch(() => {});
+  await eventually('the stream of events has begun', () => begun);
   browser = await launch();
   page = await openPage(browser, programs.url);
   person = new Person(page, { wide: true });

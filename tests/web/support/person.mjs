@@ -83,6 +83,25 @@ export class Person {
     return Number(await this.now.getByRole('slider', { name: 'Position' }).inputValue());
   }
 
+  /** Does `work` and waits until the player has answered the command that comes of it. */
+  async sends(command, work) {
+    const isAnswer = (answer) =>
+      answer.request().method() === 'POST' && answer.url().endsWith(`/api/v1/${command}`);
+    await Promise.all([this.page.waitForResponse(isAnswer), work()]);
+  }
+
+  /** Does `work` and waits for what comes of it: that may not hold before, or nothing is waited for. */
+  async brings(work, state) {
+    assert.ok(!(await state()), `already: ${state}`);
+    await work();
+    await this.waitFor(state);
+  }
+
+  /** Until the page has its own letters, which are not as wide and high as those before them. */
+  async hasItsLetters() {
+    await this.page.evaluate(() => document.fonts.ready.then(() => {}));
+  }
+
   /** Waits on a state instead of a time. */
   async waitFor(state, ms = patienceMs) {
     const end = Date.now() + ms;
