@@ -319,6 +319,19 @@ describe('browsing', () => {
       await page.getByText('Nothing found for “zzz <b>”.').waitFor();
     }));
 
+  it('shows what a service says in place of rows, and counts nothing', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open Albums').waitFor();
+      await page.getByRole('searchbox').fill('silence');
+      await page.keyboard.press('Enter');
+      await person.heading('Results for “silence”').waitFor();
+      await page.getByText('Nothing was found for "silence".', { exact: true }).waitFor();
+      const spoken = page.getByText('Results for “silence”, Nothing was found for "silence".');
+      await spoken.waitFor({ state: 'attached' });
+      assert.equal(await page.getByRole('main').locator('.rows').count(), 0);
+      assert.equal((await page.locator('.heading-count').textContent()).trim(), '');
+    }));
+
   it('asks again when the player says that rows have changed', () =>
     visit({}, async ({ mock, person }) => {
       await person.row('Open Albums').waitFor();

@@ -279,7 +279,11 @@ function artistPage(name) {
   return page(name, albums.filter((a) => a.artist === name).map(album));
 }
 
+/** Services may say in a row that there is nothing; this one does it for a word. */
+const saysNothing = 'silence';
+
 function resultsFor(text) {
+  if (text === saysNothing) return page('', [{ title: `Nothing was found for "${text}".` }]);
   const wanted = text.toLowerCase();
   const found = albums
     .filter((a) => `${a.title} ${a.artist}`.toLowerCase().includes(wanted))

@@ -13,6 +13,7 @@ import {
   signOf,
   splitTitle,
   titleOf,
+  wordsOf,
 } from '../../../src/player/web/js/rows.js';
 
 const track = (more) => ({ type: 3, audioType: 1, title: 'Song (00:03:21)', ...more });
@@ -69,6 +70,17 @@ test('a page is a message when it begins with one and only buttons follow', () =
   assert.equal(isMessageScreen([track(), { type: 6 }]), false);
   assert.equal(isMessageScreen([]), false);
   assert.equal(isMessageScreen(undefined), false);
+});
+
+test('a page of one row that leads nowhere says something, and is no list', () => {
+  assert.equal(wordsOf([{ title: 'Nothing was found.' }]), 'Nothing was found.');
+  assert.equal(wordsOf([{ title: 'Folder', type: 1, openable: true }]), '');
+  assert.equal(wordsOf([track({ playable: true })]), '');
+  assert.equal(wordsOf([{ title: 'Message', type: 6 }]), '');
+  assert.equal(wordsOf([{ title: 'One' }, { title: 'Two' }]), '');
+  assert.equal(wordsOf([{ absent: true }]), '');
+  assert.equal(wordsOf([]), '');
+  assert.equal(wordsOf(undefined), '');
 });
 
 test('only the last row can lead to more results', () => {

@@ -85,6 +85,13 @@ export function isMessageScreen(rows) {
   return rows.every((row) => row && screenTypes.has(row.type));
 }
 
+/** What a page says in a single row that leads nowhere, as that nothing was found, or "". */
+export function wordsOf(rows) {
+  const [row] = rows ?? [];
+  const leads = row?.openable || row?.playable || screenTypes.has(row?.type);
+  return rows?.length === 1 && !leads ? titleOf(row) : '';
+}
+
 /** The last row of a page that has another one. */
 export function isSeeMore(row, index, count) {
   return (

@@ -3,7 +3,15 @@ import { useEffect, useLayoutEffect, useRef } from '../../vendor/hooks.js';
 import { useApp, useListing, useStore } from '../context.js';
 import { moveFocus } from '../focus.js';
 import { entriesOf } from '../listing.js';
-import { artistOf, expectedLayout, isMessageScreen, pictureOf, signOf, titleOf } from '../rows.js';
+import {
+  artistOf,
+  expectedLayout,
+  isMessageScreen,
+  pictureOf,
+  signOf,
+  titleOf,
+  wordsOf,
+} from '../rows.js';
 import { scrollerOf, scrollTargetOf } from '../scroller.js';
 import { t } from '../text.js';
 import { Button, Picture } from './controls.js';
@@ -48,7 +56,10 @@ function Trail({ route }) {
   </div>`;
 }
 
+const saidBy = (listing) => wordsOf(entriesOf(listing).map(({ row }) => row));
+
 function countText(listing) {
+  if (saidBy(listing)) return '';
   const entries = entriesOf(listing).length - (listing.moreRow() ? 1 : 0);
   if (listing.moreRow()) return t('browse.countMore', { count: entries });
   return entries === 1 ? t('browse.count.one') : t('browse.count', { count: entries });
@@ -67,7 +78,7 @@ function Heading({ route, listing, heading }) {
     <div class="heading-text">
       <h1 tabindex="-1" ref=${heading}>${title}</h1>
       ${rich && artistOf(row) && html`<p class="heading-by">${artistOf(row)}</p>`}
-      <p class="heading-count">${listing.status === 'ready' ? countText(listing) : '\u00a0'}</p>
+      <p class="heading-count">${(listing.status === 'ready' && countText(listing)) || '\u00a0'}</p>
       ${
         rich &&
         row.playable &&
@@ -102,6 +113,8 @@ function Content({ route, listing, memo, title }) {
     return html`<${Skeletons} layout=${layout} />`;
   }
   if (entriesOf(listing).length === 0) return html`<${Empty} route=${route} />`;
+  const words = saidBy(listing);
+  if (words) return html`<p class="notice">${words}</p>`;
   return html`<${RowList} key=${listing.path} listing=${listing} opened=${route.row}
     label=${title} memo=${memo} />`;
 }
@@ -167,7 +180,8 @@ export function Browse({ route }) {
   useEffect(() => listings.retry(route.path), [keyOf(route)]);
   useEffect(() => {
     if (listing.status !== 'ready' || isMessageScreen(rows)) return;
-    store.dispatch({ type: 'announce', text: `${title}, ${countText(listing)}` });
+    const what = saidBy(listing) || countText(listing);
+    store.dispatch({ type: 'announce', text: `${title}, ${what}` });
   }, [listing.status, listing.path]);
 
   if (listing.status === 'ready' && isMessageScreen(rows)) {
