@@ -53,6 +53,7 @@ jumping('M16 an hour\'s pause outlasts the address: the sound is back at the sam
   assert.ok(after.position - before.position < 500 + took, `${before.position} -> ${after.position}`);
   const renewals = (await house.ledger('instance', since)).filter(({ track }) => track === before.title);
   assert.equal(renewals.length, 1, 'the address is renewed');
+  await house.until(async () => (await house.reports(since)).length > 0, 'the report');
   assert.deepEqual(await house.reports(since), ['START UNPAUSE']);
 }, { plays: true });
 

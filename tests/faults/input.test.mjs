@@ -64,6 +64,21 @@ function another(settings) {
 const limitFiles = (program, bytes) =>
   execFileSync('prlimit', ['--pid', String(program.pid), `--fsize=${bytes}:unlimited`]);
 
+/** What the state folder holds; nothing while a file in it is being written. */
+function wholeFiles() {
+  const names = readdirSync(house.stateFolder).sort();
+  return names.some((name) => /\.[A-Za-z0-9]{6}$/.test(name)) ? null : names;
+}
+
+/** From here on the player can write nothing more, and has written what it had begun to. */
+const fillDisk = () => house.until(() => {
+  if (!wholeFiles()) return null;
+  limitFiles(house.player, 0);
+  const names = wholeFiles();
+  if (!names) limitFiles(house.player, 'unlimited');
+  return names;
+}, 'a moment in which nothing is written');
+
 test('no D-Bus: one line in the log says what is missing, and the music plays', async () => {
   const lines = house.log().split('\n').filter((line) => line.includes('D-Bus'));
   assert.equal(lines.length, 1, lines.join('\n'));
@@ -90,8 +105,8 @@ test('a second player on the same port is refused, and the first goes on', async
 
 test('a full disk is told once, the old files stay whole, and the music goes on', async () => {
   await house.until(() => state().volume === 42 && state().playMode === 4, 'the state to be kept');
-  const before = { tokens: tokens(), files: readdirSync(house.stateFolder).sort() };
-  limitFiles(house.player, 0);
+  const files = await fillDisk();
+  const before = tokens();
   const written = readFileSync(join(house.stateFolder, 'state.json'), 'utf8');
   for (const volume of [41, 40, 42]) await house.command('volume', { volume });
   await house.command('volume', { volume: 39 });
@@ -114,8 +129,8 @@ test('a full disk is told once, the old files stay whole, and the music goes on'
   assert.equal((await messagesFrom('player')).length, 1);
   assert.equal((await messagesFrom('login')).length, 1);
   assert.equal(readFileSync(join(house.stateFolder, 'state.json'), 'utf8'), written);
-  assert.equal(tokens(), before.tokens);
-  assert.deepEqual(readdirSync(house.stateFolder).sort(), before.files);
+  assert.equal(tokens(), before);
+  assert.deepEqual(await house.until(wholeFiles, 'a moment in which nothing is written'), files);
 
   limitFiles(house.player, 'unlimited');
   await house.command('volume', { volume: 43 });
@@ -127,6 +142,7 @@ test('a full disk is told once, the old files stay whole, and the music goes on'
 test('a state folder that has gone is told once, and kept again when it is back', async () => {
   const away = `${house.stateFolder}.away`;
   const before = (await messagesFrom('player')).length;
+  await house.until(wholeFiles, 'a moment in which nothing is written');
   renameSync(house.stateFolder, away);
   await house.command('volume', { volume: 50 });
   const told = await house.until(async () => {
@@ -290,6 +306,6 @@ test('nothing was found amiss in either program', async () => {
   await house.player.stop();
   assert.equal(house.player.findings, '');
   assert.equal(house.emulator.findings, '');
-  for (const name of readdirSync(house.stateFolder)) assert.doesNotMatch(name, /\.[A-Za-z0-9]{6}$/, name);
+  assert.notEqual(wholeFiles(), null, 'nothing half written is left');
   rmSync(house.stateFolder, { recursive: true });
 });

@@ -28,19 +28,19 @@ entry('S30 a start that may be overtaken', async (house) => {
 }, { plays: true });
 
 entry('S30 a track that begins by itself and is refused ends playback, whatever the service offers', async (house) => {
+  const [, { id }] = (await house.emu('GET', 'catalogue')).tracks
+    .filter(({ album }) => album === house.album.title).sort((one, other) => one.place - other.place);
+  await house.fault({
+    kind: 'report', path: `/events/${id}`, effect: 'conflict', brief: 'Elsewhere', label: 'Here', action: 'post',
+    resume: true, uri: '/selections/here',
+  });
+  const since = await house.mark();
   assert.equal((await house.play(house.album)).status, 200);
   const { duration } = await house.waitForState(State.playing);
-  const before = await house.mark();
   await house.command('seek', { position: duration - 3000 });
-  await house.until(async () => (await house.reports(before)).includes('START SEEK'), 'the seek');
-  const since = await house.mark();
-  await house.fault({
-    kind: 'report', effect: 'conflict', brief: 'Elsewhere', label: 'Here', action: 'post', resume: true,
-    uri: '/selections/here',
-  });
   await house.waitForState(State.idle);
   const starts = (await house.reports(since)).filter((report) => report.startsWith('START'));
-  assert.deepEqual(starts, ['START AUTO_NEXT']);
+  assert.deepEqual(starts, ['START CONTAINER_SELECTED', 'START SEEK', 'START AUTO_NEXT']);
   assert.deepEqual(await house.ledger('selection', since), []);
 }, { plays: true });
 
@@ -55,7 +55,8 @@ for (const [title, effect, warnings] of [
     const playing = await house.waitForState(State.playing);
     await house.until(async () => (await house.now()).position > playing.position + 500, 'the sound');
     assert.equal((await house.now()).title, playing.title);
-    const told = [...house.log().slice(start).matchAll(/ WARN .*(User report.*)/g)].map(([, text]) => text);
+    // Those of gaps are left out: a busy machine makes some.
+    const told = [...house.log().slice(start).matchAll(/ WARN .*(User report (?!underrun).*)/g)].map(([, text]) => text);
     assert.deepEqual(told, warnings);
   }, { plays: true });
 }

@@ -4,7 +4,7 @@ import { execFileSync, spawn } from 'node:child_process';
 import { readFileSync, readdirSync, readlinkSync, writeFileSync } from 'node:fs';
 
 const startMs = 90000; // the emulator may have to make its albums first
-const endMs = 10000;
+const endMs = 30000;
 
 /** What both sanitizers begin their reports with. */
 const finding = /(ERROR: \w+Sanitizer|runtime error:|WARNING: ThreadSanitizer)[^\n]*/;
