@@ -179,6 +179,7 @@ TEST_F(HttpClientTls, HandshakeThatStallsEndsWithTheConnectLimit)
     const TavuUrl url =
         TavuUrl::fromEncoded("https://127.0.0.1:" + QByteArray::number(server.serverPort()) + '/');
     expectFailure(get(url), HttpClientStatus::Timeout);
+    EXPECT_TRUE(waitUntil([&] { return server.connections() > 0; }));
     EXPECT_EQ(server.connections(), 1);
 }
 

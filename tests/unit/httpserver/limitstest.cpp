@@ -197,16 +197,16 @@ TEST_F(LimitsOf, TimeCloseAnIdleConnection)
 {
     limits.idleTimeoutMs = 150;
     RawPeer peer(port());
-    EXPECT_EQ(peer.ask("GET", "/a").body, "A");
     QElapsedTimer clock;
-    clock.start();
+    clock.start(); // It begins with the answer, which this end may see later than the timer does.
+    EXPECT_EQ(peer.ask("GET", "/a").body, "A");
     EXPECT_TRUE(peer.waitForEnd());
-    EXPECT_GE(clock.elapsed(), 100);
+    EXPECT_GE(clock.elapsed(), 140);
 }
 
 TEST_F(LimitsOf, TimeDoNotCountWhileAnAnswerIsAwaited)
 {
-    limits.headTimeoutMs = limits.bodyTimeoutMs = limits.idleTimeoutMs = 50;
+    limits.headTimeoutMs = limits.bodyTimeoutMs = limits.idleTimeoutMs = 500;
     std::unique_ptr<Responder> waiting;
     add("GET", "/wait", [&](const Request&, const Responder& responder) {
         waiting = std::make_unique<Responder>(responder);
@@ -214,7 +214,7 @@ TEST_F(LimitsOf, TimeDoNotCountWhileAnAnswerIsAwaited)
     RawPeer peer(port());
     peer.request("GET", "/wait");
     ASSERT_TRUE(waitUntil([&] { return waiting != nullptr; }));
-    waitUntil([&] { return !peer.connected(); }, 300);
+    waitUntil([&] { return !peer.connected(); }, 1000);
     waiting->send(Response::text(200, "at last"));
     EXPECT_EQ(peer.answer().body, "at last");
 }
