@@ -20,7 +20,7 @@ log4cplus::Logger& logger()
 }
 
 constexpr guint64 decodedAheadNs = 2 * GST_SECOND;
-// An end that nobody confirmed is too early when so much of the item is missing.
+// An end is too early when more than that is missing of the item.
 constexpr qint64 missingAtMostMs = 2000;
 // Taken where neither size nor duration tell: 320 kbit/s.
 constexpr double usualBytesPerMs = 40.0;
@@ -199,9 +199,12 @@ bool Branch::isCutOff() const
     const HttpStream::Progress progress = m_stream->progress();
     if (progress.failure.isSet())
         return true;
-    const qint64 durationMs = m_stream->durationMs();
-    return !progress.endConfirmed && durationMs > 0
-        && m_end / GST_MSECOND + missingAtMostMs < durationMs;
+    // A description alone may be wrong, and is not believed against an end that was confirmed. What
+    // the stream's own head agrees with is: then the file itself was cut short.
+    const qint64 described = m_stream->durationMs();
+    const qint64 expected =
+        progress.endConfirmed ? std::min(described, streamDurationMs()) : described;
+    return expected > 0 && m_end / GST_MSECOND + missingAtMostMs < expected;
 }
 
 void Branch::linkDecoded(GstPad* pad)
@@ -276,14 +279,28 @@ void Branch::namePart(GstPadProbeInfo* info) const
     info->data = named;
 }
 
+/// Nothing need come after a seek to the end.
+void Branch::takeSegment(GstEvent* event)
+{
+    const GstSegment* segment = nullptr;
+    gst_event_parse_segment(event, &segment);
+    if (segment->format == GST_FORMAT_TIME)
+        m_end = std::max<qint64>(m_end, static_cast<qint64>(segment->start));
+}
+
 GstPadProbeReturn Branch::eventPassed(GstPadProbeInfo* info)
 {
     switch (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info))) {
     case GST_EVENT_STREAM_START:
         namePart(info);
         break;
+    case GST_EVENT_SEGMENT:
+        takeSegment(GST_PAD_PROBE_INFO_EVENT(info));
+        break;
     case GST_EVENT_FLUSH_START:
     case GST_EVENT_FLUSH_STOP:
+        if (m_seeking)
+            m_end = 0;
         // A demuxer that looks about in its stream must not empty a sink that plays another item.
         return m_seeking ? GST_PAD_PROBE_OK : GST_PAD_PROBE_DROP;
     case GST_EVENT_EOS:

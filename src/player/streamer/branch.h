@@ -67,6 +67,7 @@ private:
     void takeMissing(GstMessage* message);
     StreamFailure missing() const;
     void namePart(GstPadProbeInfo* info) const;
+    void takeSegment(GstEvent* event);
     GstPadProbeReturn eventPassed(GstPadProbeInfo* info);
     GstPadProbeReturn bufferPassed(GstBuffer* buffer);
 

@@ -338,6 +338,35 @@ TEST_F(StreamerFault, recognisesAChunkedStreamThatEndsTooEarly)
     EXPECT_GT(captured().size(), longer.samples.size() / 3);
 }
 
+TEST_F(StreamerFault, recognisesAFileThatWasCutShort)
+{
+    const Sound longer = Sound::melody(6000, 1);
+    const QByteArray file = flac(longer);
+    server.add(QStringLiteral("/a.flac"), file.left(file.size() / 2));
+    EXPECT_EQ(failureOf(roles(QStringLiteral("/a.flac"), 6000)),
+        QStringLiteral("Cannot play \"Song /a.flac\". The stream at 127.0.0.1 ended too early. "
+                       "Please try again later."));
+    EXPECT_TRUE(longer.samples.startsWith(captured()));
+    EXPECT_GT(captured().size(), longer.samples.size() / 3);
+    playsAnother();
+}
+
+// Either may be wrong; an excerpt keeps the head of the whole.
+TEST_F(StreamerFault, doesNotMissWhatOnlyTheDescriptionOrOnlyTheFileSpeaksOf)
+{
+    server.add(QStringLiteral("/a.flac"), flac(song));
+    const QByteArray file = flac(Sound::melody(6000, 1));
+    server.add(QStringLiteral("/b.flac"), file.left(file.size() / 2));
+    const QVector<TavuRoles> items{ roles(QStringLiteral("/a.flac"), 30000),
+        roles(QStringLiteral("/b.flac"), 3000) };
+    for (int id = 1; id <= 2; ++id) {
+        streamer().play(quint64(id), items[id - 1], {});
+        streamer().setNoNextMedia();
+        EXPECT_TRUE(ear().hears(QStringLiteral("ended"), quint64(id)));
+        EXPECT_EQ(ear().count(QStringLiteral("failed"), quint64(id)), 0);
+    }
+}
+
 TEST_F(StreamerFault, resumesAChunkedStreamThatEndsTooEarlyWhereTheServerCan)
 {
     server.setHandler(QStringLiteral("/a.flac"),
