@@ -31,6 +31,40 @@ describe('the player', () => {
       assert.equal(await repeat.count(), 0);
     }));
 
+  it('loses no press on the modes, however quickly they follow each other', () =>
+    visit({}, async (scene) => {
+      await playAlbum(scene);
+      const { mock, person } = scene;
+      const repeat = person.now.getByRole('button', { name: /^Repeat/ });
+      const shuffle = person.now.getByRole('button', { name: 'Shuffle' });
+      const release = mock.hold();
+      await repeat.click();
+      await shuffle.click();
+      release();
+      await person.waitFor(() => mock.state.mode === 5); // all tracks, shuffled
+      await person.now.getByRole('button', { name: 'Repeat: all tracks' }).waitFor();
+      await person.waitFor(async () => (await shuffle.getAttribute('aria-pressed')) === 'true');
+    }));
+
+  it('keeps the volume where the hand has put it until the player has answered', () =>
+    visit({}, async (scene) => {
+      await playAlbum(scene);
+      const { mock, page, person } = scene;
+      const volume = person.now.getByRole('slider', { name: 'Volume' });
+      const release = mock.hold();
+      await volume.fill('20');
+      mock.state.addMessage('info', 'Meanwhile', '');
+      mock.state.told(); // with the volume from before the hand
+      mock.state.addMessage('info', 'That came through', '');
+      await page.locator('.toast').getByText('That came through').waitFor();
+      assert.equal(await volume.inputValue(), '20');
+      release();
+      await person.waitFor(() => mock.state.volume === 20);
+      mock.state.volume = 70;
+      mock.state.told();
+      await person.waitFor(async () => (await volume.inputValue()) === '70');
+    }));
+
   it('seeks by hand and by keys, and does not jump back meanwhile', () =>
     visit({}, async (scene) => {
       await playAlbum(scene);

@@ -65,6 +65,12 @@ describe('signing in', () => {
 
   it('asks for the access code of a player elsewhere, and keeps it out of the address', () =>
     visit({ token: 'secret' }, async ({ mock, page, person }) => {
+      await page.addInitScript(() => {
+        window.read = [];
+        const note = () => window.read.push(document.querySelector('h1')?.textContent);
+        new MutationObserver(note).observe(document, { childList: true, subtree: true });
+      });
+      await page.reload();
       const field = page.getByRole('textbox', { name: 'Access code' });
       await field.fill('wrong');
       await person.button('Connect').click();
@@ -72,6 +78,8 @@ describe('signing in', () => {
       await field.fill('secret');
       await person.button('Connect').click();
       await person.row('Open Albums').waitFor();
+      const outOfReach = await page.evaluate(() => window.read.filter((text) => /reach/.test(text)));
+      assert.deepEqual(outOfReach, [], 'it always was in reach');
       await page.goto(`${mock.url}/?token=secret`);
       await person.row('Open Albums').waitFor();
       assert.doesNotMatch(page.url(), /secret/);
@@ -224,6 +232,23 @@ describe('browsing', () => {
       await person.row('Open Tallgrass').waitFor();
       await page.keyboard.type('c');
       assert.equal(await page.getByRole('searchbox').inputValue(), 'abc');
+    }));
+
+  it('loses no letter of a search, however soon that is typed after a press', () =>
+    visit({}, async ({ page, person }) => {
+      await person.row('Open Albums').waitFor();
+      const typed = await page.evaluate(async () => {
+        document.querySelector('[aria-label="Open Albums"]').click();
+        for (let i = 0; i < 10; i += 1) await Promise.resolve(); // the page shows the albums by now
+        const field = document.getElementById('search');
+        field.value = 'a';
+        field.dispatchEvent(new InputEvent('input', { bubbles: true }));
+        await new Promise((done) => {
+          setTimeout(done, 300);
+        });
+        return field.value;
+      });
+      assert.equal(typed, 'a');
     }));
 
   it('shows a list seen before at once', () =>

@@ -45,6 +45,22 @@ test('a list asks for its first fifty rows and knows where the others will be', 
   assert.equal(entries[50].row, null);
 });
 
+test('a list that is asked for anew shows the newer answer, whichever comes last', async () => {
+  const answers = [];
+  const listing = createListing('/a', {
+    rows: () =>
+      new Promise((done) => {
+        answers.push((rows) => done({ rows, from: 0, count: rows.length }));
+      }),
+  });
+  const loads = [listing.load(), listing.load()];
+  answers[1](tracks(2));
+  await settled();
+  answers[0](tracks(1));
+  await Promise.all(loads);
+  assert.equal(entriesOf(listing).length, 2);
+});
+
 test('a row that comes near brings its window, once', async () => {
   const api = fakeApi({ '/a': tracks(120) });
   const listing = createListing('/a', api);

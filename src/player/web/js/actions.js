@@ -37,7 +37,7 @@ export function createActions({ api, store, listings, router, now = () => perfor
   return {
     ...createNavigation({ router, listings, notices }),
     ...createRowActions({ api, dispatch, notices, now }),
-    ...createCommands({ api, dispatch, notices }),
+    ...createCommands({ api, store, dispatch, notices }),
     toast,
     showScreen,
     showProblem,

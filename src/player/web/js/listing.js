@@ -56,15 +56,17 @@ export function createListing(path, api, onChange = () => {}) {
     onChange();
   };
   const moreRow = () => moreRowOf(listing.pages);
+  let asked = null;
 
+  /** Asks anew; an answer to a question of before is of no more use, whenever it comes. */
   async function load() {
     const page = newPage(path);
-    become(
-      await fetchWindow(api, page, 0).then(
-        ({ parent = {} }) => ({ status: 'ready', error: null, parent, pages: [page] }),
-        (error) => ({ status: 'failed', error }),
-      ),
+    asked = page;
+    const outcome = await fetchWindow(api, page, 0).then(
+      ({ parent = {} }) => ({ status: 'ready', error: null, parent, pages: [page] }),
+      (error) => ({ status: 'failed', error }),
     );
+    if (asked === page) become(outcome);
   }
 
   /** Fetches the window around a row that comes into view; a failed one only when told `again`. */

@@ -50,10 +50,14 @@ function onEvent(name, data) {
   else if (returned) listings.retry(router.current.path);
 }
 
-/** The stream tells that it was lost, but not why; an answer to a request tells a refusal. */
-function onLost() {
-  connection('lost');
-  api.state().catch(() => {});
+/**
+ * The stream tells that it was lost, but not why; an answer to a request tells a refusal. At first
+ * that is waited for: nobody who has to give an access code first reads of a player out of reach.
+ */
+async function onLost() {
+  if (store.state.login) connection('lost');
+  await api.state().catch(() => {});
+  if (store.state.connection === 'connecting') connection('lost');
 }
 
 const events = connectEvents({

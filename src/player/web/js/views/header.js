@@ -1,5 +1,5 @@
 import { html } from '../html.js';
-import { useEffect, useRef, useState } from '../../vendor/hooks.js';
+import { useLayoutEffect, useRef, useState } from '../../vendor/hooks.js';
 import { useApp, useListing, useStore } from '../context.js';
 import { t } from '../text.js';
 import { Icon, Mark } from './icons.js';
@@ -8,7 +8,8 @@ function Search({ route, title }) {
   const { actions } = useApp();
   const [text, setText] = useState(route.text);
   const [working, setWorking] = useState(false);
-  useEffect(() => setText(route.text), [route.text, route.path]);
+  // Before the next key is read, which must not be lost.
+  useLayoutEffect(() => setText(route.text), [route.text, route.path]);
   const submit = async (event) => {
     event.preventDefault();
     setWorking(true);

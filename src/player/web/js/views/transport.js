@@ -15,19 +15,34 @@ import { Button, Slider } from './controls.js';
 
 const keySteps = { ArrowLeft: -5000, ArrowDown: -5000, ArrowRight: 5000, ArrowUp: 5000 }; // ms
 
-/** A slider that follows the player, except while a hand is on it and until the player answers. */
+/**
+ * A slider that follows the player, except while a hand is on it and until the player has answered
+ * and told of it: what it told before that is from before the hand.
+ */
 function useHeld(followed) {
   const [held, setHeld] = useState(null);
   const since = useRef(null);
+  const stamp = useRef();
+  const latest = useRef(null);
+  stamp.current = followed.stamp;
   if (held !== null && since.current !== null && since.current !== followed.stamp) {
     since.current = null;
     setHeld(null);
   }
   return {
     value: held ?? followed.value,
-    hold: (value) => setHeld(value),
-    release: () => {
-      since.current = followed.stamp;
+    hold(value) {
+      latest.current = null;
+      since.current = null;
+      setHeld(value);
+    },
+    async release(answer) {
+      const before = stamp.current;
+      latest.current = answer;
+      const done = await answer;
+      if (latest.current !== answer) return;
+      if (done && stamp.current === before) since.current = before;
+      else setHeld(null);
     },
   };
 }
@@ -46,8 +61,7 @@ export function Seek() {
   });
   const commit = (value) => {
     held.hold(value);
-    held.release();
-    actions.seek(value);
+    held.release(actions.seek(value));
   };
   const onKeyDown = (event) => {
     const step = keySteps[event.key];
@@ -127,7 +141,7 @@ function Shuffle() {
   if (!shuffleSupported(supported)) return html`<${EmptyPlace} />`;
   return html`<${Button} kind="round" icon="shuffle" label=${t('player.shuffle')}
     pressed=${modeParts(mode).shuffle}
-    onClick=${() => actions.setMode(toggledShuffle(mode, supported))} />`;
+    onClick=${() => actions.setMode((now) => toggledShuffle(now, supported))} />`;
 }
 
 function Repeat() {
@@ -139,7 +153,7 @@ function Repeat() {
   return html`<${Button} kind=${`round ${repeat === 'off' ? '' : 'on'}`}
     icon=${repeat === 'one' ? 'repeatOne' : 'repeat'}
     label=${t('player.repeat', { which: t(`player.repeat.${repeat}`) })}
-    onClick=${() => actions.setMode(nextRepeat(mode, supported))} />`;
+    onClick=${() => actions.setMode((now) => nextRepeat(now, supported))} />`;
 }
 
 /** How far the track is, for the eye only; the slider says it to everybody. */
@@ -155,7 +169,7 @@ export function Volume() {
   const { actions } = useApp();
   const offline = useOffline();
   const player = useStore((s) => s.player);
-  const held = useHeld({ value: player?.volume ?? 0, stamp: player });
+  const held = useHeld({ value: player?.volume ?? 0, stamp: player?.volume });
   if (player?.volume === undefined || player.volume === null) return null;
   const muted = Boolean(player.mute);
   return html`<div class="volume">
@@ -165,9 +179,9 @@ export function Volume() {
       text=${t('player.volumeOf', { volume: held.value })} disabled=${offline}
       onInput=${(event) => held.hold(Number(event.currentTarget.value))}
       onChange=${(event) => {
-        held.hold(Number(event.currentTarget.value));
-        held.release();
-        actions.setVolume(Number(event.currentTarget.value));
+        const volume = Number(event.currentTarget.value);
+        held.hold(volume);
+        held.release(actions.setVolume(volume));
       }} />
   </div>`;
 }
