@@ -79,13 +79,14 @@ void sendQueue(const ApiContext& api, const http::Responder& responder)
 void setSleep(const ApiContext& api, const RequestBody& body, const http::Responder& responder)
 {
     constexpr int minutesAtMost = 1440;
+    constexpr int msPerMinute = 60000;
     const auto minutes = body.integer("minutes", 0, minutesAtMost);
     const auto finishTrack = body.flag("finishTrack");
     if (!minutes || (body.has("finishTrack") && !finishTrack))
         return responder.send(problem(400, {},
             QStringLiteral("\"minutes\" is a number, 0 to 1440; \"finishTrack\" is true or "
                            "false.")));
-    api.player.setSleep(int(*minutes), finishTrack.value_or(false));
+    api.player.setSleep(int(*minutes) * msPerMinute, finishTrack.value_or(false));
     responder.send(json({}));
 }
 

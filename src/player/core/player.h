@@ -85,7 +85,7 @@ public:
     void setPlayMode(int mode) override;
     void setVolume(int volume) override;
     void setMuted(bool muted) override;
-    void setSleep(int minutes, bool finishTrack) override;
+    void setSleep(int ms, bool finishTrack) override;
     QVariantHash player() const override;
     QVariantHash queue() const override { return m_history.queue(); }
     QVariantList outputs() const override;

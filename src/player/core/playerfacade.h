@@ -68,9 +68,9 @@ public:
     virtual void setVolume(int volume) = 0;
     virtual void setMuted(bool muted) = 0;
 
-    /// Lets the sound fade away and playback pause after so many minutes, 1 to 1440, or when the
-    /// track ends that plays then; 0 minutes call that off.
-    virtual void setSleep(int minutes, bool finishTrack) = 0;
+    /// Lets the sound fade away and playback pause after so many milliseconds, at most a day, or
+    /// when the track ends that plays then; 0 calls that off.
+    virtual void setSleep(int ms, bool finishTrack) = 0;
 
     /// "state" (0 idle, 1 buffering, 2 playing, 3 paused), "position" (ms, at the time "at", ms
     /// since the epoch), "duration" (ms), "title", "artist", "album", "artwork" (URL or empty),

@@ -14,11 +14,10 @@ SleepTimer::Hands Player::sleepHands()
         [this] { return remaining(); } };
 }
 
-void Player::setSleep(int minutes, bool finishTrack)
+void Player::setSleep(int ms, bool finishTrack)
 {
-    constexpr qint64 msPerMinute = 60000;
-    if (minutes > 0)
-        m_sleep.start(minutes * msPerMinute, finishTrack);
+    if (ms > 0)
+        m_sleep.start(ms, finishTrack);
     else
         m_sleep.cancel();
 }

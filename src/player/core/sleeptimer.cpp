@@ -80,12 +80,13 @@ void SleepTimer::tick()
 {
     const bool finishing = m_stage == Stage::Finishing;
     const qint64 left = finishing ? m_hands.remaining() : m_pace.fade - m_fading.elapsed();
-    const bool startedAgain = finishing && m_part < nearlySilent && left > m_pace.fade;
+    const double part = double(left) / double(m_pace.fade);
+    const bool startedAgain = finishing && m_part < nearlySilent && part > m_part + nearlySilent;
     if (startedAgain || (!finishing && left <= 0))
         return pause();
     // Of a track whose end is not known the change to the next one tells.
     if (left >= 0)
-        fadeTo(std::clamp(double(left) / double(m_pace.fade), 0.0, 1.0));
+        fadeTo(std::clamp(part, 0.0, 1.0));
 }
 
 void SleepTimer::follow(const TavuPlayLogicData& shown)

@@ -618,8 +618,8 @@ TEST_F(Ctl, SetsTheSleepTimerAndCallsItOff)
     EXPECT_EQ(run({ text("sleep"), text("45"), text("finish") }), 0) << err.toStdString();
     EXPECT_EQ(run({ text("sleep"), text("off") }), 0) << err.toStdString();
     EXPECT_EQ(player.told(),
-        QStringList(
-            { text("setSleep[30,false]"), text("setSleep[45,true]"), text("setSleep[0,false]") }));
+        QStringList({ text("setSleep[1800000,false]"), text("setSleep[2700000,true]"),
+            text("setSleep[0,false]") }));
     EXPECT_EQ(run({ text("sleep"), text("2000") }), 1);
     for (const char* wrong : { "0", "soon", "1.5" })
         EXPECT_EQ(run({ text("sleep"), text(wrong) }), 2) << wrong;

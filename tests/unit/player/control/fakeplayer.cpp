@@ -89,9 +89,9 @@ void FakePlayer::setMuted(bool muted)
     note(QStringLiteral("setMuted"), { muted });
 }
 
-void FakePlayer::setSleep(int minutes, bool finishTrack)
+void FakePlayer::setSleep(int ms, bool finishTrack)
 {
-    note(QStringLiteral("setSleep"), { minutes, finishTrack });
+    note(QStringLiteral("setSleep"), { ms, finishTrack });
 }
 
 bool FakePlayer::selectOutput(const QString& id)

@@ -29,7 +29,7 @@ public:
     void setPlayMode(int mode) override;
     void setVolume(int volume) override;
     void setMuted(bool muted) override;
-    void setSleep(int minutes, bool finishTrack) override;
+    void setSleep(int ms, bool finishTrack) override;
     QVariantHash player() const override { return m_player; }
     QVariantHash queue() const override { return m_queue; }
     QVariantList outputs() const override { return m_outputs; }

@@ -173,7 +173,7 @@ TEST_F(Play, SetsTheSleepTimerAndCallsItOff)
     for (const char* body : { "{}", R"({"minutes": -1})", R"({"minutes": 1441})",
              R"({"minutes": "5"})", R"({"minutes": 5, "finishTrack": 1})" })
         EXPECT_EQ(post("/api/v1/player/sleep", body).status, 400) << body;
-    const QStringList told{ QStringLiteral("setSleep[30,false]"),
-        QStringLiteral("setSleep[1440,true]"), QStringLiteral("setSleep[0,false]") };
+    const QStringList told{ QStringLiteral("setSleep[1800000,false]"),
+        QStringLiteral("setSleep[86400000,true]"), QStringLiteral("setSleep[0,false]") };
     EXPECT_EQ(player.told(), told);
 }

@@ -100,6 +100,27 @@ TEST_F(SleepTimerTest, a_track_that_is_repeated_has_ended_too)
     goToSleep();
 }
 
+TEST_F(SleepTimerTest, so_has_one_that_is_repeated_and_too_short_to_fade_away)
+{
+    show(TavuPlayLogicState::Playing);
+    remaining = fadeMs / 100;
+    timer.start(0, true);
+    ASSERT_TRUE(waitUntil([this] { return !parts.isEmpty(); }));
+    remaining = fadeMs / 2;
+    goToSleep();
+}
+
+TEST_F(SleepTimerTest, a_position_that_is_put_right_is_no_new_start)
+{
+    show(TavuPlayLogicState::Playing);
+    remaining = fadeMs / 100;
+    timer.start(0, true);
+    ASSERT_TRUE(waitUntil([this] { return !parts.isEmpty(); }));
+    remaining = fadeMs / 20;
+    ASSERT_TRUE(waitUntil([this] { return parts.last() > 0.04; }));
+    EXPECT_EQ(pauses, 0);
+}
+
 TEST_F(SleepTimerTest, a_track_without_a_known_end_is_followed_to_its_change)
 {
     show(TavuPlayLogicState::Playing);
