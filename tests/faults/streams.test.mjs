@@ -157,7 +157,7 @@ entry('M20 no track can be played: one round of them, then it ends', async (hous
 
 entry('M17 the address expires while it plays: it is renewed once, and the track goes on', async (house) => {
   const before = await known(house);
-  await house.fault({ kind: 'chunk', effect: 'expire', in: 1500 }, ...await forFirstTrack(house,
+  await house.fault({ kind: 'chunk', effect: 'expire', in: 2500 }, ...await forFirstTrack(house,
     [audio({ effect: 'cut', after: 60000, bytesPerSecond: 20000, times: 1 })]));
   const since = await house.mark();
   assert.equal((await house.play(house.album)).status, 200);

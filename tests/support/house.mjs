@@ -162,7 +162,7 @@ export class House {
   command(name, body) { return this.ask('POST', `player/${name}`, body); }
 
   /** Waits until the function's value holds; `what` is named when it does not come. */
-  async until(holds, what, ms = 20000) {
+  async until(holds, what, ms = 30000) {
     const end = performance.now() + ms;
     for (;;) {
       const value = await holds();
