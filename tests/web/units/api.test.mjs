@@ -100,6 +100,23 @@ test('a missing access code is reported as such', async () => {
   assert.equal(refused, 1);
 });
 
+test('a refusal of the code before says nothing of the one that holds now', async () => {
+  let code = 'wrong';
+  let refused = 0;
+  const refuseLate = () => {
+    code = 'right';
+    return answer(401, '{"title":"Not allowed"}');
+  };
+  const { api } = setUp(refuseLate, {
+    token: () => code,
+    onRefused: () => {
+      refused += 1;
+    },
+  });
+  await assert.rejects(api.state(), { title: 'Not allowed' });
+  assert.equal(refused, 0);
+});
+
 test('an access code goes into the header, and into addresses that the browser fetches', async () => {
   const { api, sent } = setUp(() => answer(200, '{}'), { token: () => 'a&b' });
   await api.state();

@@ -79,14 +79,15 @@ function createAddresses({ base, token }) {
 
 /**
  * The control API. `onUnreachable` runs when a request did not get to the player at all,
- * `onRefused` when it wants an access code.
+ * `onRefused` when it wants an access code: another one than that which holds now.
  */
 export function createApi({ base = '/api/v1', token = () => '', fetch, onUnreachable, onRefused }) {
   const transfer = createTransfer({ base, token, fetch, onUnreachable });
 
   async function request(method, path, body, timeoutMs = briskMs) {
+    const given = token();
     const response = await transfer(method, path, body, timeoutMs);
-    if (response.status === 401) onRefused?.();
+    if (response.status === 401 && given === token()) onRefused?.();
     if (!response.ok) throw await problemOf(response);
     if (response.status === 204) return {};
     return response.json();

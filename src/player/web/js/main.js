@@ -56,8 +56,9 @@ function onEvent(name, data) {
  */
 async function onLost() {
   if (store.state.login) connection('lost');
+  const { token } = access;
   await api.state().catch(() => {});
-  if (store.state.connection === 'connecting') connection('lost');
+  if (store.state.connection === 'connecting' && token === access.token) connection('lost');
 }
 
 const events = connectEvents({
