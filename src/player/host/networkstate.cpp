@@ -1,6 +1,7 @@
 #include "networkstate.h"
 
 #include "cmroot.h"
+#include "networkchanges.h"
 #include "settings.h"
 #include "tavupaths.h"
 #include "tavuurl.h"
@@ -11,13 +12,9 @@
 
 #include <log4cplus/loggingmacros.h>
 
-#include <linux/netlink.h>
-#include <linux/rtnetlink.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 
 namespace player {
 
@@ -30,31 +27,6 @@ log4cplus::Logger& logger()
 {
     static log4cplus::Logger instance = log4cplus::Logger::getInstance("player.host");
     return instance;
-}
-
-/// Where the kernel tells that links or addresses have changed; -1 if it cannot be had.
-int openChanges()
-{
-    const int fd = socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE);
-    if (fd < 0)
-        return fd;
-    sockaddr_nl address{};
-    address.nl_family = AF_NETLINK;
-    address.nl_groups = RTMGRP_LINK | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR;
-    // The kernel's interface to all kinds of addresses.
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast)
-    const auto* any = reinterpret_cast<const sockaddr*>(&address);
-    if (bind(fd, any, sizeof address) == 0)
-        return fd;
-    close(fd);
-    return -1;
-}
-
-/// What they say is of no interest: that something has changed is enough.
-void drain(int fd)
-{
-    std::array<char, 8192> message{};
-    while (recv(fd, message.data(), message.size(), 0) > 0) { }
 }
 
 QList<QHostAddress> addressesOf(const QNetworkInterface& interface)
@@ -132,7 +104,7 @@ void NetworkState::watchFile()
 
 void NetworkState::watchInterfaces()
 {
-    const int fd = openChanges();
+    const int fd = openNetworkChanges();
     if (fd < 0) {
         LOG4CPLUS_WARN(logger(), "Changes of the network cannot be followed");
         return;
@@ -140,7 +112,7 @@ void NetworkState::watchInterfaces()
     auto* notifier = new QSocketNotifier(fd, QSocketNotifier::Read, this);
     connect(notifier, &QObject::destroyed, [fd] { close(fd); });
     connect(notifier, &QSocketNotifier::activated, this, [this, fd] {
-        drain(fd);
+        drainNetworkChanges(fd);
         m_settled.start();
     });
 }

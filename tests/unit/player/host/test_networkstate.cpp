@@ -1,6 +1,7 @@
 #include "networkstate.h"
 
 #include "cmroot.h"
+#include "networkchanges.h"
 #include "settings.h"
 #include "tavupaths.h"
 #include "watchdog.h"
@@ -9,6 +10,14 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+
+#include <linux/netlink.h>
+#include <linux/rtnetlink.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
 
 using player::isOnThisMachine;
 using player::leadsToService;
@@ -62,11 +71,44 @@ TEST(NetworkState, a_service_is_on_this_machine_by_its_name_or_by_where_its_name
     EXPECT_FALSE(isOnThisMachine(QStringLiteral("localhost.example"), {}));
 }
 
-class NetworkFile : public testing::Test
+TEST(NetworkChanges, are_those_of_links_and_of_addresses_of_both_kinds)
 {
+    const int fd = player::openNetworkChanges();
+    ASSERT_GE(fd, 0);
+    sockaddr_nl address{};
+    socklen_t size = sizeof address;
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast)
+    EXPECT_EQ(getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    close(fd);
+    EXPECT_EQ(address.nl_groups,
+        __u32(RTMGRP_LINK) | __u32(RTMGRP_IPV4_IFADDR) | __u32(RTMGRP_IPV6_IFADDR));
+}
+
+TEST(NetworkChanges, leave_the_descriptor_quiet_once_they_are_taken)
+{
+    std::array<int, 2> ends{};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends.data()), 0);
+    for (int change = 0; change < 3; ++change)
+        ASSERT_EQ(send(ends[0], "changed", 7, 0), 7);
+    player::drainNetworkChanges(ends[1]);
+    pollfd quiet{ ends[1], POLLIN, 0 };
+    EXPECT_EQ(poll(&quiet, 1, 0), 0);
+    for (const int end : ends)
+        close(end);
+}
+
+class NetworkFile : public QObject, public testing::Test
+{
+    Q_OBJECT
+
+public Q_SLOTS:
+    void on_published(const TavuValue& value) { m_published.append(value.bool_()); }
+
 protected:
     NetworkFile()
     {
+        CMRoot()->connectValueChange(
+            TavuNetworkStateConnected(), this, SLOT(on_published(TavuValue)), Qt::DirectConnection);
         EXPECT_TRUE(m_settings.apply(QStringLiteral("player.network-file=") + m_name));
     }
 
@@ -87,6 +129,7 @@ protected:
         ASSERT_TRUE(QFile::rename(other, m_name));
     }
 
+    QList<bool> m_published;
     QTemporaryDir m_folder;
     QString m_name = m_folder.filePath(QStringLiteral("network"));
     Settings m_settings;
@@ -108,6 +151,12 @@ TEST_F(NetworkFile, is_read_at_the_start)
     EXPECT_FALSE(isConnected());
 }
 
+TEST_F(NetworkFile, that_takes_nothing_away_is_no_news)
+{
+    const NetworkState state(m_settings);
+    EXPECT_EQ(m_published, QList<bool>({ true }));
+}
+
 TEST_F(NetworkFile, is_followed_when_it_is_made_written_and_replaced)
 {
     const NetworkState state(m_settings);
@@ -122,3 +171,5 @@ TEST_F(NetworkFile, is_followed_when_it_is_made_written_and_replaced)
 }
 
 } // namespace
+
+#include "test_networkstate.moc"
