@@ -76,6 +76,19 @@ TEST_F(GoingOn, a_shuffled_album_misses_nothing_after_such_a_pause)
     EXPECT_EQ(house.messageTexts(), QStringList());
 }
 
+TEST_F(GoingOn, who_signs_out_meanwhile_has_nothing_follow)
+{
+    start();
+    playWithShortLives(album());
+    pauseBeyondExpiry();
+    house.fault("kind=browse effect=none delay=20000");
+    house.command(Command::TogglePause);
+    ASSERT_TRUE(waitUntil(
+        [&] { return house.state() == buffering && position() > trackMs / 2; }, patienceMs));
+    house.player().logout();
+    EXPECT_TRUE(waitUntil([&] { return house.state() == idle; }));
+}
+
 TEST_F(GoingOn, what_cannot_be_found_again_is_skipped_and_told)
 {
     start();

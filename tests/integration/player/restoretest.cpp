@@ -85,6 +85,19 @@ TEST_F(Restore, a_kept_track_has_its_picture_once_its_list_was_read)
         [&] { return house.player().player().value(QStringLiteral("artwork")) == picture; }));
 }
 
+TEST_F(Restore, a_kept_track_of_a_station_has_the_stations_picture)
+{
+    start();
+    const QString stations = QStringLiteral("Stations/");
+    const QVariant picture = house.row(stations).value(QStringLiteral("icon"));
+    EXPECT_NE(picture.toString(), QString());
+    house.play(stations);
+    ASSERT_TRUE(house.waitForState(playing));
+    restart();
+    EXPECT_TRUE(waitUntil(
+        [&] { return house.player().player().value(QStringLiteral("artwork")) == picture; }));
+}
+
 TEST_F(Restore, a_kept_track_can_be_rated_and_left_once_it_plays)
 {
     start();
@@ -116,6 +129,7 @@ TEST_F(Restore, a_pause_between_two_tracks_holds_until_it_is_over)
     EXPECT_EQ(house.title(), heard.last());
     house.command(Command::TogglePause);
     EXPECT_EQ(house.state(), paused);
+    EXPECT_TRUE(house.player().player().value(QStringLiteral("error")).isNull());
     house.liftFaults();
     house.command(Command::Resume);
     ASSERT_TRUE(waitUntil([&] { return heard.contains(third()); }, patienceMs));
