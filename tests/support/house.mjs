@@ -183,6 +183,8 @@ export class House {
     await this.told('POST', 'login/start');
     return this.until(async () => {
       const { login } = await this.state();
+      // Where clocks go faster, a short stop of the machine ends a connection's time.
+      if (login.state === 'failed' && this.speed > 1) await this.told('POST', 'login/start');
       return login.state === 'waiting' && login;
     }, 'a code');
   }

@@ -72,9 +72,17 @@ async function pauseSome(house) {
   await house.waitForState(State.paused);
 }
 
-async function playAlbum(house) {
-  const answer = await house.play(house.album);
+/** An answer that all is well. Where clocks go faster, a short stop of the machine ends a connection's time. */
+async function well(ask) {
+  let answer = await ask();
+  const end = performance.now() + busyMachineMs;
+  while (speed > 1 && answer.status !== 200 && performance.now() < end) answer = await ask();
   assert.equal(answer.status, 200, JSON.stringify(answer.json));
+  return answer.json;
+}
+
+async function playAlbum(house) {
+  await well(() => house.play(house.album));
   await house.waitForState(State.playing);
 }
 
@@ -145,7 +153,7 @@ function expectAlive(house) {
 
 async function recover(house) {
   const started = performance.now();
-  const rows = await house.rows(house.albums);
+  const { rows } = await well(() => house.browse(house.albums));
   assert.ok(rows.length >= 3, 'the albums are there');
   await playAlbum(house);
   assertWithin((performance.now() - started) * speed, recoveryMs * speed);
