@@ -110,6 +110,19 @@ INSTANTIATE_TEST_SUITE_P(Nesting, TavuJsonValid,
             "{\"a b\":[1]}", QVariantHash{ { QStringLiteral("a b"), QVariantList{ whole(1) } } }),
         Reading("{\"\":0}", QVariantHash{ { QString(), whole(0) } })));
 
+TEST(TavuJson, one_character_beyond_ascii_is_read_at_each_place_of_a_text_and_a_key)
+{
+    for (int length = 1; length <= 40; ++length) {
+        for (int place = 0; place < length; ++place) {
+            QString written(length, QLatin1Char('a'));
+            written[place] = QChar(0xE4);
+            const QByteArray json = '"' + written.toUtf8() + '"';
+            EXPECT_EQ(TavuJson::parse(json), QVariant(written)) << length << ' ' << place;
+            EXPECT_EQ(TavuJson::parse('{' + json + ":1}").toHash().keys(), QStringList{ written });
+        }
+    }
+}
+
 TEST(TavuJson, a_zero_character_in_a_text_or_a_key_is_kept)
 {
     const QString zero = QStringLiteral("a") + QChar(0) + QStringLiteral("b");
@@ -265,6 +278,22 @@ TEST(TavuJson, a_key_outlasts_those_within_its_value)
     EXPECT_EQ(hash.size(), 2);
     EXPECT_EQ(hash.value(QStringLiteral("last")), whole(1));
     EXPECT_EQ(hash.value(QStringLiteral("outer")).toHash().size(), 10000);
+}
+
+TEST(TavuJson, keys_that_differ_in_one_place_stay_apart)
+{
+    for (int length = 1; length <= 40; ++length) {
+        const QString same(length, QLatin1Char('k'));
+        QVariantHash object{ { same, whole(-1) } };
+        for (int place = 0; place < length; ++place) {
+            QString key = same;
+            key[place] = QLatin1Char('x');
+            object.insert(key, whole(place));
+        }
+        const QByteArray json = TavuJson::toJson(object);
+        EXPECT_EQ(TavuJson::parse(json), QVariant(object)) << length;
+        EXPECT_EQ(TavuJson::parse(json), QVariant(object)) << length << ", again";
+    }
 }
 
 TEST(TavuJson, keys_of_every_length_are_read)
