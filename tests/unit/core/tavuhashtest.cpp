@@ -67,6 +67,27 @@ TEST(TavuHash, editing_what_is_no_record_begins_with_an_empty_one_and_sets_it)
     EXPECT_EQ(sample.__value(Sample::Hash()), QVariant(QVariantHash()));
 }
 
+TEST(TavuHash, a_record_that_stands_anywhere_is_changed_in_place)
+{
+    QVariant field = leaf("before").__variant();
+    TavuHash::__editField<Leaf>(&field, [](Leaf* record) {
+        EXPECT_EQ(*record, leaf("before"));
+        record->setName(QStringLiteral("after"));
+    });
+    EXPECT_EQ(field, leaf("after").__variant());
+}
+
+TEST(TavuHash, finds_a_field_that_is_set_if_to_nothing)
+{
+    Sample sample;
+    EXPECT_EQ(sample.__find(Sample::Any()), nullptr);
+    sample.setAny(QVariant());
+    ASSERT_NE(sample.__find(Sample::Any()), nullptr);
+    EXPECT_FALSE(sample.__find(Sample::Any())->isValid());
+    sample.setAny(5);
+    EXPECT_EQ(*sample.__find(Sample::Any()), QVariant(5));
+}
+
 TEST(TavuHash, getters_of_an_empty_record_give_empty_values)
 {
     const Sample empty;

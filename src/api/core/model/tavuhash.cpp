@@ -8,8 +8,14 @@
 const QVariant& TavuHash::__field(const QString& key) const
 {
     static const QVariant none;
+    const QVariant* field = __find(key);
+    return field ? *field : none;
+}
+
+const QVariant* TavuHash::__find(const QString& key) const
+{
     const auto field = m_hash.constFind(key);
-    return field != m_hash.constEnd() ? *field : none;
+    return field != m_hash.constEnd() ? &*field : nullptr;
 }
 
 void TavuHash::__set(const QString& key, QVariant value)

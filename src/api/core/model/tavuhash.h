@@ -30,12 +30,17 @@ public:
     QVariant __value(const QString& key) const { return m_hash.value(key); }
     /// As __value(), without a copy: good until the record changes.
     const QVariant& __field(const QString& key) const;
+    /// As __field(); null when the field is not set.
+    const QVariant* __find(const QString& key) const;
     void __set(const QString& key, QVariant value);
     /// Changes a field that is a record by `change(Record*)`, without a copy of it; `change` must
     /// not touch this record. A field that is not set, or no hash, is an empty record to begin
     /// with.
     template <class Record, class Change>
     void __edit(const QString& key, Change&& change);
+    /// As __edit(), of a record that stands anywhere.
+    template <class Record, class Change>
+    static void __editField(QVariant* field, Change&& change);
     void __remove(const QString& key) { m_hash.remove(key); }
 
     void clear() { m_hash.clear(); }
@@ -56,10 +61,15 @@ TAVU_EXPORT std::ostream& operator<<(std::ostream& out, const TavuHash& record);
 template <class Record, class Change>
 void TavuHash::__edit(const QString& key, Change&& change)
 {
-    QVariant& field = m_hash[key];
-    if (!tavuvariant::heldHash(&field))
-        field = tavuvariant::toHash(field);
-    QVariantHash& hash = *tavuvariant::heldHash(&field);
+    __editField<Record>(&m_hash[key], std::forward<Change>(change));
+}
+
+template <class Record, class Change>
+void TavuHash::__editField(QVariant* field, Change&& change)
+{
+    if (!tavuvariant::heldHash(field))
+        *field = tavuvariant::toHash(*field);
+    QVariantHash& hash = *tavuvariant::heldHash(field);
     Record record;
     record.m_hash.swap(hash);
     change(&record);

@@ -35,3 +35,4 @@ class TavuRoles : public TavuHash
 };
 
 Q_DECLARE_METATYPE(TavuRoles)
+Q_DECLARE_TYPEINFO(TavuRoles, Q_MOVABLE_TYPE);

@@ -27,6 +27,12 @@ const T& held(const QVariant& value)
     return *static_cast<const T*>(value.constData());
 }
 
+/// QVariant looks long for a conversion from nothing, and many fields of a record are not set.
+bool isUnset(const QVariant& value)
+{
+    return value.userType() == QMetaType::UnknownType;
+}
+
 bool isContainer(const QVariant& value)
 {
     switch (static_cast<QMetaType::Type>(value.type())) {
@@ -77,7 +83,7 @@ QString toText(const QVariant& value)
 {
     if (value.userType() == QMetaType::QString)
         return held<QString>(value);
-    return isContainer(value) ? QString() : value.toString();
+    return isUnset(value) || isContainer(value) ? QString() : value.toString();
 }
 
 QStringList toTexts(const QVariant& value)
@@ -104,7 +110,7 @@ QVariantHash toHash(const QVariant& value)
 {
     if (value.userType() == QMetaType::QVariantHash)
         return held<QVariantHash>(value);
-    return value.toHash();
+    return isUnset(value) ? QVariantHash() : value.toHash();
 }
 
 QVariantHash* heldHash(QVariant* value)
