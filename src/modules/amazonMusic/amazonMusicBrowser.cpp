@@ -125,12 +125,17 @@ void AmazonMusicBrowser::sendErrorReport(
 void AmazonMusicBrowser::sendPage(const HttpClient::Result& result, const CMGetRowsRequest& request)
 {
     AMAZON_MUSIC_ENTER();
-    const auto page = m_parser->parseBrowseResponse(result.data, result.url);
-    const QVariantList items = page.itemsInst();
+    auto page = m_parser->parseBrowseResponse(result.data, result.url);
+    // The list alone holds the items, so that one that has become a row leaves its place in the
+    // heap to the next row: it is in the processor's cache.
+    QVariantList items = page.itemsInst();
+    page.__remove(TavuAmazonMusicNavigationNodeDescription::ItemsInst());
     int total = items.count();
     QList<TavuRoles> rows;
-    for (const QVariant& item : items)
+    for (QVariant& item : items) {
         rows.append(createRow(TavuAmazonMusicItemDescription(item.toHash()), result.url));
+        item.clear();
+    }
     if (!page.nextPage().isEmpty()) {
         rows.append(createSeeMoreRow(page, result.url));
         ++total;

@@ -19,8 +19,8 @@ void warnOfMissing(const QString& key, const QString& hashName)
 QVariant get(const TavuHash& hash, const QString& key, const QString& hashName)
 {
     AMAZON_MUSIC_ENTER();
-    if (hash.__contains(key))
-        return hash.__value(key);
+    if (const QVariant* value = hash.__find(key))
+        return *value;
     warnOfMissing(key, hashName);
     return QVariant();
 }
@@ -104,6 +104,12 @@ public:
     TavuAmazonMusicItemDescription item(const QString& key);
     TavuAmazonMusicTrackInstance instance(const QString& key);
 
+    /// The key in a reference to an object of the same document; null when it is none. It stays
+    /// until the next one is asked for.
+    const QString* localKey(const QString& reference);
+    /// That key, or the reference itself. As localKey().
+    const QString& keyOf(const QString& reference);
+
 private:
     static QVariantHash taken(TavuHash* record, const QString& key);
     template <class Record>
@@ -115,6 +121,7 @@ private:
     QVariantHash m_instances;
     QVariantHash m_definitions;
     TavuAmazonMusic m_doc; // Without these four.
+    QString m_key; // One for all references: to allocate each costs as much as to look it up.
 };
 
 QVariantHash Completion::taken(TavuHash* record, const QString& key)
@@ -136,11 +143,29 @@ Record Completion::completed(QVariantHash* collection, const QString& key, const
         complete(&none);
         return none;
     }
-    Record record(place->toHash());
-    place->clear();
-    complete(&record);
-    *place = record.__variant();
-    return record;
+    Record completed;
+    TavuHash::__editField<Record>(&*place, [&](Record* record) {
+        complete(record);
+        completed = *record;
+    });
+    return completed;
+}
+
+const QString* Completion::localKey(const QString& reference)
+{
+    AMAZON_MUSIC_ENTER();
+    if (!reference.startsWith(QLatin1Char('#')))
+        return nullptr;
+    m_key.resize(0);
+    m_key.append(reference.constData() + 1, reference.size() - 1);
+    return &m_key;
+}
+
+const QString& Completion::keyOf(const QString& reference)
+{
+    AMAZON_MUSIC_ENTER();
+    const QString* key = localKey(reference);
+    return key ? *key : reference;
 }
 
 TavuAmazonMusicTrackDefinition Completion::definition(const QString& key)
@@ -176,7 +201,7 @@ void Completion::complete(TavuAmazonMusicTrackDefinition* definition)
     const QString ratingUri = definition->trackRating().ratingURI();
     if (!ratingUri.isEmpty())
         definition->setTrackRatingUrl(m_base.resolvedText(ratingUri));
-    if (const auto key = localKey(definition->error()))
+    if (const QString* key = localKey(definition->error()))
         definition->setErrorInst(record<TavuAmazonMusicGeneralErrorReport>(
             m_doc.generalErrorReports(), *key, QStringLiteral("generalErrorReports")));
 }
@@ -184,7 +209,7 @@ void Completion::complete(TavuAmazonMusicTrackDefinition* definition)
 void Completion::complete(TavuAmazonMusicPlayable* playable)
 {
     AMAZON_MUSIC_ENTER();
-    if (const auto key = localKey(playable->trackDefinition()))
+    if (const QString* key = localKey(playable->trackDefinition()))
         playable->setTrackDefinitionInst(definition(*key));
     resolvePointer(playable, TavuAmazonMusicPlayable::NaturalTrackPointer(), m_base);
     resolvePointer(playable, TavuAmazonMusicPlayable::ShuffleTrackPointer(), m_base);
@@ -195,11 +220,11 @@ void Completion::complete(TavuAmazonMusicPlayable* playable)
 void Completion::complete(TavuAmazonMusicItemDescription* item)
 {
     AMAZON_MUSIC_ENTER();
-    if (const auto key = localKey(item->summary()))
+    if (const QString* key = localKey(item->summary()))
         item->setSummaryInst(record<TavuAmazonMusicNavigationNodeSummary>(
             m_doc.navigationNodeSummaries(), *key, QStringLiteral("navigationNodeSummaries")));
     const QString reference = item->playable();
-    if (const auto key = localKey(reference))
+    if (const QString* key = localKey(reference))
         item->setPlayableInst(playable(*key));
     if (!reference.isEmpty())
         item->setPlayableUrl(m_base.resolvedText(reference));
@@ -335,8 +360,9 @@ TavuAmazonMusicNavigationNodeDescription AmazonMusicParser::parseBrowseResponse(
     Completion completion(std::move(doc), url);
     TavuList<TavuAmazonMusicItemDescription> items;
     const QStringList entries = page.items();
+    items.reserve(entries.size());
     for (const QString& entry : entries)
-        items.append(completion.item(keyOf(entry)));
+        items.append(completion.item(completion.keyOf(entry)));
     page.setItemsInst(items);
     return page;
 }
@@ -354,8 +380,9 @@ TavuAmazonMusicTrackContainerChunkDescription AmazonMusicParser::parseChunkRespo
     Completion completion(std::move(doc), url);
     TavuList<TavuAmazonMusicTrackInstance> items;
     const QStringList entries = chunk.trackInstances();
+    items.reserve(entries.size());
     for (const QString& entry : entries)
-        items.append(completion.instance(keyOf(entry)));
+        items.append(completion.instance(completion.keyOf(entry)));
     resolvePointer(&chunk, TavuAmazonMusicTrackContainerChunkDescription::FirstTrackPointer(), url);
     resolvePointer(&chunk, TavuAmazonMusicTrackContainerChunkDescription::LastTrackPointer(), url);
     resolvePointer(&chunk, TavuAmazonMusicTrackContainerChunkDescription::NextTrackPointer(), url);
