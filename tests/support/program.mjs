@@ -41,10 +41,15 @@ export class Program {
       this.child[name].on('data', (text) => { this.said += text; });
     }
     this.end = new Promise((done) => {
-      this.child.once('close', (code, signal) => {
+      const ended = (code, signal) => {
         this.ended = true;
         this.exit = { code, signal };
         done(this.exit);
+      };
+      this.child.once('close', ended);
+      this.child.once('error', (error) => {
+        this.said += `${error.message}\n`; // it cannot be started
+        ended(null, null);
       });
     });
   }
