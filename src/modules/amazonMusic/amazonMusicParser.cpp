@@ -5,7 +5,6 @@
 #include "tavujson.h"
 #include "tavupaths.h"
 
-#include <optional>
 #include <utility>
 
 namespace {
@@ -38,19 +37,19 @@ TavuAmazonMusic document(const QByteArray& body)
     return TavuAmazonMusic(TavuHash(TavuJson::parse(body).toHash()));
 }
 
-/// The key of an object of the same document; nothing when `reference` names no such one.
-std::optional<QString> localKey(const QString& reference)
+/// Whether it refers to an object of the same document.
+bool isLocal(const QString& reference)
 {
     AMAZON_MUSIC_ENTER();
-    if (reference.startsWith(QLatin1Char('#')))
-        return reference.mid(1);
-    return std::nullopt;
+    return reference.startsWith(QLatin1Char('#'));
 }
 
-QString keyOf(const QString& reference)
+QString keyOf(QString reference)
 {
     AMAZON_MUSIC_ENTER();
-    return localKey(reference).value_or(reference);
+    if (isLocal(reference))
+        reference.remove(0, 1);
+    return reference;
 }
 
 /// The key that `reference` names, or the one of the document's primary object.
@@ -154,7 +153,7 @@ Record Completion::completed(QVariantHash* collection, const QString& key, const
 const QString* Completion::localKey(const QString& reference)
 {
     AMAZON_MUSIC_ENTER();
-    if (!reference.startsWith(QLatin1Char('#')))
+    if (!isLocal(reference))
         return nullptr;
     m_key.resize(0);
     m_key.append(reference.constData() + 1, reference.size() - 1);
@@ -288,13 +287,13 @@ TavuRoles optionRow(const TavuAmazonMusicGeneralErrorReportOption& option)
 bool AmazonMusicParser::isLocalReference(const QString& ref) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    return localKey(ref).has_value();
+    return isLocal(ref);
 }
 
 QString AmazonMusicParser::removeLocalReference(QString ref) const
 {
     AMAZON_MUSIC_ENTER_SCOPE();
-    return localKey(ref).value_or(std::move(ref));
+    return keyOf(std::move(ref));
 }
 
 TavuAmazonMusicTrackPointer AmazonMusicParser::resolveTrackPointer(
