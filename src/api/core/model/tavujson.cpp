@@ -95,10 +95,9 @@ QVariant toHash(const simdjson::dom::object& object, KeyCache& keys)
     QVariant value = QVariantHash();
     auto& hash = *static_cast<QVariantHash*>(value.data()); // In its place: a copy would count.
     hash.reserve(static_cast<int>(object.size()));
-    for (const auto field : object) {
-        // The value is made before its key is looked up, whose slot the keys inside may take.
+    // The hash keeps a key of its own: those within the value may take the key's slot.
+    for (const auto field : object)
         hash[keys.key(field.key)] = toVariant(field.value, keys);
-    }
     return value;
 }
 
